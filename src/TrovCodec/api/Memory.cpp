@@ -1,0 +1,168 @@
+// Heap access, trovMalloc/trovFree and the output-buffer helpers.
+#include "api/Memory.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
+#include "api/Dispatch.h"
+
+namespace trov {
+
+#if defined(TROV_ALLOC_SEAM)
+namespace {
+uint32_t failAt = 0;
+uint32_t allocations = 0;
+bool seamFails() {
+    ++allocations;
+    return failAt != 0 && allocations == failAt;
+}
+} // namespace
+void failAllocationAt(uint32_t nth) {
+    failAt = nth;
+    allocations = 0;
+}
+uint32_t allocationsSinceArmed() { return allocations; }
+#define TROV_SEAM_FAILS() seamFails()
+#else
+#define TROV_SEAM_FAILS() false
+#endif
+
+void *heapAlloc(uint32_t size) {
+    if (TROV_SEAM_FAILS()) return nullptr;
+#if defined(_WIN32)
+    return LocalAlloc(0, size); // fixed memory, not zeroed
+#else
+    return std::malloc(size == 0 ? 1 : size);
+#endif
+}
+
+void *heapRealloc(void *p, uint32_t size) {
+    if (TROV_SEAM_FAILS()) return nullptr;
+#if defined(_WIN32)
+    return LocalReAlloc(p, size, 0); // flags 0: grow in place or fail
+#else
+    return std::realloc(p, size == 0 ? 1 : size);
+#endif
+}
+
+void heapFree(void *p) {
+#if defined(_WIN32)
+    LocalFree(p);
+#else
+    std::free(p);
+#endif
+}
+
+int freeIfSet(void *p) {
+    if (p == nullptr) return 1;
+    heapFree(p);
+    return 0;
+}
+
+TrovResult reserveEncodeBuffer(HeaderInfo *info, uint16_t bodyLength, EncodeOutput *output,
+                               PacketCursor *body) {
+    const HeaderCodecRow *row = findHeaderRow(static_cast<uint8_t>(info->version));
+    if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    // The record keeps the body length even when a later step fails.
+    row->setToRecord(TROV_FIELD_BODY_LENGTH, info, &bodyLength);
+
+    const uint32_t total = uint32_t{row->headerLength} + bodyLength;
+    if (output->data == nullptr) {
+        output->data = static_cast<uint8_t *>(heapAlloc(total));
+        if (output->data == nullptr) return TROV_RESULT_NO_MEMORY;
+    } else if (output->length < total) {
+        return TROV_RESULT_BUFFER_TOO_SMALL;
+    }
+    const PacketCursor whole{output->data, total};
+    body->position = row->encodeHeader(info, &whole);
+    body->remaining = bodyLength;
+    output->length = total;
+    return TROV_RESULT_OK;
+}
+
+TrovResult allocateRecord(DecodeResult *result, const PacketCursor *input, uint16_t needed,
+                          uint16_t recordBytes, bool *allocated) {
+    *allocated = false;
+    if (input->remaining < needed) {
+        result->type = 6;
+        return TROV_RESULT_SHORT_INPUT;
+    }
+    if (result->record != nullptr) return TROV_RESULT_OK;
+    void *record = heapAlloc(recordBytes);
+    if (record == nullptr) {
+        result->type = 6;
+        return TROV_RESULT_NO_MEMORY;
+    }
+    std::memset(record, 0, recordBytes);
+    result->record = record;
+    *allocated = true;
+    return TROV_RESULT_OK;
+}
+
+TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size, bool *allocated) {
+    *allocated = false;
+    if (result->buffer != nullptr) {
+        // A buffer allocated earlier in this call moves into this descriptor.
+        if (result->buffer != buffer) {
+            buffer->data = result->buffer->data;
+            buffer->capacity = result->buffer->capacity;
+            buffer->flags = result->buffer->flags;
+        }
+        result->buffer = nullptr;
+    }
+    if (size == 0) return TROV_RESULT_OK;
+
+    if (buffer->data == nullptr) {
+        if (buffer->capacity != 0) return TROV_RESULT_NULL_ARGUMENT;
+        buffer->data = heapAlloc(size);
+        if (buffer->data == nullptr) return TROV_RESULT_NO_MEMORY;
+        result->buffer = buffer;
+        buffer->flags = TROV_BUFFER_ALLOCATED;
+        buffer->capacity = size;
+        *allocated = true;
+    } else if (buffer->capacity < size) {
+        if ((buffer->flags & TROV_BUFFER_GROWABLE) == 0) return TROV_RESULT_BUFFER_TOO_SMALL;
+        // The old pointer is overwritten even when the grow fails.
+        buffer->data = heapRealloc(buffer->data, size);
+        if (buffer->data == nullptr) return TROV_RESULT_NO_MEMORY;
+        buffer->flags = static_cast<uint8_t>(buffer->flags | TROV_BUFFER_GROWN);
+        buffer->capacity = size;
+    }
+    std::memset(buffer->data, 0, size);
+    return TROV_RESULT_OK;
+}
+
+void releaseOnFailure(DecodeResult *result, bool freeRecord, bool freeBuffer) {
+    result->type = 6;
+    if (freeBuffer && result->buffer != nullptr) {
+        freeIfSet(result->buffer->data);
+        result->buffer->data = nullptr;
+        result->buffer->capacity = 0;
+        result->buffer = nullptr;
+    }
+    if (freeRecord) {
+        freeIfSet(result->record);
+        result->record = nullptr;
+    }
+}
+
+} // namespace trov
+
+extern "C" {
+
+TROV_API void *trovMalloc(uint32_t size) { return trov::heapAlloc(size); }
+
+TROV_API void *trovFree(void *p) {
+#if defined(_WIN32)
+    return LocalFree(p);
+#else
+    std::free(p);
+    return nullptr;
+#endif
+}
+
+} // extern "C"

@@ -1,0 +1,60 @@
+// Memory and output buffers.
+//
+// The library allocates from one heap only (the Windows local heap, or the C
+// heap elsewhere) and only in these helpers. Every allocation either lands in
+// a place the caller can see (and then belongs to the caller, released with
+// trovFree) or is released before the failing call returns.
+#pragma once
+
+#include <cstdint>
+
+#include "api/TrovCodec.h"
+
+namespace trov {
+
+// Raw heap access behind trovMalloc/trovFree. heapRealloc grows a block; on
+// Windows in place only (it fails rather than move the block).
+void *heapAlloc(uint32_t size);
+void *heapRealloc(void *p, uint32_t size);
+void heapFree(void *p);
+
+// Releases p when it is set: 1 for a null pointer, else 0.
+int freeIfSet(void *p);
+
+// Sets the header's bodyLength, allocates the packet (output->data null) or
+// checks the caller's buffer, writes the header and points `body` just past
+// it with bodyLength bytes remaining; output->length becomes the total.
+// Results: 0; 8 no header codec; 6 allocation failed; 7 the caller's buffer
+// is shorter than 20 + bodyLength (nothing written to it).
+TrovResult reserveEncodeBuffer(HeaderInfo *info, uint16_t bodyLength, EncodeOutput *output,
+                               PacketCursor *body);
+
+// Gives a decode its body record: 5 (type 6) when the input holds fewer than
+// `needed` bytes; the caller's record when there is one; else a zeroed block
+// of recordBytes (6, type 6, on failure). `allocated` tells whether this call
+// allocated the record.
+TrovResult allocateRecord(DecodeResult *result, const PacketCursor *input, uint16_t needed,
+                          uint16_t recordBytes, bool *allocated);
+
+// Makes `buffer` hold `size` zeroed bytes: takes over a buffer the result
+// tracks from earlier in the call; allocates when data is null (flags 0x0B,
+// tracked by the result); grows a growable buffer that is too small (sets
+// bit 2; a failed grow stores the null pointer, losing the old one).
+// Results: 0; 1 data null with a non-zero capacity; 7 too small and not
+// growable; 6 allocation failed. `allocated` tells whether this call
+// allocated the buffer.
+TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size, bool *allocated);
+
+// Marks the result failed (type 6) and frees what the failing call
+// allocated: the tracked buffer's data and/or the record.
+void releaseOnFailure(DecodeResult *result, bool freeRecord, bool freeBuffer);
+
+#if defined(TROV_ALLOC_SEAM)
+// Test seam, compiled into test builds only: the nth allocation or
+// reallocation from now (1 = the next) fails; 0 disarms. Returns the number
+// of allocations made since the last arming.
+void failAllocationAt(uint32_t nth);
+uint32_t allocationsSinceArmed();
+#endif
+
+} // namespace trov

@@ -1,0 +1,196 @@
+// Packet cursor primitives.
+//
+// Every byte the library reads from or writes to a packet goes through these
+// helpers. All multi-byte values are big-endian on the wire. A primitive that
+// consumes or produces n bytes adds n to the position and subtracts n from the
+// remaining count.
+//
+// Readers and writers do not test `remaining`: the codecs establish room
+// beforehand, the encoders with an EncCalc pass that sizes the buffer, the
+// decoders with a DecCalc pass that checks the packet holds every byte. The
+// sizing primitives (Sizing.h) are where decoded input is checked.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "api/TrovCodec.h"
+
+namespace trov {
+
+// Rounds a 16-bit quantity up to a multiple of 8 the way the record sizes of
+// the protocol are computed: with a 16-bit mask, so 0xFFF9..0xFFFF wrap to 0.
+constexpr uint16_t roundUp8u16(uint32_t n) {
+    return static_cast<uint16_t>((n + 7u) & 0xFFF8u);
+}
+
+// Rounds an address up to the next multiple of 8.
+inline void *alignUp8(void *p) {
+    auto v = reinterpret_cast<uintptr_t>(p);
+    return reinterpret_cast<void *>((v + 7u) & ~uintptr_t{7});
+}
+
+inline void advance(PacketCursor &c, uint32_t n) {
+    c.position += n;
+    c.remaining -= n;
+}
+
+// ---- writers ---------------------------------------------------------------
+
+inline void putU8(PacketCursor &c, uint8_t v) {
+    c.position[0] = v;
+    advance(c, 1);
+}
+
+inline void putU16(PacketCursor &c, uint16_t v) {
+    c.position[0] = static_cast<uint8_t>(v >> 8);
+    c.position[1] = static_cast<uint8_t>(v);
+    advance(c, 2);
+}
+
+inline void putU32(PacketCursor &c, uint32_t v) {
+    c.position[0] = static_cast<uint8_t>(v >> 24);
+    c.position[1] = static_cast<uint8_t>(v >> 16);
+    c.position[2] = static_cast<uint8_t>(v >> 8);
+    c.position[3] = static_cast<uint8_t>(v);
+    advance(c, 4);
+}
+
+// Reads a u8, u16 or u32 from memory (width 1, 2 or 4) and writes it
+// big-endian. Any other width writes nothing and leaves the cursor alone.
+inline void putValue(PacketCursor &c, const void *src, uint32_t width) {
+    switch (width) {
+    case 1: {
+        uint8_t v;
+        std::memcpy(&v, src, 1);
+        putU8(c, v);
+        break;
+    }
+    case 2: {
+        uint16_t v;
+        std::memcpy(&v, src, 2);
+        putU16(c, v);
+        break;
+    }
+    case 4: {
+        uint32_t v;
+        std::memcpy(&v, src, 4);
+        putU32(c, v);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+// Copies n bytes; nothing when n is 0 or the cursor or its position is null.
+inline void putBytes(PacketCursor *c, const void *src, uint32_t n) {
+    if (n == 0 || c == nullptr || c->position == nullptr) return;
+    std::memcpy(c->position, src, n);
+    advance(*c, n);
+}
+
+inline void skip(PacketCursor &c, uint32_t n) { advance(c, n); }
+
+// Moves over n bytes and adds n to a caller's 16-bit running total.
+inline void skipCounted(PacketCursor &c, uint32_t n, uint16_t &total) {
+    advance(c, n);
+    total = static_cast<uint16_t>(total + n);
+}
+
+// ---- readers ---------------------------------------------------------------
+
+inline uint16_t loadU16(const uint8_t *p) {
+    return static_cast<uint16_t>((p[0] << 8) | p[1]);
+}
+
+inline uint32_t loadU32(const uint8_t *p) {
+    return (uint32_t{p[0]} << 24) | (uint32_t{p[1]} << 16) | (uint32_t{p[2]} << 8) | p[3];
+}
+
+inline void storeU16(uint8_t *p, uint16_t v) {
+    p[0] = static_cast<uint8_t>(v >> 8);
+    p[1] = static_cast<uint8_t>(v);
+}
+
+inline void storeU32(uint8_t *p, uint32_t v) {
+    p[0] = static_cast<uint8_t>(v >> 24);
+    p[1] = static_cast<uint8_t>(v >> 16);
+    p[2] = static_cast<uint8_t>(v >> 8);
+    p[3] = static_cast<uint8_t>(v);
+}
+
+inline uint8_t getU8(PacketCursor &c) {
+    uint8_t v = c.position[0];
+    advance(c, 1);
+    return v;
+}
+
+inline uint8_t getU8Counted(PacketCursor &c, uint16_t &total) {
+    total = static_cast<uint16_t>(total + 1);
+    return getU8(c);
+}
+
+inline uint16_t getU16(PacketCursor &c) {
+    uint16_t v = loadU16(c.position);
+    advance(c, 2);
+    return v;
+}
+
+inline uint16_t getU16Counted(PacketCursor &c, uint16_t &total) {
+    total = static_cast<uint16_t>(total + 2);
+    return getU16(c);
+}
+
+inline uint32_t getU32(PacketCursor &c) {
+    uint32_t v = loadU32(c.position);
+    advance(c, 4);
+    return v;
+}
+
+inline uint16_t peekU16(const PacketCursor &c) { return loadU16(c.position); }
+
+// Copies n bytes into dst and returns dst + n; when n is 0 or dst is null
+// nothing is copied and the cursor does not move.
+inline void *getBytes(PacketCursor &c, void *dst, uint32_t n) {
+    if (n == 0 || dst == nullptr) return dst;
+    std::memcpy(dst, c.position, n);
+    advance(c, n);
+    return static_cast<uint8_t *>(dst) + n;
+}
+
+// Reads n big-endian u16 into n consecutive u16 in memory.
+inline void *getU16Array(PacketCursor &c, void *dst, uint32_t n) {
+    auto *out = static_cast<uint8_t *>(dst);
+    for (uint32_t i = 0; i < n; ++i) {
+        uint16_t v = getU16(c);
+        std::memcpy(out + 2 * i, &v, 2);
+    }
+    return out + 2 * n;
+}
+
+// Reads n big-endian u32 into n consecutive u32 in memory.
+inline void *getU32Array(PacketCursor &c, void *dst, uint32_t n) {
+    auto *out = static_cast<uint8_t *>(dst);
+    for (uint32_t i = 0; i < n; ++i) {
+        uint32_t v = getU32(c);
+        std::memcpy(out + 4 * i, &v, 4);
+    }
+    return out + 4 * n;
+}
+
+// Unaligned-safe access to a record's fields by byte offset.
+template <class T>
+inline T loadField(const void *record, size_t offset) {
+    T v;
+    std::memcpy(&v, static_cast<const uint8_t *>(record) + offset, sizeof v);
+    return v;
+}
+
+template <class T>
+inline void storeField(void *record, size_t offset, T v) {
+    std::memcpy(static_cast<uint8_t *>(record) + offset, &v, sizeof v);
+}
+
+} // namespace trov

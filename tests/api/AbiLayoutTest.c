@@ -1,0 +1,30 @@
+/* A C translation unit's view of the public records: the figures a C host
+ * compiles against. AbiTest.cpp compares them with what the C++ library sees. */
+#include <stddef.h>
+
+#include "TrovCodec.h"
+
+_Static_assert(sizeof(PacketCursor) == 16, "PacketCursor");
+_Static_assert(sizeof(HeaderInfo) == 24, "HeaderInfo");
+_Static_assert(sizeof(BufferDesc) == 16, "BufferDesc");
+_Static_assert(sizeof(DecodeResult) == 24, "DecodeResult");
+_Static_assert(sizeof(EncodeOutput) == 16, "EncodeOutput");
+
+/* Sizes and offsets, in a fixed order, as a C compiler lays them out. */
+size_t trovTestCLayout(size_t *out, size_t capacity) {
+    const size_t figures[] = {
+        sizeof(PacketCursor), offsetof(PacketCursor, position), offsetof(PacketCursor, remaining),
+        sizeof(HeaderInfo), offsetof(HeaderInfo, mark), offsetof(HeaderInfo, version),
+        offsetof(HeaderInfo, flags), offsetof(HeaderInfo, code), offsetof(HeaderInfo, value4),
+        offsetof(HeaderInfo, bodyLength), offsetof(HeaderInfo, value6),
+        offsetof(HeaderInfo, value7), offsetof(HeaderInfo, extension),
+        sizeof(BufferDesc), offsetof(BufferDesc, data), offsetof(BufferDesc, capacity),
+        offsetof(BufferDesc, flags),
+        sizeof(DecodeResult), offsetof(DecodeResult, record), offsetof(DecodeResult, buffer),
+        offsetof(DecodeResult, type),
+        sizeof(EncodeOutput), offsetof(EncodeOutput, data), offsetof(EncodeOutput, length),
+    };
+    size_t n = sizeof figures / sizeof figures[0];
+    for (size_t i = 0; i < n && i < capacity; ++i) out[i] = figures[i];
+    return n;
+}

@@ -1,0 +1,27 @@
+# Installs the Debian packages a command needs, if any are missing.
+#   trov_require_packages PACKAGE...
+# Runs apt-get as root, or through sudo; never prompts.
+trov_require_packages() {
+  local missing=() pkg
+  for pkg in "$@"; do
+    dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed' || missing+=("$pkg")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "installing: ${missing[*]}"
+  local sudo=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "need root or sudo to install: ${missing[*]}" >&2; return 1; }
+    sudo=(sudo)
+  fi
+  export DEBIAN_FRONTEND=noninteractive
+  "${sudo[@]}" apt-get update -q
+  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+# What a plain build of the library and its tool needs.
+TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils)
+# What the full test run needs on top: clang with its sanitizer runtimes,
+# GoogleTest's sources, Google Benchmark, the mingw-w64 cross compiler and
+# Wine to run the Windows build.
+TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev
+                    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64)

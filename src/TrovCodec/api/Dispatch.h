@@ -15,6 +15,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "api/RecordLayout.h"
 #include "api/TrovCodec.h"
 
 namespace trov {

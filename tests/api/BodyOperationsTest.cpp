@@ -1,0 +1,218 @@
+// Routing of packets to body codecs and the two size queries, through the
+// exported interface and the built-in tables. The body, attribute and event
+// tables hold no rows yet, so every lookup that is reached fails with its own
+// result; what is tested here is the order of the checks before it, the skip
+// rules of the function-unit decoder and that failures leave the caller's
+// records alone.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "TrovCodec.h"
+
+namespace {
+
+// A version 0x10 packet of `size` bytes: mark, version, flags, code, value4 0,
+// bodyLength, value6 and value7 0, extension bytes 18-19, then a zero body.
+std::vector<uint8_t> packet(uint16_t code, uint8_t flags, uint8_t b18, uint8_t b19,
+                            uint16_t bodyLength = 0, size_t size = 20) {
+    std::vector<uint8_t> p(size, 0);
+    const uint8_t head[20] = {0xA7, 0xE5, 0x10, flags, uint8_t(code >> 8), uint8_t(code), 0, 0,
+                              uint8_t(bodyLength >> 8), uint8_t(bodyLength), 0, 0, 0, 0,
+                              0, 0, 0, 0, b18, b19};
+    for (size_t i = 0; i < size && i < 20; ++i) p[i] = head[i];
+    return p;
+}
+
+// A packet whose 16-bit extension (flags bit 0) carries the unit type.
+std::vector<uint8_t> unitPacket(uint16_t unitType, uint16_t code) {
+    return packet(code, 0x01, uint8_t(unitType >> 8), uint8_t(unitType));
+}
+
+constexpr HeaderInfo kSentinelInfo{0x5A5A, 0x5A, 0x5A, 0x5A5A, 0x5A5A, 0x5A5A, 0x5A5A5A5A, 0x5A5A5A5A, 0x5A5A};
+constexpr uint16_t kSentinelType = 0xEEEE;
+
+std::array<uint32_t, 9> fieldsOf(const HeaderInfo &h) {
+    return {h.mark, h.version, h.flags, h.code, h.value4, h.bodyLength, h.value6, h.value7, h.extension};
+}
+
+class BodyOperations : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
+    HeaderInfo info = kSentinelInfo;
+    DecodeResult result{nullptr, nullptr, kSentinelType};
+};
+
+struct UnitCase {
+    uint16_t unitType, code;
+    TrovResult expected; // 0 skipped, 9 decoded (no body codec yet)
+    uint16_t type;       // result->type afterwards
+};
+
+// The skip rules, first matching rule wins. A decoded combination reaches
+// the empty body table and gives 9.
+const UnitCase kUnitCases[] = {
+    {1, 5, 9, 1}, {29, 0xFFFF, 9, 29}, {33, 0, 9, 33}, {34, 200, 9, 34},
+    {4, 5, 9, 4}, {4, 97, 9, 4}, {4, 8, 0, 4}, {4, 10, 0, 4}, // unit 4 has its own list
+    {23, 6, 9, 23}, {9, 84, 9, 9}, {23, 5, 0, 23}, {9, 10, 0, 9},
+    {8, 84, 9, 8}, {8, 97, 9, 8}, {8, 6, 0, 8}, {8, 10, 0, 8},
+    {31, 93, 9, 31}, {31, 84, 0, 31},
+    {200, 5, 0, 200}, {200, 10, 9, 0}, {0, 10, 9, 0}, {0xFFFF, 10, 9, 0}, // code 10 clears the type
+    {18, 27, 9, 18}, {17, 27, 0, 17}, {24, 19, 9, 24}, {25, 19, 9, 25}, {26, 19, 0, 26},
+    {18, 19, 0, 18}, {2, 0, 0, 2},
+};
+
+TEST_F(BodyOperations, DecodeFUAppliesTheSkipRulesByUnitTypeAndCode) {
+    for (const UnitCase &c : kUnitCases) {
+        SCOPED_TRACE(testing::Message() << "unit " << c.unitType << " code " << c.code);
+        std::vector<uint8_t> p = unitPacket(c.unitType, c.code);
+        const PacketCursor cursor{p.data(), uint32_t(p.size())};
+        info = kSentinelInfo;
+        result = DecodeResult{nullptr, nullptr, kSentinelType};
+        EXPECT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), c.expected);
+        EXPECT_EQ(result.type, c.type);
+        EXPECT_EQ(result.record, nullptr);
+        EXPECT_EQ(result.buffer, nullptr);
+        EXPECT_EQ(info.code, c.code); // the header was decoded either way
+        EXPECT_EQ(info.extension, c.unitType);
+    }
+}
+
+// The unit type is the decoded extension: without flags bit 0 the bytes come
+// in wire order, so 04 00 is unit type 4 and with bit 0 it is 0x0400.
+TEST_F(BodyOperations, DecodeFUTakesTheUnitTypeFromTheDecodedExtension) {
+    const struct { uint8_t flags, b18, b19; uint16_t code; TrovResult expected; uint16_t type; } cases[] = {
+        {0x00, 0x04, 0x00, 10, 0, 4},      {0x08, 0x04, 0x00, 10, 0, 4},
+        {0x01, 0x04, 0x00, 10, 9, 0},      {0x00, 0x01, 0x00, 0x31, 9, 1},
+        {0x01, 0x01, 0x00, 5, 0, 0x0100},  {0x00, 0x00, 0x00, 5, 0, 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(testing::Message() << "flags " << int(c.flags) << " code " << c.code);
+        std::vector<uint8_t> p = packet(c.code, c.flags, c.b18, c.b19);
+        const PacketCursor cursor{p.data(), uint32_t(p.size())};
+        result.type = kSentinelType;
+        EXPECT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), c.expected);
+        EXPECT_EQ(result.type, c.type);
+    }
+}
+
+// The checks before the body table, in order: arguments, mark, header codec,
+// header length. None of them touches the caller's records.
+TEST_F(BodyOperations, DecodersCheckArgumentsMarkVersionAndLengthInOrder) {
+    std::vector<uint8_t> good = unitPacket(1, 5);
+    std::vector<uint8_t> wrongMark = good, v11 = good, wrongMarkV11 = good;
+    wrongMark[1] = 0xE6;
+    v11[2] = 0x11;
+    wrongMarkV11[1] = 0xE6;
+    wrongMarkV11[2] = 0x11;
+    const PacketCursor nowhere{nullptr, 20};
+    const PacketCursor goodCursor{good.data(), 20};
+
+    using Decoder = TrovResult (*)(HeaderInfo *, DecodeResult *, const PacketCursor *);
+    const Decoder decoders[] = {
+        [](HeaderInfo *i, DecodeResult *r, const PacketCursor *c) { return TROV_DecodeFU(i, r, c, nullptr); },
+        [](HeaderInfo *i, DecodeResult *r, const PacketCursor *c) { return TROV_DecodeFP(i, r, c); },
+    };
+    for (Decoder decode : decoders) {
+        EXPECT_EQ(decode(nullptr, &result, &goodCursor), TROV_RESULT_NULL_ARGUMENT);
+        EXPECT_EQ(decode(&info, nullptr, &goodCursor), TROV_RESULT_NULL_ARGUMENT);
+        EXPECT_EQ(decode(&info, &result, nullptr), TROV_RESULT_NULL_ARGUMENT);
+        EXPECT_EQ(decode(&info, &result, &nowhere), TROV_RESULT_NULL_ARGUMENT);
+
+        const struct { std::vector<uint8_t> *bytes; uint32_t remaining; TrovResult expected; } cases[] = {
+            {&wrongMark, 20, TROV_RESULT_BAD_PACKET},
+            {&wrongMarkV11, 20, TROV_RESULT_BAD_PACKET}, // the mark is checked first
+            {&v11, 20, TROV_RESULT_NO_HEADER_CODEC},
+            {&v11, 19, TROV_RESULT_NO_HEADER_CODEC},
+            {&good, 19, TROV_RESULT_BAD_PACKET},
+            {&good, 3, TROV_RESULT_BAD_PACKET},
+            {&good, 1, TROV_RESULT_BAD_PACKET},
+            {&good, 0, TROV_RESULT_BAD_PACKET},
+        };
+        for (const auto &c : cases) {
+            SCOPED_TRACE(c.remaining);
+            // Exactly the cursor's bytes on the heap, so a sanitizer sees any over-read.
+            std::vector<uint8_t> bytes(c.bytes->begin(), c.bytes->begin() + c.remaining);
+            const PacketCursor cursor{bytes.empty() ? good.data() : bytes.data(), c.remaining};
+            EXPECT_EQ(decode(&info, &result, &cursor), c.expected);
+        }
+        EXPECT_EQ(fieldsOf(info), fieldsOf(kSentinelInfo));
+        EXPECT_EQ(result.type, kSentinelType);
+        EXPECT_EQ(result.record, nullptr);
+    }
+}
+
+// The FP body table is empty and FP decoding has no skip rules: every
+// well-formed packet gives 9, including the body code whose length is taken
+// from the packet rather than the header.
+TEST_F(BodyOperations, DecodeFPFindsNoBodyCodecForAnyCode) {
+    std::vector<uint8_t> sized = packet(0x1a, 0, 0, 0, 3, 23);
+    sized[20] = 0x01;
+    sized[21] = 0x0B;
+    sized[22] = 0x0D;
+    std::vector<uint8_t> packets[] = {unitPacket(4, 10), unitPacket(200, 5), unitPacket(1, 0),
+                                      packet(0xFFFF, 0, 0, 0, 0xFFFF), sized};
+    for (std::vector<uint8_t> &p : packets) {
+        const PacketCursor cursor{p.data(), uint32_t(p.size())};
+        EXPECT_EQ(TROV_DecodeFP(&info, &result, &cursor), TROV_RESULT_NO_BODY_CODEC);
+        EXPECT_EQ(result.record, nullptr);
+    }
+}
+
+TEST_F(BodyOperations, EncodersCheckArgumentsThenVersionThenBodyTable) {
+    const uint8_t record[16] = {};
+    std::array<uint8_t, 32> buf;
+    buf.fill(0xCC);
+    const std::array<uint8_t, 32> before = buf;
+    for (bool fp : {false, true}) {
+        SCOPED_TRACE(fp ? "FP" : "FU");
+        auto encode = [fp](HeaderInfo *i, const void *r, EncodeOutput *o) {
+            return fp ? TROV_EncodeFP(i, r, o, nullptr) : TROV_EncodeFU(i, r, o);
+        };
+        EncodeOutput allocate{nullptr, 0};
+        EncodeOutput given{buf.data(), uint32_t(buf.size())};
+        HeaderInfo h{0xA7E5, 0x10, 0, 5, 0, 0x1234, 0, 0, 1};
+        EXPECT_EQ(encode(nullptr, record, &allocate), TROV_RESULT_NULL_ARGUMENT);
+        EXPECT_EQ(encode(&h, nullptr, &allocate), TROV_RESULT_NULL_ARGUMENT);
+        EXPECT_EQ(encode(&h, record, nullptr), TROV_RESULT_NULL_ARGUMENT);
+        for (uint16_t code : {0, 1, 5, 0x31, 0x85, 0xFFFF}) {
+            h.code = code;
+            EXPECT_EQ(encode(&h, record, &allocate), TROV_RESULT_NO_BODY_CODEC);
+            EXPECT_EQ(encode(&h, record, &given), TROV_RESULT_NO_BODY_CODEC);
+        }
+        h.version = 0x11;
+        EXPECT_EQ(encode(&h, record, &given), TROV_RESULT_NO_HEADER_CODEC);
+        // Nothing was allocated, written or sized.
+        EXPECT_EQ(allocate.data, nullptr);
+        EXPECT_EQ(allocate.length, 0u);
+        EXPECT_EQ(given.length, 32u);
+        EXPECT_EQ(buf, before);
+        EXPECT_EQ(h.bodyLength, 0x1234);
+    }
+    int context = 0;
+    EXPECT_EQ(TROV_EncodeFP(&info, record, nullptr, &context), TROV_RESULT_NULL_ARGUMENT);
+}
+
+TEST_F(BodyOperations, SizeQueriesFindNoCodecsAndLeaveTheSizeAlone) {
+    const HeaderInfo h{0xA7E5, 0x10, 0, 0, 0, 0, 0, 0, 0};
+    const uint8_t value[16] = {};
+    uint16_t size = 0xEEEE;
+    EXPECT_EQ(TROV_GetAttributePacketSize(nullptr, 1, value, 0, &size), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_GetAttributePacketSize(&h, 1, nullptr, 0, &size), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_GetAttributePacketSize(&h, 1, value, 0, nullptr), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_GetEventPacketSize(nullptr, 2, value, &size), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_GetEventPacketSize(&h, 2, nullptr, &size), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_GetEventPacketSize(&h, 2, value, nullptr), TROV_RESULT_NULL_ARGUMENT);
+    for (uint16_t id : {0x0000, 0x0001, 0x0005, 0x00CB, 0x2000, 0xFFFF}) {
+        SCOPED_TRACE(id);
+        EXPECT_EQ(TROV_GetAttributePacketSize(&h, id, value, 0, &size), TROV_RESULT_NO_ATTRIBUTE_CODEC);
+        EXPECT_EQ(TROV_GetAttributePacketSize(&h, id, value, 1, &size), TROV_RESULT_NO_ATTRIBUTE_CODEC);
+        // The event query searches the FP event table alone, which is empty.
+        EXPECT_EQ(TROV_GetEventPacketSize(&h, id, value, &size), TROV_RESULT_NO_EVENT_CODEC);
+    }
+    EXPECT_EQ(TROV_GetEventPacketSize(&h, 0x136, value, &size), TROV_RESULT_NO_EVENT_CODEC);
+    EXPECT_EQ(size, 0xEEEE);
+}
+
+} // namespace

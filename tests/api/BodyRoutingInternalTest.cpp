@@ -1,0 +1,330 @@
+// Routing of packets to body codecs, through tables whose rows record what
+// they are handed: the skip rules of the function-unit decoder, the body
+// cursor, the arguments of encode and decode, the FP extension value and the
+// two size queries.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "api/BodyOperations.h"
+
+namespace trov {
+namespace {
+
+// What the recording operations last received.
+struct Seen {
+    int calls;
+    HeaderInfo *info;
+    DecodeResult *result;
+    uint16_t typeAtCall;
+    PacketCursor body;
+    const void *record, *value;
+    void *output, *context;
+    uint8_t mode, flag, version;
+    uint8_t packetAtCall[24];
+    uint16_t *size;
+};
+Seen seen;
+TrovResult opResult = 0;
+
+TrovResult recordDecode(HeaderInfo *info, DecodeResult *result, const PacketCursor *body,
+                        void *context) {
+    ++seen.calls;
+    seen.info = info;
+    seen.result = result;
+    seen.typeAtCall = result->type;
+    seen.body = *body;
+    seen.context = context;
+    return opResult;
+}
+
+TrovResult recordEncode(HeaderInfo *info, const void *record, void *output, void *context,
+                        uint8_t mode) {
+    ++seen.calls;
+    seen.info = info;
+    seen.record = record;
+    seen.output = output;
+    seen.context = context;
+    seen.mode = mode;
+    const auto *c = static_cast<const PacketCursor *>(output);
+    if (c->position != nullptr) std::memcpy(seen.packetAtCall, c->position, 24);
+    return opResult;
+}
+
+TrovResult recordSize(const void *value, uint8_t flag, uint16_t *size, uint8_t version) {
+    ++seen.calls;
+    seen.value = value;
+    seen.flag = flag;
+    seen.size = size;
+    seen.version = version;
+    return opResult;
+}
+TrovResult recordEncCalc(const void *value, uint8_t isArray, uint16_t *size, uint8_t version) {
+    return recordSize(value, isArray, size, version);
+}
+TrovResult recordEventDecCalc(PacketCursor *cursor, uint8_t flag, uint16_t *size) {
+    return recordSize(cursor, flag, size, 0);
+}
+
+// Every code from 1 to 0x85 in both body tables, one row each.
+std::vector<BodyCodecRow> everyCode() {
+    std::vector<BodyCodecRow> rows;
+    for (uint16_t code = 1; code <= 0x85; ++code)
+        rows.push_back({code, 0, recordEncode, recordDecode});
+    rows.push_back({0x200, 0, nullptr, recordDecode}); // decode only
+    rows.push_back({0, 0, nullptr, nullptr});
+    return rows;
+}
+const std::vector<BodyCodecRow> kRows = everyCode();
+
+constexpr uint16_t kAttrIds[] = {0x101, 0};
+constexpr AttributeCodecRow kAttributes[] = {
+    {kAttrIds, 0x10, {recordEncCalc, nullptr, nullptr, nullptr}},
+    {nullptr, 0, {}},
+};
+constexpr EventCodecRow kFuEvents[] = {{0x30, 0, recordEventDecCalc, nullptr}, {}};
+constexpr EventCodecRow kFpEvents[] = {{0x31, 0, recordEventDecCalc, nullptr}, {}};
+
+Tables tables() {
+    Tables t{};
+    t.fuBodies = kRows.data();
+    t.fpBodies = kRows.data();
+    t.attributes = kAttributes;
+    t.fuEvents = kFuEvents;
+    t.fpEvents = kFpEvents;
+    return t;
+}
+
+// A packet of `total` bytes: header with flags 1 (16-bit unit type), then a
+// body of 0xEE bytes.
+std::vector<uint8_t> packet(uint16_t code, uint16_t unitType, uint16_t bodyLength, size_t total) {
+    std::vector<uint8_t> p(total, 0xEE);
+    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0,
+                              uint8_t(bodyLength >> 8), uint8_t(bodyLength), 0, 0, 0, 0, 0, 0,
+                              0, 0, uint8_t(unitType >> 8), uint8_t(unitType)};
+    std::memcpy(p.data(), head, 20);
+    return p;
+}
+
+class BodyRouting : public testing::Test {
+protected:
+    void SetUp() override {
+        seen = Seen{};
+        opResult = 0;
+    }
+    HeaderInfo info{};
+    DecodeResult result{nullptr, nullptr, 0xBEEF};
+};
+
+TEST(UnitRules, WhichUnitTypesAndCodesAreDecoded) {
+    // Units with rules of their own, and the codes they decode (none listed: every code).
+    const std::pair<std::vector<uint16_t>, std::vector<uint16_t>> rules[] = {
+        {{1, 29, 33, 34}, {}},
+        {{4}, {5, 6, 7, 53, 56, 69, 82, 83, 84, 88, 93, 94, 95, 97}},
+        {{23, 9}, {6, 53, 83, 84}},
+        {{8}, {84, 93, 94, 95, 97}},
+        {{31}, {93, 94, 95, 97}},
+    };
+    const uint16_t otherUnits[] = {0, 2, 3, 5, 18, 24, 25, 26, 30, 0x100, 0xFFFF};
+    for (uint16_t code = 0; code <= 0x90; ++code) {
+        for (const auto &[units, codes] : rules) {
+            for (uint16_t unit : units) {
+                SCOPED_TRACE(testing::Message() << "unit " << unit << " code " << code);
+                const bool expected =
+                    codes.empty() || std::find(codes.begin(), codes.end(), code) != codes.end();
+                DecodeResult r{nullptr, nullptr, unit};
+                EXPECT_EQ(decodesUnitBody(unit, code, &r), expected);
+                EXPECT_EQ(r.type, unit);
+            }
+        }
+        for (uint16_t unit : otherUnits) {
+            SCOPED_TRACE(testing::Message() << "unit " << unit << " code " << code);
+            const bool expected = code == 10 || (code == 27 && unit == 18) ||
+                                  (code == 19 && (unit == 24 || unit == 25));
+            DecodeResult r{nullptr, nullptr, unit};
+            EXPECT_EQ(decodesUnitBody(unit, code, &r), expected);
+            EXPECT_EQ(r.type, code == 10 ? 0 : unit); // code 10 clears the type
+        }
+    }
+}
+
+TEST_F(BodyRouting, DecodeFuSkipsOrDecodesByUnitType) {
+    struct Case {
+        uint16_t unit, code;
+        bool decoded;
+        uint16_t type; // result type at the call, or after a skip
+    };
+    const Case cases[] = {
+        {4, 10, false, 4}, {4, 5, true, 4},     {7, 10, true, 0},   {18, 27, true, 18},
+        {17, 27, false, 17}, {25, 19, true, 25}, {26, 19, false, 26}, {1, 0x85, true, 1},
+        {31, 84, false, 31}, {8, 84, true, 8},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(testing::Message() << "unit " << c.unit << " code " << c.code);
+        seen = Seen{};
+        auto p = packet(c.code, c.unit, 4, 24);
+        const PacketCursor cursor{p.data(), 24};
+        result.type = 0xBEEF;
+        EXPECT_EQ(decodeFU(tables(), &info, &result, &cursor, nullptr), 0u);
+        EXPECT_EQ(seen.calls, c.decoded ? 1 : 0);
+        EXPECT_EQ(c.decoded ? seen.typeAtCall : result.type, c.type);
+        EXPECT_EQ(info.code, c.code); // the header is decoded either way
+    }
+}
+
+TEST_F(BodyRouting, DecodeHandsTheRowABodyCursorAndTheContext) {
+    struct Case {
+        uint16_t code, bodyLength;
+        size_t total;
+        uint32_t remaining;
+    };
+    const Case cases[] = {
+        {5, 10, 40, 10},  {5, 0, 40, 0},     {5, 50, 30, 10}, // never past what arrived
+        {0x31, 5, 100, 80}, {0x31, 200, 100, 80},
+    };
+    int context = 0;
+    for (const Case &c : cases) {
+        SCOPED_TRACE(testing::Message() << "code " << c.code << " bodyLength " << c.bodyLength);
+        seen = Seen{};
+        auto p = packet(c.code, 1, c.bodyLength, c.total);
+        const PacketCursor cursor{p.data(), static_cast<uint32_t>(c.total)};
+        opResult = 42;
+        EXPECT_EQ(decodeFU(tables(), &info, &result, &cursor, &context), 42u);
+        ASSERT_EQ(seen.calls, 1);
+        EXPECT_EQ(seen.body.position, p.data() + 20);
+        EXPECT_EQ(seen.body.remaining, c.remaining);
+        EXPECT_EQ(seen.context, &context);
+        EXPECT_EQ(seen.info, &info);
+        EXPECT_EQ(seen.result, &result);
+        EXPECT_EQ(cursor.position, p.data()); // the caller's cursor does not move
+    }
+}
+
+TEST_F(BodyRouting, DecodeFpBodyLengthAndNoSkipRules) {
+    struct Case {
+        uint16_t code;
+        uint8_t b0, b1, b2;
+        uint32_t remaining;
+    };
+    const Case cases[] = {
+        {0x1a, 1, 0, 0, 30},       {0x1a, 0, 0x0B, 0, 30}, {0x1a, 0, 0, 0x0D, 30},
+        {0x1a, 0, 0, 0, 6},        {0x1a, 0x0B, 0x0D, 1, 6}, // the bytes count only in their places
+        {0x1b, 1, 0x0B, 0x0D, 6},  {0x31, 0, 0, 0, 6},     // no 0x31 rule in FP
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << (&c - cases));
+        seen = Seen{};
+        auto p = packet(c.code, 4, 6, 50); // unit type 4 would skip all these in FU
+        p[20] = c.b0;
+        p[21] = c.b1;
+        p[22] = c.b2;
+        const PacketCursor cursor{p.data(), 50};
+        EXPECT_EQ(decodeFP(tables(), &info, &result, &cursor), 0u);
+        ASSERT_EQ(seen.calls, 1);
+        EXPECT_EQ(seen.body.position, p.data() + 20);
+        EXPECT_EQ(seen.body.remaining, c.remaining);
+        EXPECT_EQ(seen.context, nullptr);
+    }
+}
+
+TEST_F(BodyRouting, EncodeBodyPassesEverythingThroughWithMode0) {
+    info.version = 0x10;
+    info.code = 7;
+    const int record = 0;
+    PacketCursor output{nullptr, 0};
+    int context = 0;
+    opResult = 33;
+    for (uint8_t selector : {kSelectFU, kSelectFP}) {
+        seen = Seen{};
+        EXPECT_EQ(encodeBody(tables(), selector, &info, &record, &output, &context), 33u);
+        EXPECT_EQ(seen.calls, 1);
+        EXPECT_EQ(seen.info, &info);
+        EXPECT_EQ(seen.record, &record);
+        EXPECT_EQ(seen.output, &output);
+        EXPECT_EQ(seen.context, &context);
+        EXPECT_EQ(seen.mode, 0);
+    }
+    info.code = 0x200; // a row without an encode operation
+    EXPECT_EQ(encodeBody(tables(), kSelectFU, &info, &record, &output, nullptr), 9u);
+    info.code = 0x86;
+    EXPECT_EQ(encodeBody(tables(), kSelectFU, &info, &record, &output, nullptr), 9u);
+}
+
+TEST_F(BodyRouting, EncodeFpWithExtensionPlacesTheValueOnce) {
+    struct Case {
+        uint16_t code;
+        uint32_t remaining;
+        uint16_t already; // big-endian u16 at the slot before the call
+        size_t offset;    // where the value is expected, 0 for nowhere
+    };
+    const Case cases[] = {
+        {88, 24, 0, 22},  {103, 24, 0, 22}, {114, 30, 0, 22}, {115, 24, 0, 22}, {129, 24, 0, 22},
+        {88, 23, 0, 0},   {129, 24, 0x0102, 0}, {102, 22, 0, 20}, {102, 21, 0, 0},
+        {102, 22, 0x0001, 0}, {89, 24, 0, 0},  {7, 24, 0, 0},
+    };
+    info.version = 0x10;
+    const int record = 0;
+    int context = 0;
+    for (const Case &c : cases) {
+        SCOPED_TRACE(testing::Message() << "code " << c.code << " remaining " << c.remaining);
+        seen = Seen{};
+        info.code = c.code;
+        uint8_t bytes[32] = {};
+        const size_t slot = c.code == 102 ? 20 : 22;
+        bytes[slot] = uint8_t(c.already >> 8);
+        bytes[slot + 1] = uint8_t(c.already);
+        uint8_t expected[32];
+        std::memcpy(expected, bytes, sizeof bytes);
+        if (c.offset != 0) {
+            expected[c.offset] = 0xAB;
+            expected[c.offset + 1] = 0xCD;
+        }
+        PacketCursor out{bytes, c.remaining};
+        EXPECT_EQ(encodeFPWithExtension(tables(), &info, &record, &out, &context, 0xABCD), 0u);
+        EXPECT_EQ(std::memcmp(bytes, expected, sizeof bytes), 0);
+        ASSERT_EQ(seen.calls, 1);
+        EXPECT_EQ(std::memcmp(seen.packetAtCall, expected, 24), 0); // placed before the encoder ran
+        EXPECT_EQ(seen.mode, 1);
+        EXPECT_EQ(seen.output, &out);
+        EXPECT_EQ(seen.context, &context);
+    }
+    seen = Seen{};
+    info.code = 88;
+    PacketCursor nowhere{nullptr, 40};
+    EXPECT_EQ(encodeFPWithExtension(tables(), &info, &record, &nowhere, nullptr, 1), 0u);
+    EXPECT_EQ(seen.calls, 1);
+}
+
+TEST_F(BodyRouting, SizeQueries) {
+    info.version = 0x10;
+    const int value = 0;
+    uint16_t size = 0;
+    opResult = 3;
+    EXPECT_EQ(attributePacketSize(tables(), &info, 0x101, &value, 1, &size), 3u);
+    EXPECT_EQ(seen.value, &value);
+    EXPECT_EQ(seen.flag, 1);
+    EXPECT_EQ(seen.size, &size);
+    EXPECT_EQ(seen.version, 0x10);
+    EXPECT_EQ(attributePacketSize(tables(), &info, 0x102, &value, 0, &size), 10u);
+    info.version = 0x11; // the row is for 0x10 only
+    EXPECT_EQ(attributePacketSize(tables(), &info, 0x101, &value, 0, &size), 10u);
+    EXPECT_EQ(attributePacketSize(tables(), &info, 0x101, nullptr, 0, &size), 1u);
+
+    seen = Seen{};
+    info.version = 0x10;
+    PacketCursor event{nullptr, 0};
+    EXPECT_EQ(eventPacketSize(tables(), &info, 0x30, &event, &size), 12u); // FU events unseen
+    EXPECT_EQ(seen.calls, 0);
+    EXPECT_EQ(eventPacketSize(tables(), &info, 0x31, &event, &size), 3u);
+    EXPECT_EQ(seen.value, &event);
+    EXPECT_EQ(seen.flag, 0);
+    EXPECT_EQ(seen.size, &size);
+    EXPECT_EQ(eventPacketSize(tables(), &info, 0x31, &event, nullptr), 1u);
+}
+
+} // namespace
+} // namespace trov

@@ -1,0 +1,314 @@
+// The packet header through the exported interface: single-field access in a
+// record and in a packet, the whole-header codec, and every result each of the
+// six header functions can give.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "TrovCodec.h"
+
+namespace {
+
+// A header with the high bits of every field set, and its 20 wire bytes.
+// Flags 0x89 has bit 0 set, so bytes 18-19 carry the extension big-endian.
+constexpr HeaderInfo kInfo{0xA7E5, 0x10, 0x89, 0x8421, 0xFEDC, 0xF00F, 0x89ABCDEF, 0xF1E2D3C4, 0xBEEF};
+constexpr std::array<uint8_t, 20> kWire{0xA7, 0xE5, 0x10, 0x89, 0x84, 0x21, 0xFE, 0xDC, 0xF0, 0x0F,
+                                        0x89, 0xAB, 0xCD, 0xEF, 0xF1, 0xE2, 0xD3, 0xC4, 0xBE, 0xEF};
+
+std::array<uint32_t, 9> fieldsOf(const HeaderInfo &h) {
+    return {h.mark, h.version, h.flags, h.code, h.value4, h.bodyLength, h.value6, h.value7, h.extension};
+}
+
+struct FieldCase {
+    uint32_t index;
+    uint32_t offset;   // first packet byte of the field
+    uint32_t width;    // bytes on the wire and in the caller's value
+    uint32_t inPacket; // the field's value in kWire
+    uint32_t inRecord; // the field's value read from kInfo
+    uint32_t update;   // a new value to store
+    void (*store)(HeaderInfo &, uint32_t); // what storing `update` does to a record
+};
+
+const FieldCase kFields[] = {
+    {0, 0, 2, 0xA7E5, 0xA7E5, 0x8001, [](HeaderInfo &h, uint32_t v) { h.mark = uint16_t(v); }},
+    {1, 2, 1, 0x10, 0x10, 0x90, [](HeaderInfo &h, uint32_t v) { h.version = uint16_t((h.version & 0xFF00) | v); }},
+    {2, 3, 1, 0x89, 0x89, 0xF6, [](HeaderInfo &h, uint32_t v) { h.flags = uint16_t((h.flags & 0xFF00) | v); }},
+    {3, 4, 2, 0x8421, 0x8421, 0x9BDF, [](HeaderInfo &h, uint32_t v) { h.code = uint16_t(v); }},
+    {4, 6, 2, 0xFEDC, 0xFEDC, 0x8000, [](HeaderInfo &h, uint32_t v) { h.value4 = uint16_t(v); }},
+    {5, 8, 2, 0xF00F, 0xF00F, 0xFFFF, [](HeaderInfo &h, uint32_t v) { h.bodyLength = uint16_t(v); }},
+    {6, 10, 4, 0x89ABCDEF, 0x89ABCDEF, 0x80000001, [](HeaderInfo &h, uint32_t v) { h.value6 = v; }},
+    {7, 14, 4, 0xF1E2D3C4, 0xF1E2D3C4, 0xFEDCBA98, [](HeaderInfo &h, uint32_t v) { h.value7 = v; }},
+    {8, 18, 2, 0xBEEF, 0xBEEF, 0xC0DE, [](HeaderInfo &h, uint32_t v) { h.extension = uint16_t(v); }},
+    // Byte form: byte 18 in a packet (a set leaves byte 19 alone), the low
+    // byte of extension in a record (a set clears the high byte).
+    {9, 18, 1, 0xBE, 0xEF, 0xC3, [](HeaderInfo &h, uint32_t v) { h.extension = uint16_t(v); }},
+};
+
+// The value in an 8-byte out area: the field's width in host order, then
+// canary bytes that must survive.
+std::array<uint8_t, 8> hostValue(uint32_t value, uint32_t width) {
+    std::array<uint8_t, 8> out;
+    out.fill(0xCC);
+    if (width == 1) out[0] = uint8_t(value);
+    if (width == 2) { const auto v = uint16_t(value); std::memcpy(out.data(), &v, 2); }
+    if (width == 4) std::memcpy(out.data(), &value, 4);
+    return out;
+}
+
+std::array<uint8_t, 8> canary() { return hostValue(0, 0); }
+
+// Every field read and written at its width, in a record and in a packet;
+// a set changes that field and nothing else, and the cursor never moves.
+TEST(HeaderFields, EachFieldAtItsWidthInRecordAndPacket) {
+    for (const FieldCase &f : kFields) {
+        SCOPED_TRACE(f.index);
+        std::array<uint8_t, 24> buf;
+        buf.fill(0xCC);
+        std::memcpy(buf.data(), kWire.data(), 20);
+        const PacketCursor cursor{buf.data(), 20};
+        auto out = canary();
+        EXPECT_EQ(TROV_GetFromInfo(f.index, &kInfo, out.data()), TROV_RESULT_OK);
+        EXPECT_EQ(out, hostValue(f.inRecord, f.width));
+        out = canary();
+        EXPECT_EQ(TROV_GetFromPacket(f.index, &cursor, out.data()), TROV_RESULT_OK);
+        EXPECT_EQ(out, hostValue(f.inPacket, f.width));
+
+        HeaderInfo info = kInfo, expected = kInfo;
+        f.store(expected, f.update);
+        const auto value = hostValue(f.update, f.width);
+        ASSERT_EQ(TROV_SetToInfo(f.index, &info, value.data()), TROV_RESULT_OK);
+        EXPECT_EQ(fieldsOf(info), fieldsOf(expected));
+
+        std::array<uint8_t, 24> expectedBytes = buf;
+        for (uint32_t i = 0; i < f.width; ++i) // big-endian
+            expectedBytes[f.offset + i] = uint8_t(f.update >> (8 * (f.width - 1 - i)));
+        ASSERT_EQ(TROV_SetToPacket(f.index, &cursor, value.data()), TROV_RESULT_OK);
+        EXPECT_EQ(buf, expectedBytes);
+        EXPECT_EQ(cursor.position, buf.data());
+        EXPECT_EQ(cursor.remaining, 20u);
+    }
+}
+
+// The library refuses a field that ends beyond the cursor's bytes and never
+// touches the memory past them.
+TEST(HeaderFields, PacketAccessStopsAtTheCursorsEnd) {
+    for (const FieldCase &f : kFields) {
+        SCOPED_TRACE(f.index);
+        const uint32_t end = f.offset + f.width;
+        // Exactly end - 1 bytes on the heap, so a sanitizer sees any over-read.
+        std::vector<uint8_t> shortPacket(kWire.begin(), kWire.begin() + end - 1);
+        const PacketCursor shortCursor{shortPacket.data(), end - 1};
+        auto out = canary();
+        EXPECT_EQ(TROV_GetFromPacket(f.index, &shortCursor, out.data()), TROV_RESULT_BAD_PACKET);
+        EXPECT_EQ(out, canary());
+
+        std::array<uint8_t, 24> buf;
+        buf.fill(0xCC);
+        std::memcpy(buf.data(), kWire.data(), end - 1);
+        const std::array<uint8_t, 24> before = buf;
+        const PacketCursor setCursor{buf.data(), end - 1};
+        const auto value = hostValue(f.update, f.width);
+        EXPECT_EQ(TROV_SetToPacket(f.index, &setCursor, value.data()), TROV_RESULT_BUFFER_TOO_SMALL);
+        EXPECT_EQ(buf, before);
+
+        const PacketCursor exact{buf.data(), end};
+        std::memcpy(buf.data(), kWire.data(), end);
+        EXPECT_EQ(TROV_GetFromPacket(f.index, &exact, out.data()), TROV_RESULT_OK);
+        EXPECT_EQ(TROV_SetToPacket(f.index, &exact, value.data()), TROV_RESULT_OK);
+        EXPECT_EQ(buf[end], 0xCC);
+    }
+}
+
+// Only the low byte of the 16-bit version and flags slots is read or written.
+TEST(HeaderFields, HighBytesOfVersionAndFlagsSlotsAreIgnored) {
+    HeaderInfo info = kInfo;
+    info.version = 0xAB10;
+    info.flags = 0xCD89;
+    uint8_t version = 0;
+    uint16_t code = 0;
+    EXPECT_EQ(TROV_GetFromInfo(1, &info, &version), TROV_RESULT_OK);
+    EXPECT_EQ(version, 0x10);
+    EXPECT_EQ(TROV_GetFromInfo(3, &info, &code), TROV_RESULT_OK);
+    EXPECT_EQ(code, 0x8421);
+    const uint8_t one = 0x01;
+    ASSERT_EQ(TROV_SetToInfo(1, &info, &version), TROV_RESULT_OK);
+    ASSERT_EQ(TROV_SetToInfo(2, &info, &one), TROV_RESULT_OK);
+    EXPECT_EQ(info.version, 0xAB10);
+    EXPECT_EQ(info.flags, 0xCD01);
+    info.flags = 0xCD89;
+    std::array<uint8_t, 20> wire{};
+    const PacketCursor cursor{wire.data(), 20};
+    ASSERT_EQ(TROV_EncodeHeader(&info, &cursor), TROV_RESULT_OK);
+    EXPECT_EQ(wire, kWire);
+}
+
+TEST(HeaderCodec, GoldenHeaderEncodesAndDecodesInPlace) {
+    std::array<uint8_t, 24> buf;
+    buf.fill(0xCC);
+    const PacketCursor cursor{buf.data(), 20};
+    ASSERT_EQ(TROV_EncodeHeader(&kInfo, &cursor), TROV_RESULT_OK);
+    EXPECT_TRUE(std::equal(kWire.begin(), kWire.end(), buf.begin()));
+    EXPECT_EQ(buf[20], 0xCC);
+    EXPECT_EQ(cursor.position, buf.data()); // the caller advances by 20
+    EXPECT_EQ(cursor.remaining, 20u);
+
+    HeaderInfo out{};
+    ASSERT_EQ(TROV_DecodeHeader(&out, &cursor), TROV_RESULT_OK);
+    EXPECT_EQ(fieldsOf(out), fieldsOf(kInfo));
+    EXPECT_EQ(cursor.position, buf.data());
+
+    // Only the body decoders insist on the protocol mark.
+    buf[0] = 0x12;
+    buf[1] = 0x34;
+    ASSERT_EQ(TROV_DecodeHeader(&out, &cursor), TROV_RESULT_OK);
+    EXPECT_EQ(out.mark, 0x1234);
+}
+
+// Bytes 18-19 by the flags. Encoding extension 0xBEEF: bit 0 big-endian, else
+// bit 3 the low byte then 0, else zeros. Decoding: bit 0 big-endian, else the
+// two bytes in wire order, so a byte form reads back as the byte and 12 34
+// comes back swapped.
+TEST(HeaderCodec, ExtensionFormFollowsTheFlags) {
+    const struct { uint8_t flags, b18, b19; uint16_t readBack, from1234; } cases[] = {
+        {0x00, 0x00, 0x00, 0x0000, 0x3412}, {0x01, 0xBE, 0xEF, 0xBEEF, 0x1234},
+        {0x08, 0xEF, 0x00, 0x00EF, 0x3412}, {0x09, 0xBE, 0xEF, 0xBEEF, 0x1234},
+        {0x80, 0x00, 0x00, 0x0000, 0x3412}, {0xFE, 0xEF, 0x00, 0x00EF, 0x3412},
+        {0xF6, 0x00, 0x00, 0x0000, 0x3412},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(int(c.flags));
+        HeaderInfo info = kInfo, out{};
+        info.flags = c.flags;
+        std::array<uint8_t, 20> wire;
+        wire.fill(0xCC);
+        const PacketCursor cursor{wire.data(), 20};
+        ASSERT_EQ(TROV_EncodeHeader(&info, &cursor), TROV_RESULT_OK);
+        EXPECT_EQ(wire[3], c.flags);
+        EXPECT_EQ(wire[18], c.b18);
+        EXPECT_EQ(wire[19], c.b19);
+        ASSERT_EQ(TROV_DecodeHeader(&out, &cursor), TROV_RESULT_OK);
+        EXPECT_EQ(out.extension, c.readBack);
+        wire[18] = 0x12;
+        wire[19] = 0x34;
+        ASSERT_EQ(TROV_DecodeHeader(&out, &cursor), TROV_RESULT_OK);
+        EXPECT_EQ(out.extension, c.from1234);
+    }
+}
+
+TEST(HeaderResults, NullArguments) {
+    HeaderInfo info = kInfo;
+    std::array<uint8_t, 20> wire = kWire;
+    const PacketCursor cursor{wire.data(), 20};
+    const PacketCursor nowhere{nullptr, 20};
+    uint32_t out = 0;
+    for (uint32_t index : {0u, 1u, 5u, 10u}) { // before the index is looked at
+        SCOPED_TRACE(index);
+        const TrovResult results[] = {
+            TROV_GetFromInfo(index, nullptr, &out),      TROV_GetFromInfo(index, &info, nullptr),
+            TROV_SetToInfo(index, nullptr, &out),        TROV_SetToInfo(index, &info, nullptr),
+            TROV_GetFromPacket(index, nullptr, &out),    TROV_GetFromPacket(index, &nowhere, &out),
+            TROV_GetFromPacket(index, &cursor, nullptr), TROV_SetToPacket(index, nullptr, &out),
+            TROV_SetToPacket(index, &nowhere, &out),     TROV_SetToPacket(index, &cursor, nullptr)};
+        for (size_t i = 0; i < std::size(results); ++i)
+            EXPECT_EQ(results[i], TROV_RESULT_NULL_ARGUMENT) << "call " << i;
+    }
+    EXPECT_EQ(TROV_EncodeHeader(nullptr, &cursor), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_EncodeHeader(&info, nullptr), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_EncodeHeader(&info, &nowhere), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_DecodeHeader(nullptr, &cursor), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_DecodeHeader(&info, nullptr), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(TROV_DecodeHeader(&info, &nowhere), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(fieldsOf(info), fieldsOf(kInfo));
+    EXPECT_EQ(wire, kWire);
+}
+
+TEST(HeaderResults, IndicesAboveNineAreRejected) {
+    HeaderInfo info = kInfo;
+    std::array<uint8_t, 20> wire = kWire;
+    const PacketCursor cursor{wire.data(), 20};
+    for (uint32_t index : {10u, 11u, 0x100u, 0x80000000u, 0xFFFFFFFFu}) {
+        SCOPED_TRACE(index);
+        auto out = canary();
+        EXPECT_EQ(TROV_GetFromInfo(index, &info, out.data()), TROV_RESULT_BAD_FIELD_INDEX);
+        EXPECT_EQ(TROV_GetFromPacket(index, &cursor, out.data()), TROV_RESULT_BAD_FIELD_INDEX);
+        EXPECT_EQ(out, canary());
+        const auto value = hostValue(0x5A5A5A5A, 4);
+        EXPECT_EQ(TROV_SetToInfo(index, &info, value.data()), TROV_RESULT_BAD_FIELD_INDEX);
+        EXPECT_EQ(TROV_SetToPacket(index, &cursor, value.data()), TROV_RESULT_BAD_FIELD_INDEX);
+    }
+    EXPECT_EQ(fieldsOf(info), fieldsOf(kInfo));
+    EXPECT_EQ(wire, kWire);
+}
+
+// Version 0x11 has no header codec: only the mark and the version itself can
+// be reached, and the codec lookup comes before the length checks.
+TEST(HeaderResults, UnknownVersionGivesNoHeaderCodec) {
+    HeaderInfo info = kInfo;
+    info.version = 0x11;
+    const HeaderInfo before = info;
+    std::array<uint8_t, 20> wire = kWire;
+    wire[2] = 0x11;
+    const std::array<uint8_t, 20> wireBefore = wire;
+    const PacketCursor cursor{wire.data(), 20};
+    for (uint32_t index = 0; index <= 10; ++index) {
+        SCOPED_TRACE(index);
+        const TrovResult expected = index < 2 ? TROV_RESULT_OK : TROV_RESULT_NO_HEADER_CODEC;
+        auto out = canary();
+        EXPECT_EQ(TROV_GetFromInfo(index, &info, out.data()), expected);
+        if (index >= 2) {
+            EXPECT_EQ(out, canary());
+        }
+        EXPECT_EQ(TROV_GetFromPacket(index, &cursor, out.data()), expected);
+        // Index 0 and 1 store what is already there.
+        const auto value = index == 0 ? hostValue(0xA7E5, 2) : hostValue(0x11, 1);
+        EXPECT_EQ(TROV_SetToInfo(index, &info, value.data()), expected);
+        EXPECT_EQ(TROV_SetToPacket(index, &cursor, value.data()), expected);
+    }
+    EXPECT_EQ(fieldsOf(info), fieldsOf(before));
+    EXPECT_EQ(wire, wireBefore);
+
+    const PacketCursor shortCursor{wire.data(), 19};
+    EXPECT_EQ(TROV_EncodeHeader(&info, &cursor), TROV_RESULT_NO_HEADER_CODEC);
+    EXPECT_EQ(TROV_EncodeHeader(&info, &shortCursor), TROV_RESULT_NO_HEADER_CODEC);
+    EXPECT_EQ(wire, wireBefore);
+    HeaderInfo out = kInfo;
+    EXPECT_EQ(TROV_DecodeHeader(&out, &cursor), TROV_RESULT_NO_HEADER_CODEC);
+    EXPECT_EQ(TROV_DecodeHeader(&out, &shortCursor), TROV_RESULT_NO_HEADER_CODEC);
+    EXPECT_EQ(fieldsOf(out), fieldsOf(kInfo));
+
+    // Writing the version first makes the other fields reachable.
+    const uint8_t v10 = 0x10;
+    ASSERT_EQ(TROV_SetToPacket(1, &cursor, &v10), TROV_RESULT_OK);
+    uint16_t code = 0;
+    EXPECT_EQ(TROV_GetFromPacket(3, &cursor, &code), TROV_RESULT_OK);
+    EXPECT_EQ(code, 0x8421);
+}
+
+TEST(HeaderResults, ShortBuffers) {
+    std::array<uint8_t, 24> buf;
+    buf.fill(0xCC);
+    const std::array<uint8_t, 24> before = buf;
+    const PacketCursor nineteen{buf.data(), 19};
+    EXPECT_EQ(TROV_EncodeHeader(&kInfo, &nineteen), TROV_RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(buf, before);
+
+    // Decoding needs byte 2 to find the codec, then all 20 bytes. The version
+    // byte beyond a 2-byte cursor is 0x11 and must not be looked at.
+    std::memcpy(buf.data(), kWire.data(), 20);
+    buf[2] = 0x11;
+    for (uint32_t remaining : {0u, 1u, 2u}) {
+        SCOPED_TRACE(remaining);
+        const PacketCursor tiny{buf.data(), remaining};
+        HeaderInfo out = kInfo;
+        EXPECT_EQ(TROV_DecodeHeader(&out, &tiny), TROV_RESULT_BAD_PACKET);
+        EXPECT_EQ(fieldsOf(out), fieldsOf(kInfo));
+    }
+    buf[2] = 0x10;
+    HeaderInfo out{};
+    EXPECT_EQ(TROV_DecodeHeader(&out, &nineteen), TROV_RESULT_BAD_PACKET);
+    EXPECT_EQ(fieldsOf(out), fieldsOf(HeaderInfo{}));
+}
+
+} // namespace

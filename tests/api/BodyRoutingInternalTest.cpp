@@ -66,8 +66,9 @@ TrovResult recordSize(const void *value, uint8_t flag, uint16_t *size, uint8_t v
 TrovResult recordEncCalc(const void *value, uint8_t isArray, uint16_t *size, uint8_t version) {
     return recordSize(value, isArray, size, version);
 }
-TrovResult recordEventDecCalc(PacketCursor *cursor, uint8_t flag, uint16_t *size) {
-    return recordSize(cursor, flag, size, 0);
+TrovResult recordEventDecCalc(PacketCursor *cursor, uint8_t flag, RecordSize *size) {
+    size->bytes = 77;
+    return recordSize(cursor, flag, nullptr, 0);
 }
 
 // Every code from 1 to 0x85 in both body tables, one row each.
@@ -322,7 +323,10 @@ TEST_F(BodyRouting, SizeQueries) {
     EXPECT_EQ(eventPacketSize(tables(), &info, 0x31, &event, &size), 3u);
     EXPECT_EQ(seen.value, &event);
     EXPECT_EQ(seen.flag, 0);
-    EXPECT_EQ(seen.size, &size);
+    EXPECT_EQ(size, 0); // not stored on failure
+    opResult = 0;
+    EXPECT_EQ(eventPacketSize(tables(), &info, 0x31, &event, &size), 0u);
+    EXPECT_EQ(size, 77);
     EXPECT_EQ(eventPacketSize(tables(), &info, 0x31, &event, nullptr), 1u);
 }
 

@@ -188,7 +188,10 @@ TrovResult eventPacketSize(const Tables &tables, const HeaderInfo *info, uint16_
     if (row == nullptr) return TROV_RESULT_NO_EVENT_CODEC;
     // The FP event rows size the information record they are given.
     auto *record = static_cast<PacketCursor *>(const_cast<void *>(event));
-    return row->decCalc(record, 0, size);
+    RecordSize reported{};
+    const TrovResult r = row->decCalc(record, 0, &reported);
+    if (r == TROV_RESULT_OK) *size = reported.bytes;
+    return r;
 }
 
 } // namespace trov

@@ -34,6 +34,18 @@ struct HeaderCodecRow {
     const uint8_t *(*decodeHeader)(const PacketCursor *cursor, HeaderInfo *info);
 };
 
+// What a decode size pass reports. `bytes` is the record size in the
+// protocol's own 16-bit arithmetic, which wraps on purpose and is what the
+// protocol reports, sums and records as capacity. `extent` is what the decode
+// pass really writes, in 32 bits; it equals `bytes` for all but oversized
+// input, and whoever allocates for a decode gives the block at least `extent`
+// bytes of real room, so a wrapped figure never lets a decode write past its
+// block.
+struct RecordSize {
+    uint16_t bytes;
+    uint32_t extent;
+};
+
 // The four operations of a value codec (attribute and data-type rows).
 // EncCalc reports packet bytes; Encode writes them unchecked; DecCalc checks
 // the packet holds the value, moves past it and reports record bytes; Decode
@@ -42,7 +54,7 @@ struct ValueCodecOps {
     TrovResult (*encCalc)(const void *value, uint8_t isArray, uint16_t *packetBytes,
                           uint8_t version);
     void (*encode)(PacketCursor *cursor, const void *value, uint8_t isArray, uint8_t version);
-    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t isArray, uint16_t *recordBytes,
+    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t isArray, RecordSize *recordBytes,
                           uint8_t version);
     void *(*decode)(void *record, PacketCursor *cursor, uint8_t isArray, uint8_t version);
 };
@@ -89,7 +101,7 @@ struct MethodCodecRow {
 struct EventCodecRow {
     uint16_t code;
     uint8_t version;
-    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t flag, uint16_t *recordBytes);
+    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t flag, RecordSize *recordBytes);
     void *(*decode)(void *record, PacketCursor *cursor, uint8_t flag);
 };
 

@@ -34,4 +34,10 @@ static_assert(offsetof(EncodeOutput, data) == 0 && offsetof(EncodeOutput, length
 
 static_assert(sizeof(TrovResult) == 4);
 
+static_assert(sizeof(AttributeArrayHeader) == 16 && offsetof(AttributeArrayHeader, elements) == 8);
+static_assert(sizeof(OctetString) == 16 && offsetof(OctetString, data) == 8);
+static_assert(sizeof(AttributeEntry) == 16 && offsetof(AttributeEntry, length) == 2 &&
+              offsetof(AttributeEntry, value) == 8);
+static_assert(sizeof(AttributeList) == 16 && offsetof(AttributeList, entries) == 8);
+
 } // namespace trov::layout

@@ -147,6 +147,42 @@ typedef struct EncodeOutput {
     uint32_t length;
 } EncodeOutput;
 
+/* ------------------------------------------------------- attribute values */
+
+/* Attribute values pass in one of two forms, chosen by an isArray flag:
+ * scalar form (the value's record at the given address) or array form (the
+ * address holds an AttributeArrayHeader and a count prefix precedes the
+ * elements on the wire). Types with a one-byte count prefix use only the
+ * first byte of `count` (its low byte on these little-endian hosts). */
+typedef struct AttributeArrayHeader {
+    uint16_t count;
+    void *elements; /* the first element record; NULL when count is 0 */
+} AttributeArrayHeader;
+
+/* A counted byte or character string in a decoded record. Strings with a
+ * one-byte length use only the first byte of `length`. Decoded data is not
+ * terminated, but one spare byte follows character strings. */
+typedef struct OctetString {
+    uint16_t length;
+    uint8_t *data; /* NULL when length is 0 */
+} OctetString;
+
+/* One attribute of an attribute list: the identifier, the value's length on
+ * the wire (0 when a codec decoded the value; ignored on encoding) and the
+ * value's record. */
+typedef struct AttributeEntry {
+    uint16_t id;
+    uint16_t length;
+    void *value;
+} AttributeEntry;
+
+/* A list of attributes: a u16 count on the wire, then identifier, length and
+ * value per attribute. */
+typedef struct AttributeList {
+    uint16_t count;
+    AttributeEntry *entries; /* NULL when count is 0 */
+} AttributeList;
+
 /* ---------------------------------------------------------- initialisation */
 
 /* Points the library's dispatch tables at the built-in codec tables. Call it

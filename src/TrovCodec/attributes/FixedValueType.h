@@ -1,0 +1,73 @@
+// The constants of a fixed-size value type and what follows from them.
+//
+// A fixed-size type's element has the same fields on the wire and in memory,
+// in the same order: big-endian and packed on the wire, each at its natural
+// alignment in the record (so the record may be larger than the wire
+// element). Fields are 1, 2 or 4 bytes wide.
+#pragma once
+
+#include <cstdint>
+
+namespace trov {
+
+// Row-specific behaviour that the family keeps on purpose.
+enum : uint8_t {
+    // Array form requires only 1 byte before reading the 2-byte count and
+    // compares the elements with the remaining bytes less 1, so a packet one
+    // byte short of its last element passes the size pass.
+    kNarrowPrefixTest = 1,
+    // Array form computes its packet size in 32 bits and refuses (5) a size
+    // above 0xFFFF.
+    kOverflowCheck = 2,
+};
+
+inline constexpr int kMaxFixedFields = 16;
+
+struct FixedValueType {
+    uint16_t row;        // place in the attribute table, from 1 (0: not an attribute row)
+    uint8_t wireBytes;   // W: element bytes on the wire
+    uint8_t prefixBytes; // P: count prefix of the array form; 0 = scalar form only
+    uint8_t recordBytes; // M: element record bytes; scalar-only types: the reported size
+    uint8_t checks;      // kNarrowPrefixTest, kOverflowCheck
+    uint8_t fields[kMaxFixedFields]; // widths in wire order, 0-terminated
+
+    constexpr int fieldCount() const {
+        int n = 0;
+        while (n < kMaxFixedFields && fields[n] != 0) ++n;
+        return n;
+    }
+    // Record offset of field i: each field at its natural alignment.
+    constexpr uint32_t fieldOffset(int i) const {
+        uint32_t offset = 0;
+        for (int k = 0;; ++k) {
+            offset = (offset + fields[k] - 1) / fields[k] * fields[k];
+            if (k == i) return offset;
+            offset += fields[k];
+        }
+    }
+    // The element record as its fields lay it out, padded to its alignment.
+    constexpr uint32_t layoutBytes() const {
+        uint32_t end = 0, align = 1;
+        for (int k = 0; k < fieldCount(); ++k) {
+            end = fieldOffset(k) + fields[k];
+            if (fields[k] > align) align = fields[k];
+        }
+        return (end + align - 1) / align * align;
+    }
+    constexpr uint32_t fieldWireSum() const {
+        uint32_t sum = 0;
+        for (int k = 0; k < fieldCount(); ++k) sum += fields[k];
+        return sum;
+    }
+    // The constants agree with each other: the fields add up to W, lay out to
+    // M (scalar-only types: fit in the reported size), widths are 1, 2 or 4.
+    constexpr bool consistent() const {
+        for (int k = 0; k < fieldCount(); ++k)
+            if (fields[k] != 1 && fields[k] != 2 && fields[k] != 4) return false;
+        if (fieldWireSum() != wireBytes || prefixBytes > 2) return false;
+        return prefixBytes == 0 ? layoutBytes() <= recordBytes && recordBytes % 8 == 0
+                                : layoutBytes() == recordBytes;
+    }
+};
+
+} // namespace trov

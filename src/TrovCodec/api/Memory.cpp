@@ -103,7 +103,8 @@ TrovResult allocateRecord(DecodeResult *result, const PacketCursor *input, uint1
     return TROV_RESULT_OK;
 }
 
-TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size, bool *allocated) {
+TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size, bool *allocated,
+                         uint32_t extent) {
     *allocated = false;
     if (result->buffer != nullptr) {
         // A buffer allocated earlier in this call moves into this descriptor.
@@ -114,25 +115,26 @@ TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size
         }
         result->buffer = nullptr;
     }
-    if (size == 0) return TROV_RESULT_OK;
+    const uint32_t room = extent > size ? extent : size;
+    if (room == 0) return TROV_RESULT_OK;
 
     if (buffer->data == nullptr) {
         if (buffer->capacity != 0) return TROV_RESULT_NULL_ARGUMENT;
-        buffer->data = heapAlloc(size);
+        buffer->data = heapAlloc(room);
         if (buffer->data == nullptr) return TROV_RESULT_NO_MEMORY;
         result->buffer = buffer;
         buffer->flags = TROV_BUFFER_ALLOCATED;
         buffer->capacity = size;
         *allocated = true;
-    } else if (buffer->capacity < size) {
+    } else if (buffer->capacity < room) {
         if ((buffer->flags & TROV_BUFFER_GROWABLE) == 0) return TROV_RESULT_BUFFER_TOO_SMALL;
         // The old pointer is overwritten even when the grow fails.
-        buffer->data = heapRealloc(buffer->data, size);
+        buffer->data = heapRealloc(buffer->data, room);
         if (buffer->data == nullptr) return TROV_RESULT_NO_MEMORY;
         buffer->flags = static_cast<uint8_t>(buffer->flags | TROV_BUFFER_GROWN);
         buffer->capacity = size;
     }
-    std::memset(buffer->data, 0, size);
+    std::memset(buffer->data, 0, room);
     return TROV_RESULT_OK;
 }
 

@@ -43,7 +43,15 @@ TrovResult allocateRecord(DecodeResult *result, const PacketCursor *input, uint1
 // Results: 0; 1 data null with a non-zero capacity; 7 too small and not
 // growable; 6 allocation failed. `allocated` tells whether this call
 // allocated the buffer.
-TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size, bool *allocated);
+//
+// `extent` is what the decode will really write (at least `size` for all
+// traffic whose reported size is exact). A block the library allocates gets
+// that much real room while `capacity` records the reported size; a caller's
+// buffer whose capacity cannot hold the extent is grown when growable, else
+// refused with 7, so a short or wrapped size report never lets a decode
+// write past the buffer.
+TrovResult prepareBuffer(DecodeResult *result, BufferDesc *buffer, uint16_t size, bool *allocated,
+                         uint32_t extent = 0);
 
 // Marks the result failed (type 6) and frees what the failing call
 // allocated: the tracked buffer's data and/or the record.

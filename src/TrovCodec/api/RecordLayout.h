@@ -40,4 +40,16 @@ static_assert(sizeof(AttributeEntry) == 16 && offsetof(AttributeEntry, length) =
               offsetof(AttributeEntry, value) == 8);
 static_assert(sizeof(AttributeList) == 16 && offsetof(AttributeList, entries) == 8);
 
+static_assert(sizeof(EventEntry) == 24 && offsetof(EventEntry, field2) == 4 &&
+              offsetof(EventEntry, field3) == 8 && offsetof(EventEntry, field4) == 12 &&
+              offsetof(EventEntry, eventCode) == 14 && offsetof(EventEntry, body) == 16);
+static_assert(sizeof(EventBriefEntry) == 16 && offsetof(EventBriefEntry, field2) == 2 &&
+              offsetof(EventBriefEntry, body) == 8);
+static_assert(sizeof(EventListBody) == 40 && offsetof(EventListBody, value1) == 4 &&
+              offsetof(EventListBody, value2) == 6 && offsetof(EventListBody, value3) == 8 &&
+              offsetof(EventListBody, value4) == 10 && offsetof(EventListBody, count) == 12 &&
+              offsetof(EventListBody, entries) == 16 && offsetof(EventListBody, buffer) == 24);
+static_assert(sizeof(ShortEventListBody) == 32 && offsetof(ShortEventListBody, count) == 4 &&
+              offsetof(ShortEventListBody, entries) == 8 && offsetof(ShortEventListBody, buffer) == 16);
+
 } // namespace trov::layout

@@ -183,6 +183,47 @@ typedef struct AttributeList {
     AttributeEntry *entries; /* NULL when count is 0 */
 } AttributeList;
 
+/* ------------------------------------------------------------------ events */
+
+/* One event of a body with the long event framing: the event's 13-byte head
+ * and its decoded record. */
+typedef struct EventEntry {
+    uint16_t field1;
+    uint32_t field2;
+    uint32_t field3;
+    uint8_t field4;
+    uint16_t eventCode;
+    void *body; /* the decoded event record */
+} EventEntry;
+
+/* One event of a body with the short event framing. */
+typedef struct EventBriefEntry {
+    uint16_t eventCode;
+    uint8_t field2;
+    void *body;
+} EventBriefEntry;
+
+/* A body carrying events in the long framing: its leading fields, the event
+ * count, the entries (then the event records) in one managed block. */
+typedef struct EventListBody {
+    uint32_t value0;
+    uint8_t value1;
+    uint16_t value2;
+    uint16_t value3;
+    uint8_t value4;
+    uint16_t count;
+    EventEntry *entries; /* NULL when count is 0 */
+    BufferDesc buffer;   /* the block holding entries and event records */
+} EventListBody;
+
+/* A body carrying events in the short framing. */
+typedef struct ShortEventListBody {
+    uint32_t value0;
+    uint8_t count;
+    EventBriefEntry *entries; /* NULL when count is 0 */
+    BufferDesc buffer;
+} ShortEventListBody;
+
 /* ---------------------------------------------------------- initialisation */
 
 /* Points the library's dispatch tables at the built-in codec tables. Call it

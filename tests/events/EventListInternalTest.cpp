@@ -1,0 +1,214 @@
+// The event-list framings, driven by test-local event rows: a "blob" event
+// whose body is a u16 length and that many bytes, decoded into a record of
+// the length and the bytes behind it.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "api/Memory.h"
+#include "engine/Cursor.h"
+#include "events/EventList.h"
+
+namespace trov {
+namespace {
+
+TrovResult blobDecCalc(PacketCursor *c, uint8_t, RecordSize *size) {
+    if (c->remaining < 2) return TROV_RESULT_SHORT_INPUT;
+    const uint32_t n = loadU16(c->position);
+    if (c->remaining < 2 + n) return TROV_RESULT_SHORT_INPUT;
+    advance(*c, 2 + n);
+    const uint32_t bytes = 8 + ((n + 7) & ~7u);
+    *size = RecordSize{static_cast<uint16_t>(bytes), bytes};
+    return TROV_RESULT_OK;
+}
+
+void *blobDecode(void *record, PacketCursor *c, uint8_t) {
+    const uint16_t n = getU16(*c);
+    storeField<uint16_t>(record, 0, n);
+    getBytes(*c, static_cast<uint8_t *>(record) + 8, n);
+    return static_cast<uint8_t *>(record) + 8 + ((n + 7) & ~7u);
+}
+
+constexpr EventCodecRow kEvents[] = {{0x0030, 0, blobDecCalc, blobDecode},
+                                     {0x0131, 0x11, blobDecCalc, blobDecode}, // another version
+                                     {}};
+
+Tables tables() {
+    Tables t{};
+    t.fuEvents = kEvents;
+    return t;
+}
+
+std::vector<uint8_t> blobEvent(EventFraming framing, uint16_t code, uint16_t n, uint8_t fill) {
+    std::vector<uint8_t> e;
+    if (framing == EventFraming::Long) e = {0x01, 0x02, 0, 0, 0, 3, 0, 0, 0, 4, 5};
+    e.push_back(uint8_t(code >> 8));
+    e.push_back(uint8_t(code));
+    if (framing == EventFraming::Short) e.push_back(0x77);
+    e.push_back(uint8_t(n >> 8));
+    e.push_back(uint8_t(n));
+    e.insert(e.end(), n, fill);
+    return e;
+}
+
+std::vector<uint8_t> list(EventFraming framing, const std::vector<std::vector<uint8_t>> &events) {
+    std::vector<uint8_t> b;
+    if (framing == EventFraming::Long)
+        b = {0xA1, 0xA2, 0xA3, 0xA4, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, uint8_t(events.size() >> 8),
+             uint8_t(events.size())};
+    else
+        b = {0xA1, 0xA2, 0xA3, 0xA4, uint8_t(events.size())};
+    for (const auto &e : events) b.insert(b.end(), e.begin(), e.end());
+    return b;
+}
+
+class EventList : public testing::TestWithParam<EventFraming> {
+protected:
+    void TearDown() override { failAllocationAt(0); }
+    static void freeAll(DecodeResult &r) {
+        if (r.record == nullptr) return;
+        const bool isLong = GetParam() == EventFraming::Long;
+        BufferDesc &b = isLong ? static_cast<EventListBody *>(r.record)->buffer
+                               : static_cast<ShortEventListBody *>(r.record)->buffer;
+        trovFree(b.data);
+        trovFree(r.record);
+        r.record = nullptr;
+    }
+    TrovResult decode(std::vector<uint8_t> &bytes, DecodeResult &r) {
+        const PacketCursor body{bytes.data(), static_cast<uint32_t>(bytes.size())};
+        return decodeEventList(GetParam(), tables(), 0x10, &r, &body);
+    }
+};
+
+TEST_P(EventList, DecodesHeadsEntriesAndRecordsIntoOneBlock) {
+    auto bytes = list(GetParam(), {blobEvent(GetParam(), 0x30, 3, 0xEE), blobEvent(GetParam(), 0x30, 0, 0)});
+    DecodeResult r{};
+    ASSERT_EQ(decode(bytes, r), 0u);
+    ASSERT_NE(r.record, nullptr);
+    void *first = nullptr, *second = nullptr;
+    if (GetParam() == EventFraming::Long) {
+        auto *b = static_cast<EventListBody *>(r.record);
+        EXPECT_EQ(b->value0, 0xA1A2A3A4u);
+        EXPECT_EQ(b->value3, 0x0809);
+        EXPECT_EQ(b->value4, 0x0A);
+        EXPECT_EQ(b->count, 2);
+        EXPECT_EQ(b->buffer.capacity, 2 * 24 + 16 + 8);
+        ASSERT_EQ(static_cast<void *>(b->entries), b->buffer.data);
+        EXPECT_EQ(b->entries[0].field1, 0x0102);
+        EXPECT_EQ(b->entries[0].field2, 3u);
+        EXPECT_EQ(b->entries[0].field3, 4u);
+        EXPECT_EQ(b->entries[0].field4, 5);
+        EXPECT_EQ(b->entries[1].eventCode, 0x30);
+        first = b->entries[0].body;
+        second = b->entries[1].body;
+        EXPECT_EQ(first, reinterpret_cast<uint8_t *>(b->entries) + 48);
+    } else {
+        auto *b = static_cast<ShortEventListBody *>(r.record);
+        EXPECT_EQ(b->count, 2);
+        EXPECT_EQ(b->buffer.capacity, 2 * 16 + 16 + 8);
+        EXPECT_EQ(b->entries[0].eventCode, 0x30);
+        EXPECT_EQ(b->entries[0].field2, 0x77);
+        first = b->entries[0].body;
+        second = b->entries[1].body;
+        EXPECT_EQ(first, reinterpret_cast<uint8_t *>(b->entries) + 32);
+    }
+    EXPECT_EQ(loadField<uint16_t>(first, 0), 3);
+    EXPECT_EQ(static_cast<uint8_t *>(first)[8], 0xEE);
+    EXPECT_EQ(second, static_cast<uint8_t *>(first) + 16);
+    freeAll(r);
+}
+
+TEST_P(EventList, CountZeroAllocatesNoBlock) {
+    auto bytes = list(GetParam(), {});
+    DecodeResult r{};
+    ASSERT_EQ(decode(bytes, r), 0u);
+    if (GetParam() == EventFraming::Long) EXPECT_EQ(static_cast<EventListBody *>(r.record)->entries, nullptr);
+    else EXPECT_EQ(static_cast<ShortEventListBody *>(r.record)->entries, nullptr);
+    EXPECT_EQ(r.buffer, nullptr);
+    freeAll(r);
+}
+
+TEST_P(EventList, FailuresReleaseEverythingAndMarkTheResult) {
+    const auto good = blobEvent(GetParam(), 0x30, 5, 1);
+    struct Case {
+        const char *what;
+        std::vector<uint8_t> bytes;
+        TrovResult expected;
+    };
+    auto truncated = list(GetParam(), {good, good});
+    truncated.pop_back();
+    auto headCut = list(GetParam(), {good});
+    headCut.resize(headCut.size() - good.size() + 1);
+    const Case cases[] = {
+        {"unknown code after a good event", list(GetParam(), {good, blobEvent(GetParam(), 0x31, 1, 0)}), 12},
+        {"code of another version", list(GetParam(), {blobEvent(GetParam(), 0x131, 1, 0)}), 12},
+        {"last event one byte short", truncated, 5},
+        {"event head cut", headCut, 5},
+        {"body head cut", std::vector<uint8_t>(GetParam() == EventFraming::Long ? 11 : 4, 0), 5},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        auto bytes = c.bytes;
+        DecodeResult r{nullptr, nullptr, 0x55};
+        EXPECT_EQ(decode(bytes, r), c.expected);
+        EXPECT_EQ(r.type, 6);
+        EXPECT_EQ(r.record, nullptr);
+        EXPECT_EQ(r.buffer, nullptr);
+    }
+}
+
+TEST_P(EventList, EveryAllocationFailingInTurn) {
+    auto bytes = list(GetParam(), {blobEvent(GetParam(), 0x30, 9, 2)});
+    for (uint32_t nth = 1;; ++nth) {
+        SCOPED_TRACE(nth);
+        DecodeResult r{};
+        failAllocationAt(nth);
+        const TrovResult result = decode(bytes, r);
+        const uint32_t made = allocationsSinceArmed();
+        failAllocationAt(0);
+        if (made < nth) { // nothing failed: the decode is complete
+            EXPECT_EQ(result, 0u);
+            EXPECT_EQ(nth, 4u); // record, operation slots, block
+            freeAll(r);
+            break;
+        }
+        EXPECT_EQ(result, TROV_RESULT_NO_MEMORY);
+        EXPECT_EQ(r.type, 6);
+        EXPECT_EQ(r.record, nullptr); // LeakSanitizer checks the rest
+    }
+}
+
+TEST_P(EventList, CallersRecordIsKeptOnFailure) {
+    alignas(8) uint8_t record[48];
+    std::memset(record, 0, sizeof record);
+    auto bytes = list(GetParam(), {blobEvent(GetParam(), 0x99, 1, 0)});
+    DecodeResult r{record, nullptr, 0};
+    EXPECT_EQ(decode(bytes, r), 12u);
+    EXPECT_EQ(r.record, record);
+    EXPECT_EQ(r.type, 6);
+}
+
+// Event sizes add up in 16 bits: four events of 16,392 record bytes wrap the
+// total to 0x0020 + the entries. The reported capacity keeps the wrapped
+// figure, yet the block has room for everything (AddressSanitizer watches).
+TEST_P(EventList, WrappingTotalKeepsTheFigureAndStaysInsideTheBlock) {
+    const uint16_t n = 16384;
+    auto e = blobEvent(GetParam(), 0x30, n, 0x5A);
+    auto bytes = list(GetParam(), {e, e, e, e});
+    DecodeResult r{};
+    ASSERT_EQ(decode(bytes, r), 0u);
+    const uint32_t entries = 4 * (GetParam() == EventFraming::Long ? 24u : 16u);
+    const uint16_t wrapped = static_cast<uint16_t>(entries + 4 * (8 + n));
+    const BufferDesc &b = GetParam() == EventFraming::Long ? static_cast<EventListBody *>(r.record)->buffer
+                                                           : static_cast<ShortEventListBody *>(r.record)->buffer;
+    EXPECT_EQ(b.capacity, wrapped);
+    EXPECT_LT(b.capacity, 1000);
+    freeAll(r);
+}
+
+INSTANTIATE_TEST_SUITE_P(Framings, EventList, testing::Values(EventFraming::Long, EventFraming::Short),
+                         [](const auto &info) { return info.param == EventFraming::Long ? "Long" : "Short"; });
+
+} // namespace
+} // namespace trov

@@ -13,6 +13,7 @@
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueCodec.h"
 #include "attributes/RecordValueTypes.h"
+#include "attributes/StructureValueTypes.h"
 
 namespace trov {
 namespace {
@@ -21,6 +22,8 @@ constexpr auto kFixed =
     fixedValueOps<kFixedValueTypes>(std::make_index_sequence<std::size(kFixedValueTypes)>{});
 constexpr auto kRecord =
     recordValueOps<kRecordValueTypes>(std::make_index_sequence<std::size(kRecordValueTypes)>{});
+constexpr auto kStructure = structureValueOps<kStructureValueTypes>(
+    std::make_index_sequence<std::size(kStructureValueTypes)>{});
 
 // Identifier lists, one per row, each ended by 0.
 constexpr uint16_t kIds001[] = {0x177C, 0x1780, 0};
@@ -665,19 +668,19 @@ extern const AttributeCodecRow AttributeCodecTable[] = {
     {kIds267, 0, kRecord[144]},
     {kIds268, 0, kRecord[145]},
     {kIds269, 0, kRecord[146]},
-    {kIds270, 0, kRecord[147]},
-    {kIds271, 0, kRecord[148]},
-    {kIds272, 0, kRecord[149]},
-    {kIds273, 0, kRecord[150]},
-    {kIds274, 0, kRecord[151]},
-    {kIds275, 0, kRecord[152]},
-    {kIds276, 0, kRecord[153]},
-    {kIds277, 0, kRecord[154]},
-    {kIds278, 0, kRecord[155]},
-    {kIds279, 0, kRecord[156]},
-    {kIds280, 0, kRecord[157]},
-    {kIds281, 0, kRecord[158]},
-    {kIds282, 0, kRecord[159]},
+    {kIds270, 0, kStructure[0]},
+    {kIds271, 0, kStructure[1]},
+    {kIds272, 0, kStructure[2]},
+    {kIds273, 0, kStructure[3]},
+    {kIds274, 0, kStructure[4]},
+    {kIds275, 0, kStructure[5]},
+    {kIds276, 0, kStructure[6]},
+    {kIds277, 0, kStructure[7]},
+    {kIds278, 0, kStructure[8]},
+    {kIds279, 0, kStructure[9]},
+    {kIds280, 0, kStructure[10]},
+    {kIds281, 0, kStructure[11]},
+    {kIds282, 0, kStructure[12]},
     {nullptr, 0, {nullptr, nullptr, nullptr, nullptr}},
 };
 

@@ -1,0 +1,225 @@
+// Attribute-list framing: sizes and bytes of lists in both forms, the
+// size/write asymmetry for unknown identifiers, single attributes, and values
+// that hold nested lists (decoded records, disagreeing lengths, unknown
+// identifiers, nesting beyond the limit).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "attributes/AttributeList.h"
+#include "attributes/ValueForms.h"
+
+namespace trov {
+namespace {
+
+constexpr uint8_t kVersion = 0x10;
+using Bytes = std::vector<uint8_t>;
+
+template <class T>
+T load(const uint8_t *p) {
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+class AttributeListTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { TROV_InitCoder(); }
+
+    // Three values of fixed-size rows: 0x00CB one byte (scalar only);
+    // 0x0070 u16 elements with a u16 count; 0x177C (row 1) four bytes and a
+    // u32 with a u8 count.
+    alignas(8) uint8_t byte_[8] = {0x7F};
+    uint16_t words_[3] = {0x1234, 0xABCD, 0x0001};
+    AttributeArrayHeader wordArray_{3, words_};
+    alignas(8) uint8_t row1_[16] = {1, 2, 3, 4, 0, 0, 0, 0, 0x0A, 0x0B, 0x0C, 0x0D, 0xFF, 0xFF, 0xFF, 0xFF};
+    AttributeArrayHeader row1Array_{2, row1_};
+
+    void SetUp() override {
+        const uint32_t v = 0x05060708;
+        std::memcpy(row1_ + 4, &v, 4);
+    }
+};
+
+const Bytes kByteEntry = {0x00, 0xCB, 0x00, 0x01, 0x7F};
+const Bytes kWordEntry = {0x00, 0x70, 0x00, 0x08, 0x00, 0x03, 0x12, 0x34, 0xAB, 0xCD, 0x00, 0x01};
+const Bytes kRow1Entry = {0x17, 0x7C, 0x00, 0x11, 0x02, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06,
+                          0x07, 0x08, 0x0A, 0x0B, 0x0C, 0x0D, 0xFF, 0xFF, 0xFF, 0xFF};
+
+Bytes concat(std::initializer_list<Bytes> parts) {
+    Bytes out;
+    for (const Bytes &p : parts) out.insert(out.end(), p.begin(), p.end());
+    return out;
+}
+
+// Encodes into a buffer of `capacity` bytes filled with 0xEE; returns what
+// the cursor passed over.
+Bytes encodeList(const AttributeEntry *entries, uint16_t count, uint8_t isArray, size_t capacity) {
+    Bytes out(capacity, 0xEE);
+    PacketCursor c{out.data(), static_cast<uint32_t>(capacity)};
+    attributeListEncode(c, entries, count, isArray, kVersion);
+    EXPECT_TRUE(std::all_of(out.begin() + (c.position - out.data()), out.end(), [](uint8_t b) { return b == 0xEE; }));
+    out.resize(c.position - out.data());
+    return out;
+}
+
+TEST_F(AttributeListTest, ArrayFormCountsScalarFormHasOneEntryAndNoCount) {
+    const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0070, 0, &wordArray_}, {0x177C, 0, &row1Array_}};
+    uint32_t size = 0;
+    ASSERT_EQ(attributeListEncCalc(entries, 3, 1, kVersion, &size), 0u);
+    EXPECT_EQ(size, 2u + 5 + 12 + 21);
+    EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry, kRow1Entry}));
+
+    ASSERT_EQ(attributeListEncCalc(entries + 1, 1, 0, kVersion, &size), 0u);
+    EXPECT_EQ(size, 12u);
+    EXPECT_EQ(encodeList(entries + 1, 1, 0, 64), kWordEntry);
+
+    ASSERT_EQ(attributeListEncCalc(entries, 0, 1, kVersion, &size), 0u);
+    EXPECT_EQ(size, 2u);
+    EXPECT_EQ(encodeList(entries, 0, 1, 8), (Bytes{0x00, 0x00}));
+}
+
+TEST_F(AttributeListTest, UnknownIdentifierFailsSizingButIsSkippedWhenWriting) {
+    const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0001, 0, byte_}, {0x0070, 0, &wordArray_}};
+    uint32_t size = 0xAAAA;
+    EXPECT_EQ(attributeListEncCalc(entries, 3, 1, kVersion, &size), 10u);
+    EXPECT_EQ(size, 0xAAAAu);
+    EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
+}
+
+TEST_F(AttributeListTest, SingleAttributeIsFourPlusItsArrayFormSize) {
+    uint16_t size = 0xAAAA;
+    ASSERT_EQ(singleAttributeEncCalc(0x00CB, byte_, &size), 0u);
+    EXPECT_EQ(size, 5);
+    ASSERT_EQ(singleAttributeEncCalc(0x0070, &wordArray_, &size), 0u);
+    EXPECT_EQ(size, 12);
+    ASSERT_EQ(singleAttributeEncCalc(0x177C, &row1Array_, &size), 0u);
+    EXPECT_EQ(size, 21);
+    size = 0xAAAA;
+    EXPECT_EQ(singleAttributeEncCalc(0x0005, byte_, &size), 10u);
+    EXPECT_EQ(size, 0xAAAA);
+}
+
+// Row 104's value is a nested list. Its record: the AttributeList head, the
+// entries, then the values.
+TEST_F(AttributeListTest, NestedRowDecodesItsListIntoOneBlock) {
+    const AttributeCodecRow *row = lookupAttribute(0x08CC, kVersion);
+    ASSERT_EQ(row, &AttributeCodecTable[103]);
+    Bytes wire = {0x00, 0x02, 0x00, 0xCB, 0x00, 0x01, 0x7F, 0x00, 0x70, 0x00, 0x04, 0x00, 0x01, 0x12, 0x34};
+    PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+    RecordSize r{};
+    ASSERT_EQ(row->ops.decCalc(&c, 0, &r, kVersion), 0u);
+    EXPECT_EQ(r.bytes, 16 + 32 + 8 + 24);
+    std::unique_ptr<uint8_t[]> block(new uint8_t[r.extent]());
+    uint8_t *base = block.get();
+    PacketCursor d{wire.data(), static_cast<uint32_t>(wire.size())};
+    EXPECT_EQ(row->ops.decode(base, &d, 0, kVersion), base + 80);
+    const auto *list = reinterpret_cast<const AttributeList *>(base);
+    EXPECT_EQ(list->count, 2);
+    ASSERT_EQ(list->entries, reinterpret_cast<AttributeEntry *>(base + 16));
+    EXPECT_EQ(list->entries[0].id, 0x00CB);
+    EXPECT_EQ(list->entries[0].length, 0);
+    EXPECT_EQ(list->entries[0].value, base + 48);
+    EXPECT_EQ(base[48], 0x7F);
+    EXPECT_EQ(list->entries[1].id, 0x0070);
+    EXPECT_EQ(list->entries[1].value, base + 56);
+    EXPECT_EQ(load<uint8_t *>(base + 64), base + 72);
+    EXPECT_EQ(load<uint16_t>(base + 72), 0x1234);
+}
+
+TEST_F(AttributeListTest, NestedValuesMustFillTheirLengthAndHaveACodec) {
+    const ValueCodecOps &ops = AttributeCodecTable[103].ops;
+    struct Bad {
+        const char *what;
+        Bytes wire;
+        TrovResult expected;
+    };
+    const Bad cases[] = {
+        {"length 2, value 1", {0x00, 0x01, 0x00, 0xCB, 0x00, 0x02, 0x7F, 0x00}, 5},
+        {"length 0, value 1", {0x00, 0x01, 0x00, 0xCB, 0x00, 0x00, 0x7F}, 5},
+        {"length 3, value 4", {0x00, 0x01, 0x00, 0x70, 0x00, 0x03, 0x00, 0x01, 0x12, 0x34}, 5},
+        {"length 5, value 4", {0x00, 0x01, 0x00, 0x70, 0x00, 0x05, 0x00, 0x01, 0x12, 0x34, 0x99}, 5},
+        {"length past the packet", {0x00, 0x01, 0x00, 0xCB, 0x00, 0x05, 0x7F}, 5},
+        {"two entries announced, one present", {0x00, 0x02, 0x00, 0xCB, 0x00, 0x01, 0x7F}, 5},
+        {"unknown identifier", {0x00, 0x01, 0x00, 0x01, 0x00, 0x01, 0x00}, 10},
+        {"unknown identifier 0", {0x00, 0x01, 0x00, 0x00, 0x00, 0x00}, 10},
+    };
+    for (const Bad &b : cases) {
+        Bytes wire = b.wire;
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize r{};
+        EXPECT_EQ(ops.decCalc(&c, 0, &r, kVersion), b.expected) << b.what;
+        EXPECT_EQ(c.position, wire.data()) << b.what;
+    }
+}
+
+// Row 104 nested in itself: a list of one attribute 0x08CC whose value (in
+// array form: one element) is again such a list, `depth` times, ending in an
+// empty list.
+Bytes selfNested(int depth) {
+    Bytes v = {0x00, 0x01, 0x00, 0x00};
+    for (int i = 1; i < depth; ++i) {
+        Bytes outer = {0x00, 0x01, 0x00, 0x01, 0x08, 0xCC, static_cast<uint8_t>(v.size() >> 8),
+                       static_cast<uint8_t>(v.size())};
+        outer.insert(outer.end(), v.begin(), v.end());
+        v = std::move(outer);
+    }
+    Bytes top = {0x00, 0x01, 0x08, 0xCC, static_cast<uint8_t>(v.size() >> 8), static_cast<uint8_t>(v.size())};
+    top.insert(top.end(), v.begin(), v.end());
+    return top;
+}
+
+// The same value as host records.
+struct Level {
+    AttributeArrayHeader value;
+    AttributeList list;
+    AttributeEntry entry;
+};
+std::vector<Level> selfNestedRecords(int depth) {
+    std::vector<Level> levels(depth + 1);
+    for (int i = 0; i <= depth; ++i) {
+        levels[i].value = {1, &levels[i].list};
+        levels[i].list = i < depth ? AttributeList{1, &levels[i].entry} : AttributeList{0, nullptr};
+        if (i < depth) levels[i].entry = {0x08CC, 0, &levels[i + 1].value};
+    }
+    return levels; // levels[0].list is the top value, in scalar form
+}
+
+TEST_F(AttributeListTest, NestingIsBoundedNotRecursedWithoutLimit) {
+    const ValueCodecOps &ops = AttributeCodecTable[103].ops;
+    for (int depth : {1, 2, 8}) {
+        SCOPED_TRACE(testing::Message() << "depth " << depth);
+        Bytes wire = selfNested(depth);
+        std::vector<Level> levels = selfNestedRecords(depth);
+        uint16_t size = 0;
+        ASSERT_EQ(ops.encCalc(&levels[0].list, 0, &size, kVersion), 0u);
+        ASSERT_EQ(size, wire.size());
+        Bytes out(size);
+        PacketCursor e{out.data(), size};
+        ops.encode(&e, &levels[0].list, 0, kVersion);
+        EXPECT_EQ(out, wire);
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize r{};
+        EXPECT_EQ(ops.decCalc(&c, 0, &r, kVersion), 0u);
+        EXPECT_EQ(c.remaining, 0u);
+    }
+    for (int depth : {kMaxNesting + 8, 1000}) {
+        SCOPED_TRACE(testing::Message() << "depth " << depth);
+        Bytes wire = selfNested(depth);
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize r{};
+        EXPECT_EQ(ops.decCalc(&c, 0, &r, kVersion), 5u);
+        EXPECT_EQ(c.position, wire.data());
+        std::vector<Level> levels = selfNestedRecords(depth);
+        uint16_t size = 0xAAAA;
+        EXPECT_NE(ops.encCalc(&levels[0].list, 0, &size, kVersion), 0u);
+        EXPECT_EQ(size, 0xAAAA);
+    }
+}
+
+} // namespace
+} // namespace trov

@@ -1,0 +1,222 @@
+// The data-type codec table: which codes it holds, the pairs that share a
+// codec, the string types, the byte string and the string arrays, with golden
+// vectors worked out by hand.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "api/Dispatch.h"
+
+namespace trov {
+namespace {
+
+constexpr uint8_t kVersion = 0x10;
+using Bytes = std::vector<uint8_t>;
+
+class DataType : public testing::Test {
+protected:
+    static void SetUpTestSuite() { TROV_InitCoder(); }
+    static const ValueCodecOps &ops(uint16_t code) {
+        const DataTypeCodecRow *row = lookupDataType(code, kVersion);
+        EXPECT_NE(row, nullptr) << code;
+        return row != nullptr ? row->ops : DataTypeCodecTable[0].ops;
+    }
+};
+
+template <class T>
+T load(const uint8_t *p) {
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+TEST_F(DataType, FifteenRowsInTableOrderAndNoOthers) {
+    const std::vector<uint16_t> order = {0x03, 0x16, 0x07, 0x05, 0x09, 0x08, 0x02, 0x06,
+                                         0x04, 0x14, 0x17, 0x15, 0x18, 0x19, 0x1A};
+    std::vector<uint16_t> codes;
+    for (const DataTypeCodecRow *row = DataTypeCodecTable; row->code != 0 && codes.size() < 100; ++row) {
+        codes.push_back(row->code);
+        EXPECT_EQ(row->version, 0);
+    }
+    EXPECT_EQ(codes, order);
+    for (uint32_t code = 0; code <= 0xFFFF; ++code) {
+        const DataTypeCodecRow *row = lookupDataType(static_cast<uint16_t>(code), kVersion);
+        const bool held = code >= 0x02 && code <= 0x1A && (code < 0x0A || code > 0x13);
+        EXPECT_EQ(row != nullptr, held) << std::hex << "0x" << code;
+        if (row != nullptr) {
+            EXPECT_EQ(row->code, code);
+        }
+    }
+}
+
+// The pairs share one codec: the same host value, the same big-endian bytes,
+// the same record size, whatever the array flag.
+TEST_F(DataType, PairsShareOneScalarCodec) {
+    struct Pair {
+        uint16_t a, b;
+        uint32_t value;
+        Bytes wire;
+    };
+    const Pair pairs[] = {{0x02, 0x03, 0xA5, {0xA5}},
+                          {0x04, 0x05, 0x1234, {0x12, 0x34}},
+                          {0x06, 0x07, 0x89ABCDEF, {0x89, 0xAB, 0xCD, 0xEF}}};
+    for (const Pair &p : pairs)
+        for (uint16_t code : {p.a, p.b})
+            for (uint8_t isArray : {0, 1}) {
+                SCOPED_TRACE(testing::Message() << "code " << code << " isArray " << int{isArray});
+                alignas(8) uint8_t value[8] = {};
+                std::memcpy(value, &p.value, p.wire.size()); // little-endian host
+                uint16_t size = 0;
+                ASSERT_EQ(ops(code).encCalc(value, isArray, &size, kVersion), 0u);
+                Bytes out(size);
+                PacketCursor e{out.data(), size};
+                ops(code).encode(&e, value, isArray, kVersion);
+                EXPECT_EQ(out, p.wire);
+                PacketCursor c{out.data(), size};
+                RecordSize r{};
+                ASSERT_EQ(ops(code).decCalc(&c, isArray, &r, kVersion), 0u);
+                EXPECT_EQ(r.bytes, 8);
+            }
+}
+
+// Code 0x08: u8 length; code 0x09: u16 length. Record: the length, then a
+// pointer to the characters behind the 16-byte head, and one spare byte
+// after them that is reserved and left alone.
+TEST_F(DataType, StringsReserveASpareByteAndIgnoreTheArrayFlag) {
+    struct StringCase {
+        uint16_t code;
+        uint32_t length;
+        uint16_t recordBytes;
+    };
+    const StringCase cases[] = {{0x08, 0, 16}, {0x08, 7, 24}, {0x08, 8, 32}, {0x08, 255, 16 + 256},
+                                {0x09, 0, 16}, {0x09, 7, 24}, {0x09, 8, 32}, {0x09, 300, 16 + 304}};
+    for (const StringCase &s : cases)
+        for (uint8_t isArray : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << "code " << s.code << " length " << s.length << " isArray "
+                                            << int{isArray});
+            const uint32_t prefix = s.code == 0x08 ? 1 : 2;
+            Bytes text(s.length, 'q');
+            OctetString host{static_cast<uint16_t>(s.length), text.data()};
+            uint16_t size = 0;
+            ASSERT_EQ(ops(s.code).encCalc(&host, isArray, &size, kVersion), 0u);
+            ASSERT_EQ(size, prefix + s.length);
+            Bytes wire(size);
+            PacketCursor e{wire.data(), size};
+            ops(s.code).encode(&e, &host, isArray, kVersion);
+            Bytes expected = prefix == 1 ? Bytes{} : Bytes{static_cast<uint8_t>(s.length >> 8)};
+            expected.push_back(static_cast<uint8_t>(s.length));
+            expected.insert(expected.end(), text.begin(), text.end());
+            EXPECT_EQ(wire, expected);
+
+            PacketCursor c{wire.data(), size};
+            RecordSize r{};
+            ASSERT_EQ(ops(s.code).decCalc(&c, isArray, &r, kVersion), 0u);
+            EXPECT_EQ(r.bytes, s.recordBytes);
+            std::unique_ptr<uint8_t[]> record(new uint8_t[r.extent]);
+            std::memset(record.get(), 0xEE, r.extent);
+            PacketCursor d{wire.data(), size};
+            EXPECT_EQ(ops(s.code).decode(record.get(), &d, isArray, kVersion), record.get() + s.recordBytes);
+            EXPECT_EQ(prefix == 1 ? record[0] : load<uint16_t>(record.get()), s.length);
+            const auto *data = load<uint8_t *>(record.get() + 8);
+            EXPECT_EQ(data, s.length == 0 ? nullptr : record.get() + 16);
+            if (s.length != 0) {
+                EXPECT_EQ(Bytes(data, data + s.length), text);
+                EXPECT_EQ(data[s.length], 0xEE) << "the spare byte is not written";
+            }
+        }
+    // Short prefix, short body: 5, the cursor unmoved.
+    const Bytes shorts[] = {{}, {0x05, 'a', 'b', 'c', 'd'}, {0x00}, {0x00, 0x05, 'a', 'b', 'c', 'd'}};
+    for (size_t i = 0; i < std::size(shorts); ++i)
+        for (uint8_t isArray : {0, 1}) {
+            Bytes wire = shorts[i];
+            PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+            RecordSize r{};
+            EXPECT_EQ(ops(i < 2 ? 0x08 : 0x09).decCalc(&c, isArray, &r, kVersion), 5u) << i;
+            EXPECT_EQ(c.position, wire.data());
+        }
+}
+
+// Codes 0x16 and 0x18: scalar form one byte; array form a u16 count, then
+// the bytes.
+TEST_F(DataType, ByteStringScalarIsOneByteArrayIsCountedBytes) {
+    for (uint16_t code : {0x16, 0x18}) {
+        SCOPED_TRACE(testing::Message() << "code " << code);
+        uint8_t bytes[3] = {0xC1, 0xC2, 0xC3};
+        AttributeArrayHeader array{3, bytes};
+        uint16_t size = 0;
+        ASSERT_EQ(ops(code).encCalc(bytes, 0, &size, kVersion), 0u);
+        EXPECT_EQ(size, 1);
+        ASSERT_EQ(ops(code).encCalc(&array, 1, &size, kVersion), 0u);
+        EXPECT_EQ(size, 5);
+        uint8_t out[6] = {};
+        PacketCursor e{out, sizeof out};
+        ops(code).encode(&e, bytes, 0, kVersion);
+        ops(code).encode(&e, &array, 1, kVersion);
+        EXPECT_EQ(Bytes(out, out + 6), (Bytes{0xC1, 0x00, 0x03, 0xC1, 0xC2, 0xC3}));
+        PacketCursor c{out + 1, 5};
+        RecordSize r{};
+        ASSERT_EQ(ops(code).decCalc(&c, 1, &r, kVersion), 0u);
+        EXPECT_EQ(r.bytes, 16 + 8);
+    }
+}
+
+// Arrays of strings. 0x19: u16 count, then per element a u8 length and the
+// bytes; 0x1A the same with u16 lengths. Each element is a 16-byte record
+// {length, pointer}; the bytes follow the element records, each rounded up
+// to 8; an empty element has a null pointer.
+TEST_F(DataType, StringArrayGoldenVectors) {
+    struct Golden {
+        uint16_t code;
+        Bytes wire;
+        uint16_t recordBytes;
+        std::vector<uint32_t> lengths;
+        std::vector<int> dataOffsets; // -1: null pointer
+    };
+    const Golden goldens[] = {
+        // "AB", "": head 16, elements 2 x 16, "AB" in 8.
+        {0x19, {0x00, 0x02, 0x02, 'A', 'B', 0x00}, 56, {2, 0}, {48, -1}},
+        // "123456789", "", "x": head 16, elements 48, then 16 + 8.
+        {0x1A, {0x00, 0x03, 0x00, 0x09, '1', '2', '3', '4', '5', '6', '7', '8', '9', 0x00, 0x00, 0x00, 0x01, 'x'},
+         88, {9, 0, 1}, {64, -1, 80}},
+        {0x19, {0x00, 0x00}, 16, {}, {}},
+    };
+    for (const Golden &g : goldens) {
+        SCOPED_TRACE(testing::Message() << "code " << g.code << " bytes " << g.wire.size());
+        Bytes wire = g.wire;
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize r{};
+        ASSERT_EQ(ops(g.code).decCalc(&c, 1, &r, kVersion), 0u);
+        EXPECT_EQ(r.bytes, g.recordBytes);
+        EXPECT_EQ(c.remaining, 0u);
+        std::unique_ptr<uint8_t[]> record(new uint8_t[r.extent]());
+        uint8_t *base = record.get();
+        PacketCursor d{wire.data(), static_cast<uint32_t>(wire.size())};
+        EXPECT_EQ(ops(g.code).decode(base, &d, 1, kVersion), base + g.recordBytes);
+        EXPECT_EQ(load<uint16_t>(base), g.lengths.size());
+        EXPECT_EQ(load<uint8_t *>(base + 8), g.lengths.empty() ? nullptr : base + 16);
+        for (size_t i = 0; i < g.lengths.size(); ++i) {
+            const uint8_t *element = base + 16 + 16 * i;
+            EXPECT_EQ(g.code == 0x19 ? element[0] : load<uint16_t>(element), g.lengths[i]);
+            EXPECT_EQ(load<uint8_t *>(element + 8), g.dataOffsets[i] < 0 ? nullptr : base + g.dataOffsets[i]);
+        }
+    }
+
+    // A host-built array: "123456789" and "x" as code 0x1A.
+    uint8_t digits[] = "123456789", x[] = "x";
+    OctetString elements[2] = {{9, digits}, {1, x}};
+    AttributeArrayHeader header{2, elements};
+    uint16_t size = 0;
+    ASSERT_EQ(ops(0x1A).encCalc(&header, 1, &size, kVersion), 0u);
+    ASSERT_EQ(size, 2 + 11 + 3);
+    Bytes out(size);
+    PacketCursor e{out.data(), size};
+    ops(0x1A).encode(&e, &header, 1, kVersion);
+    EXPECT_EQ(out, (Bytes{0x00, 0x02, 0x00, 0x09, '1', '2', '3', '4', '5', '6', '7', '8', '9', 0x00, 0x01, 'x'}));
+}
+
+} // namespace
+} // namespace trov

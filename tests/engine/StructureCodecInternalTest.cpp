@@ -1,0 +1,401 @@
+// The structure codec's four walks on the test's own descriptors: golden bytes
+// worked out by hand, decode sizes (the kind-12 reset, counts, option lists,
+// attribute values), record offsets, round trips, every truncation and the
+// nesting bound. Attribute rows are the test's own, installed per test.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "api/Dispatch.h"
+#include "engine/Cursor.h"
+#include "engine/StructureCodec.h"
+
+namespace trov {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+constexpr uint64_t kCanary = 0xA5A5A5A5A5A5A5A5u;
+
+// ---- attribute rows: 0x0101 a u32 value; 0x0202 the same but only for
+// version 0x10; 0x0303 a structure holding one attribute (recursion);
+// 0x0404 a codec that cannot size; 0x0505 no row.
+uint8_t gForm, gVersion; // what the u32 codec was last called with
+TrovResult u32EncCalc(const void *, uint8_t form, uint16_t *size, uint8_t version) {
+    gForm = form;
+    gVersion = version;
+    *size = 4;
+    return 0;
+}
+void u32Encode(PacketCursor *c, const void *v, uint8_t, uint8_t) { putU32(*c, loadField<uint32_t>(v, 0)); }
+TrovResult u32DecCalc(PacketCursor *c, uint8_t form, RecordSize *size, uint8_t version) {
+    gForm = form;
+    gVersion = version;
+    if (c->remaining < 4) return 5;
+    skip(*c, 4);
+    *size = {8, 8};
+    return 0;
+}
+void *u32Decode(void *r, PacketCursor *c, uint8_t, uint8_t) {
+    storeField(r, 0, getU32(*c));
+    return static_cast<uint8_t *>(r) + 8;
+}
+TrovResult failEncCalc(const void *, uint8_t, uint16_t *, uint8_t) { return 1; }
+
+constexpr StructField kDeep[] = {structField(1, kStructAttribute, 16), structEnd()};
+// A structure row passes the array flag it gets on as its nesting level.
+TrovResult deepEncCalc(const void *v, uint8_t a, uint16_t *s, uint8_t) { return structEncCalc(kDeep, v, s, a); }
+void deepEncode(PacketCursor *c, const void *v, uint8_t a, uint8_t) { structEncode(kDeep, c, v, a); }
+TrovResult deepDecCalc(PacketCursor *c, uint8_t a, RecordSize *s, uint8_t) { return structDecCalc(kDeep, 16, c, s, a); }
+void *deepDecode(void *r, PacketCursor *c, uint8_t a, uint8_t) {
+    return structDecode(kDeep, c, r, static_cast<uint8_t *>(r) + 16, a);
+}
+
+constexpr ValueCodecOps kU32{u32EncCalc, u32Encode, u32DecCalc, u32Decode};
+constexpr uint16_t kIdsV10[] = {0x0202, 0}, kIdsU32[] = {0x0101, 0}, kIdsDeep[] = {0x0303, 0},
+                   kIdsFail[] = {0x0404, 0};
+constexpr AttributeCodecRow kRows[] = {
+    {kIdsV10, 0x10, kU32},
+    {kIdsU32, 0, kU32},
+    {kIdsDeep, 0, {deepEncCalc, deepEncode, deepDecCalc, deepDecode}},
+    {kIdsFail, 0, {failEncCalc, u32Encode, u32DecCalc, u32Decode}},
+    {nullptr, 0, {}},
+};
+
+class StructCodec : public testing::Test {
+protected:
+    void SetUp() override { saved_ = tablePointers.attributes.exchange(kRows); }
+    void TearDown() override { tablePointers.attributes.store(saved_); }
+
+private:
+    const AttributeCodecRow *saved_ = nullptr;
+};
+
+// ---- descriptors and their records -----------------------------------------
+
+struct Point { uint16_t x; uint32_t y; };
+struct Item { uint8_t n; const char *name; uint8_t tag; };
+struct All {
+    uint8_t a;             // kind 2
+    uint16_t n8;           // kind 5, counts the octets
+    const uint8_t *octets; // kind 8
+    Point point;           // kind 10 (kinds 5, 7)
+    uint32_t nItems;       // kind 6, a 4-byte count
+    Item *items;           // kind 12 (kinds 3, 9, 1)
+    uint8_t nChars;        // kind 4
+    const char *chars;     // kind 9
+    StructOptionList options; // kind 11
+    AttributeEntry attr;   // kind 13
+};
+constexpr StructField kPoint[] = {structScalar(1, 5, 2), structScalar(2, 7, 4), structEnd()};
+constexpr StructField kItem[] = {structScalar(1, 3, 1, 1), structField(2, kStructChars),
+                                 structScalar(3, 1, 1), structEnd()};
+constexpr StructField kAll[] = {
+    structScalar(1, 2, 1), structScalar(2, 5, 2, 1), structField(3, kStructOctets),
+    structField(4, kStructNested, sizeof(Point), kPoint), structScalar(5, 6, 4, 1),
+    structField(6, kStructArray, sizeof(Item), kItem), structScalar(7, 4, 1, 1),
+    structField(8, kStructChars), structField(9, kStructOptions, 16),
+    structField(10, kStructAttribute, 16), structEnd()};
+static_assert(structDescriptorValid(kAll) && structRecordSize(kAll) == sizeof(All));
+static_assert(structRecordSize(kItem) == sizeof(Item) && structAlignment(kPoint) == 4);
+static_assert(structFixedWireSize(kAll) == 1 + 2 + 6 + 4 + 1);
+// The alignment search stops at the pointer: the 16-byte scalar is not seen.
+constexpr StructField kWide[] = {structScalar(1, 3, 1), structField(2, kStructOctets),
+                                 structScalar(3, 1, 16), structEnd()};
+static_assert(structAlignment(kWide) == 8);
+struct Tree { uint8_t n; Tree *children; };
+constexpr StructField kTree[] = {structScalar(1, 3, 1, 1),
+                                 structField(2, kStructArray, sizeof(Tree), kTree), structEnd()};
+static_assert(structDescriptorValid(kTree) && structRecordSize(kTree) == sizeof(Tree));
+
+const uint8_t kOctets3[] = {0xDE, 0xAD, 0xBE};
+Item gItems[2] = {{5, "hello", 0x11}, {0, nullptr, 0x22}};
+uint16_t gOpt0 = 0xBEEF;
+StructOption gOptions[2] = {{3, 2, {}, &gOpt0}, {9, 3, {}, const_cast<char *>("xyz")}};
+uint32_t gAttrValue = 0xCAFEBABE;
+All sample() {
+    All r{};
+    r.a = 0xA1, r.n8 = 3, r.octets = kOctets3, r.point = {0x1234, 0x89ABCDEF};
+    r.nItems = 0x00010002; // counts as its first two bytes in memory: 2
+    r.items = gItems, r.nChars = 8, r.chars = "ABCDEFGH";
+    r.options = {2, {}, gOptions}, r.attr = {0x0101, 0, &gAttrValue};
+    return r;
+}
+const Bytes kGolden = {
+    0xA1, 0x00, 0x03, 0xDE, 0xAD, 0xBE,                   // a, n8, octets
+    0x12, 0x34, 0x89, 0xAB, 0xCD, 0xEF, 0x00, 0x01, 0x00, 0x02, // point, nItems
+    0x05, 'h', 'e', 'l', 'l', 'o', 0x11, 0x00, 0x22,       // items
+    0x08, 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H',          // nChars, chars
+    0x02, 0x03, 0x02, 0xBE, 0xEF, 0x09, 0x03, 'x', 'y', 'z', // options
+    0x01, 0x01, 0x00, 0x04, 0xCA, 0xFE, 0xBA, 0xBE};       // attribute
+
+struct Decoded {
+    Bytes wire;
+    RecordSize size{};
+    std::vector<uint64_t> block; // record, extra area, two canary words
+    void *end = nullptr;
+    const uint8_t *base() const { return reinterpret_cast<const uint8_t *>(block.data()); }
+};
+
+// Encodes into exactly the size reported, sizes and decodes into exactly the
+// extent reported, then re-encodes the decoded record: the same bytes.
+Decoded roundTrip(const StructField *d, const void *record, uint16_t fixedRecordBytes) {
+    Decoded out;
+    uint16_t size = 0;
+    EXPECT_EQ(structEncCalc(d, record, &size), 0u);
+    out.wire.resize(size);
+    PacketCursor c{out.wire.data(), size};
+    EXPECT_EQ(structEncode(d, &c, record), 0u);
+    EXPECT_EQ(c.remaining, 0u);
+    PacketCursor r{out.wire.data(), size};
+    EXPECT_EQ(structDecCalc(d, fixedRecordBytes, &r, &out.size), 0u);
+    EXPECT_EQ(r.remaining, 0u);
+    out.block.assign(out.size.extent / 8 + 2, kCanary);
+    PacketCursor dc{out.wire.data(), size};
+    uint8_t *base = reinterpret_cast<uint8_t *>(out.block.data());
+    out.end = structDecode(d, &dc, base, base + ((fixedRecordBytes + 7) & ~7));
+    EXPECT_EQ(out.end, base + out.size.extent);
+    EXPECT_EQ(dc.remaining, 0u);
+    EXPECT_EQ(out.block[out.block.size() - 1], kCanary);
+    EXPECT_EQ(out.block[out.block.size() - 2], kCanary);
+    Bytes again(size);
+    PacketCursor ac{again.data(), size};
+    structEncode(d, &ac, base);
+    EXPECT_EQ(again, out.wire);
+    return out;
+}
+
+TEST_F(StructCodec, GoldenBytesOfEveryKindAndTheirDecodedRecord) {
+    const All in = sample();
+    const Decoded out = roundTrip(kAll, &in, sizeof(All));
+    EXPECT_EQ(out.wire, kGolden);
+    EXPECT_NE(gForm, 0) << "attribute values travel in array form";
+    EXPECT_EQ(gVersion, 0) << "and are coded at version 0";
+    // The array resets the figure: the octets' 8 bytes are not in it.
+    EXPECT_EQ(out.size.bytes, 88 + 8 + 48 + 8 + 16 + 48 + 8 - 8);
+    EXPECT_EQ(out.size.extent, 88u + 8 + 48 + 8 + 16 + 48 + 8);
+    PacketCursor figureOnly{const_cast<uint8_t *>(kGolden.data()), 52};
+    uint16_t figure = 0;
+    EXPECT_EQ(structDecCalc(kAll, 85, &figureOnly, &figure), 0u); // 85 rounds to 88
+    EXPECT_EQ(figure, out.size.bytes);
+
+    // Where the extra area puts each item, and what it holds.
+    All r;
+    std::memcpy(&r, out.base(), sizeof r);
+    auto at = [&](const void *p) { return static_cast<const uint8_t *>(p) - out.base(); };
+    EXPECT_EQ(at(r.octets), 88);
+    ASSERT_EQ(at(r.items), 96);
+    EXPECT_EQ(at(r.items[0].name), 144);
+    EXPECT_EQ(at(r.chars), 152);
+    ASSERT_EQ(at(r.options.options), 168);
+    EXPECT_EQ(at(r.options.options[0].value), 200);
+    EXPECT_EQ(at(r.options.options[1].value), 208);
+    EXPECT_EQ(at(r.attr.value), 216);
+    EXPECT_STREQ(r.items[0].name, "hello");
+    EXPECT_EQ(r.items[1].name, nullptr);
+    EXPECT_STREQ(r.chars, "ABCDEFGH");
+    EXPECT_EQ(r.nItems, 0x00010002u);
+    EXPECT_EQ(r.attr.length, 0) << "a codec decoded it";
+}
+
+TEST_F(StructCodec, EveryTruncationFailsAndTouchesNothing) {
+    for (uint32_t n = 0; n < kGolden.size(); ++n) {
+        SCOPED_TRACE(n);
+        Bytes wire(n == 0 ? 1 : n); // exactly n bytes (one, unseen, for a valid position)
+        std::memcpy(wire.data(), kGolden.data(), n);
+        PacketCursor c{wire.data(), n};
+        RecordSize size{0xAAAA, 0xAAAA};
+        EXPECT_EQ(structDecCalc(kAll, sizeof(All), &c, &size), 5u);
+        EXPECT_EQ(size.bytes, 0xAAAA);
+        EXPECT_EQ(c.position, wire.data());
+        EXPECT_EQ(c.remaining, n);
+        std::vector<uint64_t> block(40, kCanary);
+        auto *extra = reinterpret_cast<uint8_t *>(block.data()) + 88;
+        EXPECT_EQ(structDecode(kAll, &c, block.data(), extra), extra);
+        EXPECT_EQ(c.position, wire.data());
+        for (uint64_t w : block) ASSERT_EQ(w, kCanary);
+    }
+}
+
+constexpr StructField kChars[] = {structScalar(1, 3, 1, 1), structField(2, kStructChars), structEnd()};
+constexpr StructField kStringThenItems[] = {structScalar(1, 3, 1, 1), structField(2, kStructChars),
+                                            structScalar(3, 3, 1, 1),
+                                            structField(4, kStructArray, 24, kItem), structEnd()};
+constexpr StructField kNoWire[] = {structField(1, kStructOctets), structEnd()};
+constexpr StructField kCountedNoWire[] = {structScalar(1, 3, 1, 1),
+                                          structField(2, kStructArray, 8, kNoWire), structEnd()};
+constexpr StructField kCount32[] = {structScalar(1, 7, 4, 1), structField(2, kStructOctets), structEnd()};
+constexpr StructField kCountOnly[] = {structScalar(1, 3, 1, 1), structEnd()};
+constexpr StructField kInnerCount[] = {structField(1, kStructNested, 1, kCountOnly),
+                                       structField(2, kStructOctets), structEnd()};
+constexpr StructField kAttrClears[] = {structScalar(1, 3, 1, 1), structField(2, kStructAttribute, 16),
+                                       structField(3, kStructOctets), structEnd()};
+constexpr StructField kOptions[] = {structField(1, kStructOptions, 16), structEnd()};
+constexpr StructField kAttr[] = {structField(1, kStructAttribute, 16), structEnd()};
+constexpr StructField kScalar8[] = {structScalar(1, 6, 8), structEnd()};
+constexpr StructField kEmpty[] = {structEnd()};
+
+TEST_F(StructCodec, DecodeSizeOfEachKind) {
+    struct Case {
+        const char *name;
+        const StructField *d;
+        Bytes wire;
+        TrovResult result;
+        uint16_t figure;  // extra bytes (fixed record size 0)
+        uint32_t extent;
+        uint32_t consumed;
+    };
+    Bytes raw13(16, 0xAB); // one option of kind 200 and 13 raw bytes
+    raw13[0] = 1, raw13[1] = 200, raw13[2] = 13;
+    const Case cases[] = {
+        {"empty", kEmpty, {0x77}, 0, 0, 0, 0},
+        {"8 chars take 16", kChars, {8, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'}, 0, 16, 16, 9},
+        {"7 chars take 8", kChars, {7, 'a', 'b', 'c', 'd', 'e', 'f', 'g'}, 0, 8, 8, 8},
+        {"string then array: 48 + the elements'", kStringThenItems,
+         {5, 'a', 'b', 'c', 'd', 'e', 2, 3, 'x', 'y', 'z', 7, 0, 8}, 0, 48 + 8, 8 + 48 + 8, 14},
+        {"count above the bytes left", kCountedNoWire, {3, 0, 0}, 5, 0, 0, 0},
+        {"elements without wire bytes", kCountedNoWire, {3, 0, 0, 0}, 0, 24, 24, 1},
+        {"4-byte count read as 16 bits", kCount32, {0, 1, 0, 2, 0xAA, 0xBB}, 0, 8, 8, 6},
+        {"a nested record's count stays inside", kInnerCount, {2, 0xAA, 0xBB}, 0, 0, 0, 1},
+        {"an attribute clears the count", kAttrClears, {2, 5, 5, 0, 0, 0xAA, 0xBB}, 0, 0, 0, 5},
+        {"options: the kind decides their bytes", kOptions,
+         {2, 3, 9, 0xBE, 0xEF, 5, 6, 1, 2, 3, 4, 5, 6}, 0, 32 + 8 + 8, 48, 13},
+        {"options: 13 raw bytes", kOptions, raw13, 0, 16 + 16, 32, 16},
+        {"raw attribute", kAttr, {5, 5, 0, 3, 'a', 'b', 'c'}, 0, 8, 8, 7},
+        {"raw attribute cut short", kAttr, {5, 5, 0, 4, 'a', 'b', 'c'}, 5, 0, 0, 0},
+        {"a codec ignores the length field", kAttr, {1, 1, 0, 9, 0xCA, 0xFE, 0xBA, 0xBE}, 0, 8, 8, 8},
+        {"a codec's failure", kAttr, {1, 1, 0, 4, 0xCA, 0xFE, 0xBA}, 5, 0, 0, 0},
+        {"a version-0x10 row is not found", kAttr, {2, 2, 0, 2, 0xAA, 0xBB}, 0, 8, 8, 6},
+        {"8-byte scalar", kScalar8, Bytes(8, 1), 0, 0, 0, 8},
+    };
+    for (const Case &k : cases) {
+        SCOPED_TRACE(k.name);
+        Bytes wire = k.wire;
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize size{0xAAAA, 0xAAAA};
+        ASSERT_EQ(structDecCalc(k.d, 0, &c, &size), k.result);
+        if (k.result != 0) continue;
+        EXPECT_EQ(size.bytes, k.figure);
+        EXPECT_EQ(size.extent, k.extent);
+        EXPECT_EQ(c.position, wire.data() + k.consumed);
+        // The decode fills exactly the extent.
+        std::vector<uint64_t> block(k.extent / 8 + 5, kCanary);
+        PacketCursor dc{wire.data(), static_cast<uint32_t>(wire.size())};
+        auto *extra = reinterpret_cast<uint8_t *>(block.data()) + 32; // every record here fits
+        EXPECT_EQ(structDecode(k.d, &dc, block.data(), extra), extra + k.extent);
+        EXPECT_EQ(dc.position, c.position);
+        EXPECT_EQ(block[k.extent / 8 + 4], kCanary);
+    }
+}
+
+TEST_F(StructCodec, AttributesWithoutAUsableCodec) {
+    constexpr StructField d[] = {structScalar(1, 3, 1), structField(2, kStructAttribute, 16),
+                                 structScalar(3, 3, 1), structEnd()};
+    struct Record { uint8_t a; AttributeEntry attr; uint8_t b; };
+    // No row (0x0505), only a row of version 0x10 (0x0202), a codec that
+    // cannot size (0x0404): nothing is written; 0x0101 for contrast.
+    for (uint16_t id : {0x0202, 0x0404, 0x0505, 0x0101}) {
+        SCOPED_TRACE(id);
+        const Record in{0x61, {id, 0, &gAttrValue}, 0x62};
+        uint16_t size = 0;
+        EXPECT_EQ(structEncCalc(d, &in, &size), 0u) << "the walk's failure is not passed on";
+        Bytes wire(size);
+        PacketCursor c{wire.data(), size};
+        structEncode(d, &c, &in);
+        const Bytes expected = id == 0x0101 ? Bytes{0x61, 1, 1, 0, 4, 0xCA, 0xFE, 0xBA, 0xBE, 0x62}
+                                            : Bytes{0x61, 0x62};
+        EXPECT_EQ(wire, expected);
+        if (id == 0x0101 || id == 0x0404) continue;
+        // Decoding copies the raw bytes and keeps the length.
+        wire = {0x61, uint8_t(id >> 8), uint8_t(id), 0, 3, 'a', 'b', 'c', 0x62};
+        PacketCursor dc{wire.data(), 9};
+        alignas(8) uint8_t block[40] = {};
+        structDecode(d, &dc, block, block + 32);
+        const auto e = loadField<AttributeEntry>(block, 8);
+        EXPECT_EQ(e.length, 3);
+        EXPECT_EQ(e.value, block + 32);
+        EXPECT_STREQ(reinterpret_cast<char *>(block + 32), "abc");
+        EXPECT_EQ(block[24], 0x62);
+    }
+    uint16_t size = 0xAAAA; // an empty descriptor encodes nothing
+    EXPECT_EQ(structEncCalc(kEmpty, &gAttrValue, &size), 0u);
+    EXPECT_EQ(size, 0);
+}
+
+TEST_F(StructCodec, RecordOffsetRules) {
+    // Without elements nothing is written, and the array's null pointer takes
+    // the next 8 bytes unaligned.
+    constexpr StructField d[] = {structScalar(1, 3, 1, 1), structField(2, kStructArray, 8, kNoWire),
+                                 structScalar(3, 5, 2), structEnd()};
+    static_assert(structRecordSize(d) == 24);
+    for (uint8_t count : {0, 1}) {
+        SCOPED_TRACE(count);
+        Bytes wire{count, 0x12, 0x34};
+        PacketCursor c{wire.data(), 3};
+        alignas(8) uint8_t r[40];
+        std::memset(r, 0xEE, sizeof r);
+        structDecode(d, &c, r, r + 24);
+        const size_t pointerAt = count == 0 ? 1 : 8, u16At = count == 0 ? 10 : 16;
+        EXPECT_EQ(loadField<uint16_t>(r, u16At), 0x1234);
+        EXPECT_EQ(loadField<void *>(r, pointerAt), count == 0 ? nullptr : r + 24);
+        Bytes again(3);
+        PacketCursor ac{again.data(), 3};
+        structEncode(d, &ac, r);
+        EXPECT_EQ(again, wire);
+    }
+    // After a scalar of unusual width the offset restarts at 0. Such a scalar
+    // counts in the size but is never written.
+    constexpr StructField odd[] = {structScalar(1, 1, 3), structScalar(2, 3, 1), structEnd()};
+    static_assert(!structDescriptorValid(odd));
+    Bytes wire{0xAA, 0xBB, 0xCC, 0x7F};
+    PacketCursor c{wire.data(), 4};
+    uint8_t r[8] = {};
+    structDecode(odd, &c, r, r + 8);
+    EXPECT_EQ(r[0], 0x7F);
+    uint16_t size = 0;
+    structEncCalc(odd, r, &size);
+    PacketCursor oc{wire.data(), 4};
+    structEncode(odd, &oc, r);
+    EXPECT_EQ(size, 4);
+    EXPECT_EQ(oc.remaining, 3u);
+}
+
+TEST_F(StructCodec, NestingIsBoundedThroughArraysAndAttributes) {
+    // A chain of one-child trees: n levels of 01 then a leaf's 00.
+    for (uint32_t levels : {kMaxStructDepth - 1, kMaxStructDepth}) {
+        Bytes wire(levels, 1);
+        wire.push_back(0);
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize size{};
+        EXPECT_EQ(structDecCalc(kTree, 16, &c, &size), levels < kMaxStructDepth ? 0u : 5u) << levels;
+    }
+    std::vector<Tree> chain(kMaxStructDepth);
+    for (size_t i = 0; i + 1 < chain.size(); ++i) chain[i] = {1, &chain[i + 1]};
+    EXPECT_EQ(roundTrip(kTree, chain.data(), 16).size.extent, 16u * kMaxStructDepth);
+
+    // Attributes whose values are structures holding attributes.
+    for (uint32_t levels : {kMaxStructDepth - 1, kMaxStructDepth}) {
+        Bytes wire;
+        for (uint32_t i = 0; i < levels; ++i) wire.insert(wire.end(), {3, 3, 0, 0});
+        wire.insert(wire.end(), {1, 1, 0, 4, 0xCA, 0xFE, 0xBA, 0xBE});
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        RecordSize size{};
+        EXPECT_EQ(structDecCalc(kDeep, 16, &c, &size), levels < kMaxStructDepth ? 0u : 5u) << levels;
+    }
+    // A record that holds itself encodes to the bound, and exactly as sized.
+    AttributeEntry self{0x0303, 0, nullptr};
+    self.value = &self;
+    uint16_t size = 0;
+    structEncCalc(kDeep, &self, &size);
+    EXPECT_EQ(size, 4 * kMaxStructDepth);
+    Bytes wire(size);
+    PacketCursor c{wire.data(), size};
+    structEncode(kDeep, &c, &self);
+    EXPECT_EQ(c.remaining, 0u);
+    EXPECT_EQ(loadU16(wire.data() + 2), 4 * kMaxStructDepth - 4);
+}
+
+} // namespace
+} // namespace trov

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 namespace {
@@ -197,10 +198,13 @@ TEST(RawMethodRow, DecCalcTakesEverythingThatRemains) {
     for (const Case &c : cases) {
         SCOPED_TRACE(testing::Message() << "remaining " << c.remaining);
         const PacketCursor cursor{&byte, c.remaining};
-        uint16_t length = 0xAAAA, record = 0xAAAA;
+        uint16_t length = 0xAAAA;
+        RecordSize record{0xAAAA, 0xAAAA};
         EXPECT_EQ(RawMethodCodecRow.decCalc(&cursor, &length, &record), 0u);
         EXPECT_EQ(length, c.paramsLength);
-        EXPECT_EQ(record, c.recordBytes);
+        EXPECT_EQ(record.bytes, c.recordBytes);
+        // The copy is bounded by the room it gets: nothing when the rounding wraps.
+        EXPECT_EQ(record.extent, roundUp8u16(c.remaining) < c.remaining ? 0u : uint32_t{c.recordBytes});
         EXPECT_EQ(cursor.position, &byte);
     }
 }

@@ -92,7 +92,7 @@ struct MethodCodecRow {
     TrovResult (*encCalc)(const void *params, uint16_t paramsLength, uint16_t *wireBytes);
     void (*encode)(PacketCursor *cursor, const void *params, uint16_t paramsLength);
     TrovResult (*decCalc)(const PacketCursor *cursor, uint16_t *paramsLength,
-                          uint16_t *recordBytes);
+                          RecordSize *recordBytes);
     void *(*decode)(void *record, PacketCursor *cursor);
 };
 

@@ -18,16 +18,17 @@ void rawEncode(PacketCursor *cursor, const void *params, uint16_t paramsLength) 
 }
 
 // The params length is the remaining count taken as 16 bits; the record
-// takes it rounded up to a multiple of 8 with the 16-bit mask.
-TrovResult rawDecCalc(const PacketCursor *cursor, uint16_t *paramsLength, uint16_t *recordBytes) {
-    *paramsLength = static_cast<uint16_t>(cursor->remaining);
-    *recordBytes = roundUp8u16(cursor->remaining);
+// takes it rounded up to a multiple of 8 with the 16-bit mask. The extent is
+// what rawDecode copies: everything, unless that rounding wraps, when it
+// copies nothing (a body that long cannot be a method invocation).
+TrovResult rawDecCalc(const PacketCursor *cursor, uint16_t *paramsLength, RecordSize *recordBytes) {
+    const uint32_t n = cursor->remaining;
+    *paramsLength = static_cast<uint16_t>(n);
+    recordBytes->bytes = roundUp8u16(n);
+    recordBytes->extent = roundUp8u16(n) < n ? 0 : recordBytes->bytes;
     return TROV_RESULT_OK;
 }
 
-// Copies everything that remains. The copy is bounded by the record size that
-// rawDecCalc reports for the same count, so a count whose rounding wraps to a
-// small record never writes past it.
 void *rawDecode(void *record, PacketCursor *cursor) {
     const uint32_t n = cursor->remaining;
     if (n == 0 || record == nullptr) return record;

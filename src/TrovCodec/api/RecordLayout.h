@@ -52,4 +52,8 @@ static_assert(sizeof(EventListBody) == 40 && offsetof(EventListBody, value1) == 
 static_assert(sizeof(ShortEventListBody) == 32 && offsetof(ShortEventListBody, count) == 4 &&
               offsetof(ShortEventListBody, entries) == 8 && offsetof(ShortEventListBody, buffer) == 16);
 
+static_assert(sizeof(MethodBody) == 40 && offsetof(MethodBody, method) == 4 &&
+              offsetof(MethodBody, params) == 8 && offsetof(MethodBody, paramsLength) == 16 &&
+              offsetof(MethodBody, buffer) == 24);
+
 } // namespace trov::layout

@@ -224,6 +224,15 @@ typedef struct ShortEventListBody {
     BufferDesc buffer;
 } ShortEventListBody;
 
+/* The body records of the function-unit bodies. */
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+#include "TrovBodies.h"
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 /* ---------------------------------------------------------- initialisation */
 
 /* Points the library's dispatch tables at the built-in codec tables. Call it

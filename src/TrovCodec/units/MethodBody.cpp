@@ -1,0 +1,70 @@
+// Body 0x1d, the method invocation: a u32, the u16 method code, then the
+// method's parameters as its codec in the FU method table writes them
+// (request) or as its codec reads them (reply). Decoded parameters live in
+// the record's managed buffer.
+#include "units/MethodBody.h"
+
+#include "api/Header.h"
+#include "api/Memory.h"
+#include "engine/Cursor.h"
+
+namespace trov {
+
+namespace {
+constexpr uint16_t kPrefix = 6; // u32, u16 method code
+} // namespace
+
+TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const MethodBody *record,
+                                EncodeOutput *output) {
+    const MethodCodecRow *row = findMethodRow(tables, record->method, static_cast<uint8_t>(info->version));
+    if (row == nullptr) return TROV_RESULT_NO_METHOD_CODEC;
+    uint16_t wire = 0;
+    if (TrovResult r = row->encCalc(record->params, record->paramsLength, &wire)) return r;
+    PacketCursor body{};
+    if (TrovResult r = reserveEncodeBuffer(info, static_cast<uint16_t>(wire + kPrefix), output, &body))
+        return r;
+    putU32(body, record->value0);
+    putU16(body, record->method);
+    row->encode(&body, record->params, record->paramsLength);
+    return TROV_RESULT_OK;
+}
+
+TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeResult *result,
+                                const PacketCursor *body) {
+    bool recordAllocated = false;
+    if (TrovResult r = allocateRecord(result, body, kPrefix, sizeof(MethodBody), &recordAllocated)) return r;
+    auto *record = static_cast<MethodBody *>(result->record);
+    PacketCursor c = *body;
+    record->value0 = getU32(c);
+    record->method = getU16(c);
+    record->params = nullptr;
+    record->paramsLength = 0;
+
+    auto fail = [&](TrovResult r, bool bufferAllocated) {
+        releaseOnFailure(result, recordAllocated, bufferAllocated);
+        return r;
+    };
+    const MethodCodecRow *row = findMethodRow(tables, record->method, static_cast<uint8_t>(info->version));
+    if (row == nullptr) return fail(TROV_RESULT_NO_METHOD_CODEC, false);
+    uint16_t paramsLength = 0;
+    RecordSize size{};
+    if (TrovResult r = row->decCalc(&c, &paramsLength, &size)) return fail(r, false);
+    bool bufferAllocated = false;
+    if (TrovResult r = prepareBuffer(result, &record->buffer, size.bytes, &bufferAllocated, size.extent))
+        return fail(r, bufferAllocated);
+    record->params = record->buffer.data;
+    record->paramsLength = paramsLength;
+    row->decode(record->buffer.data, &c);
+    return TROV_RESULT_OK;
+}
+
+TrovResult encodeMethodBody(HeaderInfo *info, const void *record, void *output, void *, uint8_t) {
+    return encodeMethodBodyWith(activeTables(), info, static_cast<const MethodBody *>(record),
+                                static_cast<EncodeOutput *>(output));
+}
+
+TrovResult decodeMethodBody(HeaderInfo *info, DecodeResult *result, const PacketCursor *body, void *) {
+    return decodeMethodBodyWith(activeTables(), info, result, body);
+}
+
+} // namespace trov

@@ -56,4 +56,13 @@ static_assert(sizeof(MethodBody) == 40 && offsetof(MethodBody, method) == 4 &&
               offsetof(MethodBody, params) == 8 && offsetof(MethodBody, paramsLength) == 16 &&
               offsetof(MethodBody, buffer) == 24);
 
+static_assert(sizeof(EventExtendEntry) == 16 && offsetof(EventExtendEntry, identifier) == 2 &&
+              offsetof(EventExtendEntry, value) == 8);
+static_assert(sizeof(EventExtendList) == 16 && offsetof(EventExtendList, entries) == 8);
+static_assert(sizeof(EventExtendRawItem) == 24 && offsetof(EventExtendRawItem, length) == 2 &&
+              offsetof(EventExtendRawItem, data) == 8);
+static_assert(sizeof(EventExtendSchemaRow) == 16 && offsetof(EventExtendSchemaRow, itemCount) == 2 &&
+              offsetof(EventExtendSchemaRow, items) == 8);
+static_assert(sizeof(EventExtendSchema) == 16 && offsetof(EventExtendSchema, rows) == 8);
+
 } // namespace trov::layout

@@ -323,6 +323,80 @@ TROV_API TrovResult TROV_GetAttributePacketSize(const HeaderInfo *info, uint16_t
 TROV_API TrovResult TROV_GetEventPacketSize(const HeaderInfo *info, uint16_t eventCode,
                                             const void *event, uint16_t *size);
 
+/* ---------------------------------------------------- extended event data */
+
+/* Some events carry, in their byte string, a list of typed items: the
+ * extended event data. Without a schema the data describes itself: a u8 item
+ * count, then per item a u16 attribute identifier, a u8 length and the value
+ * as the attribute's codec writes it (array form). With a schema the data is
+ * the values alone, one after another, as the schema's row for the event code
+ * lists them. */
+
+/* One item of a schema row: kind 99 names a data-type code; any other kind
+ * names an attribute identifier. */
+#define TROV_EXTEND_KIND_DATA_TYPE 99u
+typedef struct EventExtendItemSpec {
+    uint16_t kind;
+    uint16_t identifier;
+} EventExtendItemSpec;
+
+typedef struct EventExtendSchemaRow {
+    uint16_t eventCode;
+    uint8_t itemCount;
+    const EventExtendItemSpec *items;
+} EventExtendSchemaRow;
+
+typedef struct EventExtendSchema {
+    uint16_t count;
+    const EventExtendSchemaRow *rows;
+} EventExtendSchema;
+
+/* One decoded item: the schema's kind (0 without a schema), the identifier
+ * (0 for a raw item) and the decoded value's record. */
+typedef struct EventExtendEntry {
+    uint16_t kind;
+    uint16_t identifier;
+    void *value;
+} EventExtendEntry;
+
+typedef struct EventExtendList {
+    uint8_t count;
+    EventExtendEntry *entries; /* NULL until decoding succeeds, and when count is 0 */
+} EventExtendList;
+
+/* An item without a schema whose identifier has no attribute codec is kept
+ * raw: this record, with the bytes at its offset 24. */
+typedef struct EventExtendRawItem {
+    uint16_t identifier;
+    uint8_t length;
+    uint8_t *data;
+    uint8_t reserved[8];
+} EventExtendRawItem;
+
+/* Decodes the items in `data` (its length is a u16 for event code 0x30, its
+ * first byte otherwise) into `list`, their records in the memory of `buffer`
+ * (prepared as for any managed buffer: allocated when its data is NULL, and
+ * then owned by the caller). The first schema row for `eventCode` applies;
+ * with none (or no schema) the data describes itself. Results: 0; 1 a NULL
+ * argument or data pointer, a zero version or event code, or a schema with
+ * rows or items missing; 5 empty self-describing data or an item head cut
+ * short; 6 allocation failed; 10, 13 an identifier or data type without a
+ * codec in a schema; a value codec's or the buffer's result. */
+TROV_API TrovResult TROV_DecodeEventExtend(EventExtendList *list, const OctetString *data,
+                                           uint16_t eventCode, const EventExtendSchema *schema,
+                                           uint8_t version, BufferDesc *buffer);
+
+/* Encodes `list` into `data`, whose bytes lie in the memory of `buffer`. With
+ * a schema, its row for `eventCode` must match the list item by item.
+ * Results: 0; 1 a NULL argument, a zero version or event code, a list or
+ * schema that does not match; 5 a value above 255 bytes, or data above 255
+ * bytes for any event code but 0x30; 6 allocation failed; 10, 13 an
+ * identifier or data type without a codec (raw items cannot be encoded); a
+ * value codec's or the buffer's result. */
+TROV_API TrovResult TROV_EncodeEventExtend(const EventExtendList *list, OctetString *data,
+                                           uint16_t eventCode, const EventExtendSchema *schema,
+                                           uint8_t version, BufferDesc *buffer);
+
 /* ------------------------------------------------------- option parameters */
 
 /* An option parameter on the wire: u8 kind, u8 length, value. Kinds: 0 no

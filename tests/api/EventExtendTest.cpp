@@ -1,0 +1,205 @@
+// Extended event data through the exported interface: self-describing and
+// schema-driven round trips, raw items, the 16-bit length of event 0x30, and
+// every argument and schema check.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "TrovCodec.h"
+
+namespace {
+
+constexpr uint8_t kVersion = 0x10;
+
+class EventExtend : public testing::Test {
+protected:
+    void SetUp() override { TROV_InitCoder(); }
+    void TearDown() override {
+        trovFree(in.data);
+        trovFree(out.data);
+    }
+    BufferDesc in{}, out{};
+    TrovResult decode(std::vector<uint8_t> &bytes, EventExtendList &list, uint16_t code = 0x31,
+                      const EventExtendSchema *schema = nullptr) {
+        OctetString data{static_cast<uint16_t>(bytes.size()), bytes.data()};
+        return TROV_DecodeEventExtend(&list, &data, code, schema, kVersion, &in);
+    }
+};
+
+TEST_F(EventExtend, SelfDescribingBytesAndRoundTrip) {
+    uint8_t one = 0x5A;
+    uint16_t words[2] = {0x0102, 0xA0B0};
+    AttributeArrayHeader array{2, words};
+    EventExtendEntry items[] = {{0, 0x00CB, &one}, {0, 0x0070, &array}};
+    EventExtendList list{2, items};
+    OctetString data{};
+    ASSERT_EQ(TROV_EncodeEventExtend(&list, &data, 0x31, nullptr, kVersion, &out), 0u);
+    // count, then id, length, value per item; 0x0070 carries a u16 count.
+    const uint8_t golden[] = {2, 0x00, 0xCB, 1, 0x5A, 0x00, 0x70, 6, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0};
+    ASSERT_EQ(data.length & 0xFF, sizeof golden);
+    EXPECT_EQ(std::memcmp(data.data, golden, sizeof golden), 0);
+
+    std::vector<uint8_t> bytes(golden, golden + sizeof golden);
+    EventExtendList back{};
+    ASSERT_EQ(decode(bytes, back), 0u);
+    ASSERT_EQ(back.count, 2);
+    ASSERT_EQ(static_cast<void *>(back.entries), in.data);
+    EXPECT_EQ(back.entries[0].kind, 0);
+    EXPECT_EQ(back.entries[0].identifier, 0x00CB);
+    EXPECT_EQ(*static_cast<uint8_t *>(back.entries[0].value), 0x5A);
+    EXPECT_EQ(back.entries[1].identifier, 0x0070);
+    const auto *decoded = static_cast<AttributeArrayHeader *>(back.entries[1].value);
+    ASSERT_EQ(decoded->count, 2);
+    EXPECT_EQ(static_cast<uint16_t *>(decoded->elements)[1], 0xA0B0);
+}
+
+TEST_F(EventExtend, UnknownIdentifiersBecomeRawItems) {
+    std::vector<uint8_t> bytes = {2, 0x00, 0x01, 3, 0xAA, 0xBB, 0xCC, 0x00, 0xCB, 1, 0x7F};
+    EventExtendList list{};
+    ASSERT_EQ(decode(bytes, list), 0u);
+    ASSERT_EQ(list.count, 2);
+    EXPECT_EQ(list.entries[0].identifier, 0); // raw
+    const auto *raw = static_cast<EventExtendRawItem *>(list.entries[0].value);
+    EXPECT_EQ(raw->identifier, 0x0001);
+    EXPECT_EQ(raw->length, 3);
+    ASSERT_EQ(raw->data, reinterpret_cast<const uint8_t *>(raw) + 24);
+    EXPECT_EQ(raw->data[2], 0xCC);
+    EXPECT_EQ(list.entries[1].value, reinterpret_cast<const uint8_t *>(raw) + 32);
+    EXPECT_EQ(*static_cast<uint8_t *>(list.entries[1].value), 0x7F);
+
+    // A raw item cannot be encoded: its identifier has no codec.
+    EventExtendList again{2, list.entries};
+    OctetString data{};
+    EXPECT_EQ(TROV_EncodeEventExtend(&again, &data, 0x31, nullptr, kVersion, &out),
+              TROV_RESULT_NO_ATTRIBUTE_CODEC);
+}
+
+TEST_F(EventExtend, EmptyAndShortData) {
+    std::vector<uint8_t> zero = {0};
+    EventExtendList list{9, reinterpret_cast<EventExtendEntry *>(&list)};
+    ASSERT_EQ(decode(zero, list), 0u);
+    EXPECT_EQ(list.count, 0);
+    EXPECT_EQ(list.entries, nullptr);
+    EXPECT_EQ(in.data, nullptr); // nothing allocated
+
+    uint8_t byte = 0;
+    OctetString empty{0, &byte};
+    EXPECT_EQ(TROV_DecodeEventExtend(&list, &empty, 0x31, nullptr, kVersion, &in), TROV_RESULT_SHORT_INPUT);
+
+    std::vector<uint8_t> cut = {1, 0x00}; // an item head of 1 byte
+    EXPECT_EQ(decode(cut, list), TROV_RESULT_SHORT_INPUT);
+    EXPECT_EQ(list.count, 1);
+    EXPECT_EQ(list.entries, nullptr);
+}
+
+// 300 bytes: 74 one-byte items and a raw item of length 0. Event 0x30 reads
+// its u16 length in full; any other event only the low byte, 44.
+TEST_F(EventExtend, EventThirtyReadsASixteenBitLength) {
+    std::vector<uint8_t> bytes = {75};
+    for (int i = 0; i < 74; ++i) bytes.insert(bytes.end(), {0x00, 0xCB, 1, uint8_t(i)});
+    bytes.insert(bytes.end(), {0x00, 0x01, 0});
+    ASSERT_EQ(bytes.size(), 300u);
+    EventExtendList list{};
+    ASSERT_EQ(decode(bytes, list, 0x30), 0u);
+    EXPECT_EQ(list.count, 75);
+    EXPECT_EQ(*static_cast<uint8_t *>(list.entries[73].value), 73);
+    trovFree(in.data);
+    in = BufferDesc{};
+    EXPECT_EQ(decode(bytes, list, 0x31), TROV_RESULT_SHORT_INPUT); // 44 bytes hold 10 items
+
+    // Encoding: more than 255 bytes only for event 0x30.
+    std::vector<uint8_t> values(74);
+    std::vector<EventExtendEntry> items;
+    for (int i = 0; i < 74; ++i) items.push_back({0, 0x00CB, &values[i]});
+    EventExtendList many{74, items.data()};
+    OctetString data{};
+    EXPECT_EQ(TROV_EncodeEventExtend(&many, &data, 0x31, nullptr, kVersion, &out), TROV_RESULT_SHORT_INPUT);
+    ASSERT_EQ(TROV_EncodeEventExtend(&many, &data, 0x30, nullptr, kVersion, &out), 0u);
+    EXPECT_EQ(data.length, 1 + 74 * 4);
+}
+
+TEST_F(EventExtend, SchemaRoundTripWithDataTypes) {
+    const EventExtendItemSpec specs[] = {{TROV_EXTEND_KIND_DATA_TYPE, 0x14}, {7, 0x00CB}};
+    const EventExtendSchemaRow rows[] = {{0x55, 1, specs}, {0x44, 2, specs}, {0x44, 1, specs}};
+    const EventExtendSchema schema{3, rows};
+    uint8_t twelve[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    uint8_t one = 0x33;
+    EventExtendEntry items[] = {{TROV_EXTEND_KIND_DATA_TYPE, 0x14, twelve}, {7, 0x00CB, &one}};
+    EventExtendList list{2, items};
+    OctetString data{};
+    ASSERT_EQ(TROV_EncodeEventExtend(&list, &data, 0x44, &schema, kVersion, &out), 0u);
+    ASSERT_EQ(data.length & 0xFF, 13); // values only
+    EXPECT_EQ(data.data[12], 0x33);
+
+    std::vector<uint8_t> bytes(data.data, data.data + 13);
+    EventExtendList back{};
+    ASSERT_EQ(decode(bytes, back, 0x44, &schema), 0u);
+    ASSERT_EQ(back.count, 2);
+    EXPECT_EQ(back.entries[0].kind, TROV_EXTEND_KIND_DATA_TYPE);
+    EXPECT_EQ(std::memcmp(back.entries[0].value, twelve, 12), 0);
+    EXPECT_EQ(back.entries[1].kind, 7);
+    EXPECT_EQ(*static_cast<uint8_t *>(back.entries[1].value), 0x33);
+
+    // A schema without a row for the event: the data describes itself.
+    std::vector<uint8_t> self = {1, 0x00, 0xCB, 1, 0x21};
+    trovFree(in.data);
+    in = BufferDesc{};
+    ASSERT_EQ(decode(self, back, 0x66, &schema), 0u);
+    EXPECT_EQ(back.entries[0].kind, 0);
+}
+
+TEST_F(EventExtend, ArgumentAndSchemaChecks) {
+    uint8_t byte = 1;
+    OctetString data{1, &byte};
+    EventExtendList list{};
+    const EventExtendItemSpec unknownType[] = {{TROV_EXTEND_KIND_DATA_TYPE, 0x0A}};
+    const EventExtendItemSpec unknownId[] = {{1, 0x0001}};
+    const EventExtendSchemaRow typeRow[] = {{0x31, 1, unknownType}};
+    const EventExtendSchemaRow idRow[] = {{0x31, 1, unknownId}};
+    const EventExtendSchemaRow noItems[] = {{0x31, 1, nullptr}};
+    const EventExtendSchema emptySchema{0, nullptr}, noRows{1, nullptr}, missingItems{1, noItems},
+        typeSchema{1, typeRow}, idSchema{1, idRow};
+    OctetString nullData{1, nullptr};
+    struct Case {
+        const char *what;
+        TrovResult expected;
+        TrovResult got;
+    };
+    const Case decodes[] = {
+        {"null list", 1, TROV_DecodeEventExtend(nullptr, &data, 0x31, nullptr, kVersion, &in)},
+        {"null data", 1, TROV_DecodeEventExtend(&list, nullptr, 0x31, nullptr, kVersion, &in)},
+        {"null bytes", 1, TROV_DecodeEventExtend(&list, &nullData, 0x31, nullptr, kVersion, &in)},
+        {"null buffer", 1, TROV_DecodeEventExtend(&list, &data, 0x31, nullptr, kVersion, nullptr)},
+        {"version 0", 1, TROV_DecodeEventExtend(&list, &data, 0x31, nullptr, 0, &in)},
+        {"event 0", 1, TROV_DecodeEventExtend(&list, &data, 0, nullptr, kVersion, &in)},
+        {"rows missing", 1, TROV_DecodeEventExtend(&list, &data, 0x31, &noRows, kVersion, &in)},
+        {"items missing", 1, TROV_DecodeEventExtend(&list, &data, 0x31, &missingItems, kVersion, &in)},
+        {"unknown data type", 13, TROV_DecodeEventExtend(&list, &data, 0x31, &typeSchema, kVersion, &in)},
+        {"unknown attribute", 10, TROV_DecodeEventExtend(&list, &data, 0x31, &idSchema, kVersion, &in)},
+    };
+    for (const Case &c : decodes) EXPECT_EQ(c.got, c.expected) << c.what;
+    std::vector<uint8_t> zero = {0};
+    EXPECT_EQ(decode(zero, list, 0x31, &emptySchema), 0u) << "an empty schema reads as none";
+
+    uint8_t v = 0;
+    EventExtendEntry entry{1, 0x00CB, &v};
+    EventExtendList one{1, &entry}, broken{1, nullptr};
+    const EventExtendItemSpec other[] = {{1, 0x00CC}};
+    const EventExtendSchemaRow otherRow[] = {{0x31, 1, other}}, twoRow[] = {{0x31, 2, other}};
+    const EventExtendSchema mismatch{1, otherRow}, wrongCount{1, twoRow};
+    OctetString outData{};
+    const Case encodes[] = {
+        {"null list", 1, TROV_EncodeEventExtend(nullptr, &outData, 0x31, nullptr, kVersion, &out)},
+        {"entries missing", 1, TROV_EncodeEventExtend(&broken, &outData, 0x31, nullptr, kVersion, &out)},
+        {"empty schema", 1, TROV_EncodeEventExtend(&one, &outData, 0x31, &emptySchema, kVersion, &out)},
+        {"no row for the event", 1, TROV_EncodeEventExtend(&one, &outData, 0x32, &idSchema, kVersion, &out)},
+        {"item count differs", 1, TROV_EncodeEventExtend(&one, &outData, 0x31, &wrongCount, kVersion, &out)},
+        {"item differs", 1, TROV_EncodeEventExtend(&one, &outData, 0x31, &mismatch, kVersion, &out)},
+        {"version 0", 1, TROV_EncodeEventExtend(&one, &outData, 0x31, nullptr, 0, &out)},
+    };
+    for (const Case &c : encodes) EXPECT_EQ(c.got, c.expected) << c.what;
+    EXPECT_EQ(outData.data, nullptr);
+}
+
+} // namespace

@@ -88,16 +88,31 @@ bool decodesUnitBody(uint16_t unitType, uint16_t code, DecodeResult *result) {
     return false;
 }
 
-TrovResult encodeBody(const Tables &tables, uint8_t selector, HeaderInfo *info,
-                      const void *record, void *output, void *context) {
+namespace {
+
+// The encoders' common checks: arguments, the header codec of the record's
+// version, the body code read through it, and a body codec that encodes.
+TrovResult findEncoder(const Tables &tables, uint8_t selector, const HeaderInfo *info,
+                       const void *record, const void *output, const BodyCodecRow **rowOut,
+                       uint16_t *codeOut) {
     if (info == nullptr || record == nullptr || output == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const auto version = static_cast<uint8_t>(info->version);
     const HeaderCodecRow *header = findHeaderRow(version);
     if (header == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
-    uint16_t code = 0;
-    if (TrovResult r = header->getFromRecord(TROV_FIELD_CODE, info, &code)) return r;
-    const BodyCodecRow *row = findBodyRow(tables, code, version, selector);
+    if (TrovResult r = header->getFromRecord(TROV_FIELD_CODE, info, codeOut)) return r;
+    const BodyCodecRow *row = findBodyRow(tables, *codeOut, version, selector);
     if (row == nullptr || row->encode == nullptr) return TROV_RESULT_NO_BODY_CODEC;
+    *rowOut = row;
+    return TROV_RESULT_OK;
+}
+
+} // namespace
+
+TrovResult encodeBody(const Tables &tables, uint8_t selector, HeaderInfo *info,
+                      const void *record, void *output, void *context) {
+    const BodyCodecRow *row = nullptr;
+    uint16_t code = 0;
+    if (TrovResult r = findEncoder(tables, selector, info, record, output, &row, &code)) return r;
     return row->encode(info, record, output, context, 0);
 }
 
@@ -149,14 +164,9 @@ TrovResult decodeFP(const Tables &tables, HeaderInfo *info, DecodeResult *result
 
 TrovResult encodeFPWithExtension(const Tables &tables, HeaderInfo *info, const void *record,
                                  PacketCursor *output, void *context, uint16_t value) {
-    if (info == nullptr || record == nullptr || output == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    const auto version = static_cast<uint8_t>(info->version);
-    const HeaderCodecRow *header = findHeaderRow(version);
-    if (header == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    const BodyCodecRow *row = nullptr;
     uint16_t code = 0;
-    if (TrovResult r = header->getFromRecord(TROV_FIELD_CODE, info, &code)) return r;
-    const BodyCodecRow *row = findBodyRow(tables, code, version, kSelectFP);
-    if (row == nullptr || row->encode == nullptr) return TROV_RESULT_NO_BODY_CODEC;
+    if (TrovResult r = findEncoder(tables, kSelectFP, info, record, output, &row, &code)) return r;
 
     // Where the body carries the extension value: bytes 22-23 of the packet
     // for these codes, bytes 20-21 for code 102. A value already there stays.

@@ -160,25 +160,20 @@ inline void *getBytes(PacketCursor &c, void *dst, uint32_t n) {
     return static_cast<uint8_t *>(dst) + n;
 }
 
-// Reads n big-endian u16 into n consecutive u16 in memory.
-inline void *getU16Array(PacketCursor &c, void *dst, uint32_t n) {
+// Reads n big-endian values of T (u16 or u32) into n consecutive T in
+// memory; returns dst + n * sizeof(T).
+template <class T>
+inline void *getArray(PacketCursor &c, void *dst, uint32_t n) {
+    static_assert(sizeof(T) == 2 || sizeof(T) == 4);
     auto *out = static_cast<uint8_t *>(dst);
     for (uint32_t i = 0; i < n; ++i) {
-        uint16_t v = getU16(c);
-        std::memcpy(out + 2 * i, &v, 2);
+        const T v = sizeof(T) == 2 ? static_cast<T>(getU16(c)) : static_cast<T>(getU32(c));
+        std::memcpy(out + sizeof(T) * i, &v, sizeof(T));
     }
-    return out + 2 * n;
+    return out + sizeof(T) * n;
 }
-
-// Reads n big-endian u32 into n consecutive u32 in memory.
-inline void *getU32Array(PacketCursor &c, void *dst, uint32_t n) {
-    auto *out = static_cast<uint8_t *>(dst);
-    for (uint32_t i = 0; i < n; ++i) {
-        uint32_t v = getU32(c);
-        std::memcpy(out + 4 * i, &v, 4);
-    }
-    return out + 4 * n;
-}
+inline void *getU16Array(PacketCursor &c, void *dst, uint32_t n) { return getArray<uint16_t>(c, dst, n); }
+inline void *getU32Array(PacketCursor &c, void *dst, uint32_t n) { return getArray<uint32_t>(c, dst, n); }
 
 // Unaligned-safe access to a record's fields by byte offset.
 template <class T>

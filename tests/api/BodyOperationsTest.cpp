@@ -1,9 +1,8 @@
 // Routing of packets to body codecs and the two size queries, through the
-// exported interface and the built-in tables. The body, attribute and event
-// tables hold no rows yet, so every lookup that is reached fails with its own
-// result; what is tested here is the order of the checks before it, the skip
-// rules of the function-unit decoder and that failures leave the caller's
-// records alone.
+// exported interface and the built-in tables: the order of the checks before
+// a body codec is reached, the skip rules of the function-unit decoder, the
+// codes without a body codec, and that failures leave the caller's records
+// alone. (The body codecs themselves are tested with their layouts.)
 #include <gtest/gtest.h>
 
 #include <array>
@@ -46,20 +45,22 @@ protected:
 
 struct UnitCase {
     uint16_t unitType, code;
-    TrovResult expected; // 0 skipped, 9 decoded (no body codec yet)
+    TrovResult expected; // 0 skipped; else what the body decoder makes of an empty body
     uint16_t type;       // result->type afterwards
 };
 
 // The skip rules, first matching rule wins. A decoded combination reaches
-// the empty body table and gives 9.
+// the body decoder with an empty body: 5 and type 6 for a code whose reply
+// has a minimum length, 9 (type left as the unit type) for a code without
+// a row.
 const UnitCase kUnitCases[] = {
-    {1, 5, 9, 1}, {29, 0xFFFF, 9, 29}, {33, 0, 9, 33}, {34, 200, 9, 34},
-    {4, 5, 9, 4}, {4, 97, 9, 4}, {4, 8, 0, 4}, {4, 10, 0, 4}, // unit 4 has its own list
-    {23, 6, 9, 23}, {9, 84, 9, 9}, {23, 5, 0, 23}, {9, 10, 0, 9},
-    {8, 84, 9, 8}, {8, 97, 9, 8}, {8, 6, 0, 8}, {8, 10, 0, 8},
-    {31, 93, 9, 31}, {31, 84, 0, 31},
-    {200, 5, 0, 200}, {200, 10, 9, 0}, {0, 10, 9, 0}, {0xFFFF, 10, 9, 0}, // code 10 clears the type
-    {18, 27, 9, 18}, {17, 27, 0, 17}, {24, 19, 9, 24}, {25, 19, 9, 25}, {26, 19, 0, 26},
+    {1, 5, 5, 6}, {29, 0xFFFF, 9, 29}, {33, 0, 9, 33}, {34, 200, 9, 34},
+    {4, 5, 5, 6}, {4, 97, 5, 6}, {4, 8, 0, 4}, {4, 10, 0, 4}, // unit 4 has its own list
+    {23, 6, 5, 6}, {9, 84, 5, 6}, {23, 5, 0, 23}, {9, 10, 0, 9},
+    {8, 84, 5, 6}, {8, 97, 5, 6}, {8, 6, 0, 8}, {8, 10, 0, 8},
+    {31, 93, 5, 6}, {31, 84, 0, 31},
+    {200, 5, 0, 200}, {200, 10, 5, 6}, {0, 10, 5, 6}, {0xFFFF, 10, 5, 6}, // code 10 is decoded
+    {18, 27, 5, 6}, {17, 27, 0, 17}, {24, 19, 5, 6}, {25, 19, 5, 6}, {26, 19, 0, 26},
     {18, 19, 0, 18}, {2, 0, 0, 2},
 };
 
@@ -84,7 +85,7 @@ TEST_F(BodyOperations, DecodeFUAppliesTheSkipRulesByUnitTypeAndCode) {
 TEST_F(BodyOperations, DecodeFUTakesTheUnitTypeFromTheDecodedExtension) {
     const struct { uint8_t flags, b18, b19; uint16_t code; TrovResult expected; uint16_t type; } cases[] = {
         {0x00, 0x04, 0x00, 10, 0, 4},      {0x08, 0x04, 0x00, 10, 0, 4},
-        {0x01, 0x04, 0x00, 10, 9, 0},      {0x00, 0x01, 0x00, 0x31, 9, 1},
+        {0x01, 0x04, 0x00, 10, 5, 6},      {0x00, 0x01, 0x00, 0x31, 5, 6},
         {0x01, 0x01, 0x00, 5, 0, 0x0100},  {0x00, 0x00, 0x00, 5, 0, 0},
     };
     for (const auto &c : cases) {
@@ -176,7 +177,7 @@ TEST_F(BodyOperations, EncodersCheckArgumentsThenVersionThenBodyTable) {
         EXPECT_EQ(encode(nullptr, record, &allocate), TROV_RESULT_NULL_ARGUMENT);
         EXPECT_EQ(encode(&h, nullptr, &allocate), TROV_RESULT_NULL_ARGUMENT);
         EXPECT_EQ(encode(&h, record, nullptr), TROV_RESULT_NULL_ARGUMENT);
-        for (uint16_t code : {0, 1, 5, 0x31, 0x85, 0xFFFF}) {
+        for (uint16_t code : {0x00, 0x1E, 0x2D, 0x64, 0x86, 0xFFFF}) { // codes without a row
             h.code = code;
             EXPECT_EQ(encode(&h, record, &allocate), TROV_RESULT_NO_BODY_CODEC);
             EXPECT_EQ(encode(&h, record, &given), TROV_RESULT_NO_BODY_CODEC);

@@ -1,0 +1,475 @@
+// Method parameters: the codecs behind the FU method table.
+//
+// A method invocation (body 0x1d) carries a method code and the method's
+// parameters. On a request the host's parameter record is written to the
+// wire; on a reply the wire is read into a parameter record. The two sides
+// of a method are independent, and each is one of a few shapes:
+//
+//   request  none | one byte | two bytes | fixed block of 3..14 bytes |
+//            u16 length L, L octets (L + 2) | u8 length L, L octets (L + 1) |
+//            u8 count N, N u16 (2N + 1) | u16 count N, N u32 (4N + 2) |
+//            fixed fields and length-prefixed strings | fixed fields and
+//            counted lists with wider elements (the computed sizes)
+//   reply    none | one byte | structured (a structure-codec descriptor) |
+//            specific (fixed fields and counted strings and lists)
+//
+// Every side but the structured reply is a field list (MethodField) in wire
+// order: scalars, byte blocks, counted lists and counted character strings.
+// On the wire the fields follow one another big-endian without padding; a
+// counted part is its count (u8 or u16) and then its elements. In the record
+// each scalar sits at its natural width and alignment, a block at any offset,
+// and a counted part is a 16-byte head aligned to 8: the count (u8 or u16,
+// as wide as the wire prefix) at +0 and a pointer to the elements at +8.
+// Elements are stored at their natural width (u16, u32) in host order.
+// A decoded record is its fixed part, rounded up to 8, and then each counted
+// part's elements in field order, each starting 8-aligned; characters get a
+// terminating zero, an empty part no room and a null pointer.
+//
+// Each method is one row of kMethods: its code, its two shapes and field
+// lists. The record offsets and wire sizes are derived from the field lists
+// at compile time (planMethodFields), four generic walks (MethodCodecs.cpp)
+// run over the derived plans, and each table row's operations are thin
+// instantiations that hand their plan to the walks.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <iterator>
+
+#include "api/Dispatch.h"
+#include "engine/StructureCodec.h"
+
+namespace trov {
+
+// ---- field lists ---------------------------------------------------------------
+
+enum class MethodFieldKind : uint8_t {
+    End,    // ends a field list
+    Scalar, // `width` 1, 2 or 4 bytes, big-endian; natural alignment in the record
+    Block,  // `width` bytes copied as they stand, in record order; alignment 1
+    List,   // count of `countBytes` (1 or 2), then count elements of `width`
+            // bytes (1, 2 or 4) -> head {count, elements @+8}
+    Chars,  // count of `countBytes`, then count characters -> head as List;
+            // decoded with a terminating zero
+};
+
+struct MethodField {
+    MethodFieldKind kind;
+    uint8_t width;      // scalar or element width; block length
+    uint8_t countBytes; // List and Chars: the count prefix, 1 or 2
+};
+static_assert(sizeof(MethodField) == 3);
+
+namespace method_fields {
+inline constexpr MethodField u8{MethodFieldKind::Scalar, 1, 0};
+inline constexpr MethodField u16{MethodFieldKind::Scalar, 2, 0};
+inline constexpr MethodField u32{MethodFieldKind::Scalar, 4, 0};
+inline constexpr MethodField block2{MethodFieldKind::Block, 2, 0};
+inline constexpr MethodField oct8{MethodFieldKind::List, 1, 1};   // u8 length, octets
+inline constexpr MethodField oct16{MethodFieldKind::List, 1, 2};  // u16 length, octets
+inline constexpr MethodField chr8{MethodFieldKind::Chars, 1, 1};  // u8 length, characters
+inline constexpr MethodField chr16{MethodFieldKind::Chars, 1, 2}; // u16 length, characters
+inline constexpr MethodField u16s8{MethodFieldKind::List, 2, 1};  // u8 count, u16 elements
+inline constexpr MethodField u16s16{MethodFieldKind::List, 2, 2}; // u16 count, u16 elements
+inline constexpr MethodField u32s8{MethodFieldKind::List, 4, 1};  // u8 count, u32 elements
+inline constexpr MethodField u32s16{MethodFieldKind::List, 4, 2}; // u16 count, u32 elements
+} // namespace method_fields
+
+inline constexpr int kMaxMethodFields = 6;
+
+// ---- the two sides of a method ---------------------------------------------------
+
+enum class MethodRequest : uint8_t {
+    None,         // no parameters
+    OneByte,      // the record's first byte
+    TwoBytes,     // the record's first two bytes, in record order
+    Fixed,        // fixed fields of a constant total (3, 4, 5, 6, 7, 8, 9, 13 or 14)
+    Length16,     // u16 length L, L octets: L + 2
+    Length8,      // u8 length L, L octets: L + 1
+    Count8U16,    // u8 count N, N u16: 2N + 1
+    Count16U32,   // u16 count N, N u32: 4N + 2
+    LengthFields, // fixed fields, then strings whose lengths the record holds
+    Computed,     // fixed fields and counted lists, at least one of wider elements
+};
+
+enum class MethodReply : uint8_t {
+    None,       // nothing is read; record size 0
+    OneByte,    // one byte into an 8-byte record; params length 0
+    Structured, // through the structure codec (replyDescriptor)
+    Specific,   // the method's own field list
+};
+
+struct MethodInfo {
+    uint16_t code;
+    MethodRequest request;
+    uint8_t prefix; // request wire bytes with every count 0: the fixed families' constant
+    MethodField requestFields[kMaxMethodFields];
+    MethodReply reply;
+    MethodField replyFields[kMaxMethodFields]; // None: empty; OneByte: {u8}; Specific
+    const StructField *replyDescriptor;       // Structured only
+};
+
+// ---- structured replies ----------------------------------------------------------
+
+// 0xbb: u8 status, u8 count N, N entries of (u16, u32).
+//   record: u8 @0, u8 count @1, entries @8 -> {u16 @0, u32 @4} (8 bytes each)
+inline constexpr StructField kMethodEntry16x32[] = {
+    structScalar(1, 5, 2), structScalar(2, 7, 4), structEnd()};
+inline constexpr StructField kMethodReplyBB[] = {
+    structScalar(1, 3, 1), structScalar(2, 3, 1, 1), structField(3, kStructArray, 8, kMethodEntry16x32),
+    structEnd()};
+// 0xbc: u32 value, u8 length L, L characters.
+//   record: u32 @0, u8 length @4, characters @8 (zero-terminated)
+inline constexpr StructField kMethodReplyBC[] = {
+    structScalar(1, 7, 4), structScalar(2, 3, 1, 1), structField(3, kStructChars), structEnd()};
+// 0xc0: u16 value, u16 count N, N entries of (u8 length L, L octets).
+//   record: u16 @0, u16 count @2, entries @8 -> {u8 length @0, octets @8} (16 bytes each)
+inline constexpr StructField kMethodOctetEntry[] = {
+    structScalar(1, 3, 1, 1), structField(2, kStructOctets), structEnd()};
+inline constexpr StructField kMethodReplyC0[] = {
+    structScalar(1, 5, 2), structScalar(2, 5, 2, 1), structField(3, kStructArray, 16, kMethodOctetEntry),
+    structEnd()};
+
+static_assert(structDescriptorValid(kMethodReplyBB) && structRecordSize(kMethodReplyBB) == 16);
+static_assert(structDescriptorValid(kMethodReplyBC) && structRecordSize(kMethodReplyBC) == 16);
+static_assert(structDescriptorValid(kMethodReplyC0) && structRecordSize(kMethodReplyC0) == 16);
+
+// ---- the methods, in table order -----------------------------------------------------
+
+namespace method_fields {
+using R = MethodRequest;
+using A = MethodReply;
+
+inline constexpr MethodInfo kMethods[] = {
+    {0x6b, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0xa1, R::Fixed, 5, {u8, u32}, A::None, {}, nullptr},
+    {0x98, R::Fixed, 8, {u32, u32}, A::None, {}, nullptr},
+    {0x97, R::Fixed, 13, {u8, u32, u32, u32}, A::None, {}, nullptr},
+    {0x6f, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0x75, R::OneByte, 1, {u8}, A::None, {}, nullptr},
+    {0x95, R::Computed, 3, {u8, u16s8, u32s8}, A::Specific, {u16, u32s16}, nullptr},
+    {0x96, R::None, 0, {}, A::Specific, {u8, chr8}, nullptr},
+    {0x9b, R::Fixed, 9, {u8, u32, u32}, A::None, {}, nullptr},
+    {0x6c, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0x70, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0x85, R::Computed, 3, {u16, u16s8}, A::None, {}, nullptr},
+    {0xa9, R::Computed, 5, {u16, u16, u32s8}, A::None, {}, nullptr},
+    {0x82, R::None, 0, {}, A::None, {}, nullptr},
+    {0x8a, R::None, 0, {}, A::None, {}, nullptr},
+    {0x72, R::None, 0, {}, A::None, {}, nullptr},
+    {0x74, R::OneByte, 1, {u8}, A::None, {}, nullptr},
+    {0x73, R::None, 0, {}, A::None, {}, nullptr},
+    {0x88, R::Length8, 1, {oct8}, A::OneByte, {u8}, nullptr},
+    {0xa8, R::LengthFields, 3, {u16, chr8}, A::OneByte, {u8}, nullptr},
+    {0x0c, R::Length8, 1, {oct8}, A::Specific, {u8, oct8}, nullptr},
+    {0x90, R::LengthFields, 4, {u16, oct16}, A::Specific, {u16, u16, chr16}, nullptr},
+    {0x94, R::LengthFields, 4, {u8, u16, oct8}, A::Specific, {u8, u16s8}, nullptr},
+    {0x91, R::Computed, 6, {u32, u16s16}, A::Specific, {u8, u16s8, u32s8}, nullptr},
+    {0x76, R::Computed, 2, {u8, u32s8}, A::None, {}, nullptr},
+    {0x77, R::None, 0, {}, A::None, {}, nullptr},
+    {0x99, R::LengthFields, 2, {u8, chr8}, A::OneByte, {u8}, nullptr},
+    {0x9a, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0xa5, R::LengthFields, 3, {u8, chr8, chr8}, A::None, {}, nullptr},
+    {0xa7, R::None, 0, {}, A::Specific, {u32, u32, u16}, nullptr},
+    {0x87, R::None, 0, {}, A::Specific, {u8, u32, oct8}, nullptr},
+    {0x89, R::OneByte, 1, {u8}, A::OneByte, {u8}, nullptr},
+    {0x7d, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0x7c, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0x66, R::None, 0, {}, A::None, {}, nullptr},
+    {0x65, R::Fixed, 5, {u8, u32}, A::None, {}, nullptr},
+    {0x68, R::LengthFields, 2, {u8, oct8}, A::None, {}, nullptr},
+    {0x84, R::None, 0, {}, A::None, {}, nullptr},
+    {0x0e, R::Length8, 1, {oct8}, A::Specific, {u16, oct8}, nullptr},
+    {0x8d, R::None, 0, {}, A::Specific, {u16, u16, u32}, nullptr},
+    {0x92, R::None, 0, {}, A::OneByte, {u8}, nullptr},
+    {0x83, R::OneByte, 1, {u8}, A::None, {}, nullptr},
+    {0x0b, R::Length16, 2, {oct16}, A::Specific, {u16, oct16}, nullptr},
+    {0x69, R::Fixed, 14, {u16, u32, u32, u32}, A::None, {}, nullptr},
+    {0xa2, R::LengthFields, 4, {u16, oct8, oct8}, A::None, {}, nullptr},
+    {0x6d, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
+    {0xaa, R::Fixed, 6, {u16, u32}, A::None, {}, nullptr},
+    {0x6a, R::LengthFields, 3, {u16, oct8}, A::None, {}, nullptr},
+    {0x8c, R::Fixed, 3, {u8, u16}, A::None, {}, nullptr},
+    {0xa3, R::Fixed, 3, {u8, u16}, A::None, {}, nullptr},
+    {0x6e, R::LengthFields, 3, {u8, oct8, oct8}, A::None, {}, nullptr},
+    {0x8f, R::LengthFields, 5, {u32, oct8}, A::Specific, {u32, oct8}, nullptr},
+    {0x7e, R::Fixed, 6, {u16, u32}, A::None, {}, nullptr},
+    {0x7f, R::Fixed, 7, {u8, u16, u32}, A::None, {}, nullptr},
+    {0x93, R::OneByte, 1, {u8}, A::Specific, {u16, oct8}, nullptr},
+    {0x67, R::OneByte, 1, {u8}, A::None, {}, nullptr},
+    {0x8e, R::Fixed, 8, {u32, u32}, A::OneByte, {u8}, nullptr},
+    {0x0d, R::Length16, 2, {oct16}, A::Specific, {u8, oct16}, nullptr},
+    {0x9c, R::Fixed, 4, {u16, u16}, A::None, {}, nullptr},
+    {0x9d, R::LengthFields, 6, {u32, u8, oct8}, A::None, {}, nullptr},
+    {0xa4, R::LengthFields, 5, {u16, u16, oct8}, A::None, {}, nullptr},
+    {0x9e, R::OneByte, 1, {u8}, A::OneByte, {u8}, nullptr},
+    {0x9f, R::Fixed, 9, {u8, u32, u32}, A::None, {}, nullptr},
+    {0xa0, R::Fixed, 13, {u8, u32, u32, u32}, A::Specific, {u8, u32, u32, oct16}, nullptr},
+    {0xa6, R::None, 0, {}, A::OneByte, {u8}, nullptr},
+    {0xab, R::Computed, 3, {u8, oct8, u16s8}, A::None, {}, nullptr},
+    {0xac, R::Computed, 5, {u32, u32s8}, A::None, {}, nullptr},
+    {0xae, R::Fixed, 4, {u16, u16}, A::None, {}, nullptr},
+    {0xad, R::None, 0, {}, A::None, {}, nullptr},
+    {0xb1, R::Computed, 4, {u16, u32s16}, A::None, {}, nullptr},
+    {0xaf, R::LengthFields, 6, {u32, oct16}, A::None, {}, nullptr},
+    {0xb0, R::Count16U32, 2, {u32s16}, A::Specific, {u16, u32s16}, nullptr},
+    {0xb2, R::LengthFields, 3, {u8, oct16}, A::Specific, {u16, oct8, oct8}, nullptr},
+    {0xb3, R::LengthFields, 7, {u16, u32, oct8}, A::Specific, {u32, u32, u32}, nullptr},
+    {0xb4, R::Computed, 3, {u8, u8, u16s8}, A::Specific, {u8, u8, chr8, u16s8}, nullptr},
+    {0xb5, R::OneByte, 1, {u8}, A::None, {}, nullptr},
+    {0xb6, R::Count8U16, 1, {u16s8}, A::None, {}, nullptr},
+    {0xb7, R::Count8U16, 1, {u16s8}, A::None, {}, nullptr},
+    {0xb8, R::Length8, 1, {oct8}, A::Specific, {u8, chr8}, nullptr},
+    {0xb9, R::None, 0, {}, A::Specific, {u8, u32s8}, nullptr},
+    {0xba, R::Fixed, 8, {u32, u32}, A::Specific, {u32, u8, chr8}, nullptr},
+    {0xbb, R::OneByte, 1, {u8}, A::Structured, {}, kMethodReplyBB},
+    {0xbc, R::None, 0, {}, A::Structured, {}, kMethodReplyBC},
+    {0xbd, R::Computed, 4, {u16, chr8, u32s8}, A::None, {}, nullptr},
+    {0xbe, R::Computed, 3, {u8, u16s8, oct8}, A::None, {}, nullptr},
+    {0xbf, R::Computed, 8, {u32, u16, u16s16}, A::None, {}, nullptr},
+    {0xc0, R::Computed, 5, {u16, u32s8, oct16}, A::Structured, {}, kMethodReplyC0},
+};
+} // namespace method_fields
+
+using method_fields::kMethods;
+inline constexpr size_t kMethodCount = std::size(kMethods);
+
+// ---- derived plans -----------------------------------------------------------
+
+struct MethodStep {
+    MethodFieldKind kind;
+    uint8_t width;
+    uint8_t countBytes;
+    uint16_t offset; // record offset of the field, or of a counted part's head
+};
+
+struct MethodPlan {
+    std::array<MethodStep, kMaxMethodFields> steps;
+    uint8_t count;
+    uint8_t parts;   // counted parts (List and Chars)
+    uint16_t prefix; // wire bytes with every count 0
+    uint16_t record; // the record's fixed part, rounded up to 8
+    // The decode size pass reports the wire bytes it walked as the params
+    // length, except for the one-byte reply, whose params length is 0 although
+    // it reads a byte.
+    bool reportsLength;
+};
+
+constexpr uint16_t methodAlign(uint32_t v, uint32_t a) {
+    return static_cast<uint16_t>((v + a - 1) / a * a);
+}
+
+constexpr MethodPlan planMethodFields(const MethodField (&fields)[kMaxMethodFields], bool reportsLength) {
+    MethodPlan plan{};
+    uint32_t wire = 0, end = 0;
+    for (const MethodField &f : fields) {
+        if (f.kind == MethodFieldKind::End) break;
+        MethodStep s{f.kind, f.width, f.countBytes, 0};
+        if (f.kind == MethodFieldKind::Scalar || f.kind == MethodFieldKind::Block) {
+            s.offset = f.kind == MethodFieldKind::Scalar ? methodAlign(end, f.width) : static_cast<uint16_t>(end);
+            end = s.offset + uint32_t{f.width};
+            wire += f.width;
+        } else {
+            s.offset = methodAlign(end, 8);
+            end = s.offset + 16u;
+            wire += f.countBytes;
+            ++plan.parts;
+        }
+        plan.steps[plan.count++] = s;
+    }
+    plan.prefix = static_cast<uint16_t>(wire);
+    plan.record = methodAlign(end, 8);
+    plan.reportsLength = reportsLength;
+    return plan;
+}
+
+struct MethodPlans {
+    MethodPlan request;
+    MethodPlan reply; // None, OneByte and Specific replies
+};
+
+inline constexpr auto kMethodPlans = [] {
+    std::array<MethodPlans, kMethodCount> plans{};
+    for (size_t i = 0; i < kMethodCount; ++i)
+        plans[i] = {planMethodFields(kMethods[i].requestFields, true),
+                    planMethodFields(kMethods[i].replyFields, kMethods[i].reply != MethodReply::OneByte)};
+    return plans;
+}();
+
+// ---- the generic operations (MethodCodecs.cpp) ---------------------------------
+
+// The packet bytes of a parameter record: the plan's prefix plus each counted
+// part's count times its element width. An empty field list needs no record.
+// Results: 0; 1 wireBytes null, params null for a non-empty field list, or a
+// counted part with a count above 0 and a null pointer; 5 more than 65535
+// bytes (a u16 length or count near its top).
+TrovResult methodEncCalc(const MethodPlan &plan, const void *params, uint16_t *wireBytes);
+// Writes a record that methodEncCalc accepted; the cursor must hold the bytes
+// it reported. Nothing is written when the cursor, its position or params is null.
+void methodEncode(const MethodPlan &plan, PacketCursor *cursor, const void *params);
+// Checks that the cursor holds the item (every count before it is used, every
+// byte before it is counted) without moving the cursor, and reports the wire
+// bytes walked as the params length (0 if the plan says so) and the record
+// size: the fixed part plus each counted part's elements rounded up to 8,
+// `bytes` in 16-bit arithmetic and `extent` in 32 bits, both multiples of 8.
+// Results: 0; 1 a null argument or cursor position (non-empty list); 5 the
+// cursor ends before the item. On failure the out-parameters are unchanged.
+TrovResult methodDecCalc(const MethodPlan &plan, const PacketCursor *cursor, uint16_t *paramsLength,
+                         RecordSize *size);
+// Reads the item into `record` (8-aligned, at least the extent methodDecCalc
+// reports), counted parts behind the fixed part, and advances the cursor.
+// Input methodDecCalc refuses is neither read nor written. Returns the first
+// free address behind what was written (the record itself on null arguments).
+void *methodDecode(const MethodPlan &plan, void *record, PacketCursor *cursor);
+
+// Structured replies: the structure codec's size pass on a copy of the cursor
+// (record size from the descriptor's record size; params length the wire
+// bytes of the item), and its decode pass with the extra area behind the
+// record. Results as structDecCalc's: 0, 1, 5.
+TrovResult structuredReplyDecCalc(const StructField *d, const PacketCursor *cursor, uint16_t *paramsLength,
+                                  RecordSize *size);
+void *structuredReplyDecode(const StructField *d, void *record, PacketCursor *cursor);
+
+// ---- a table row's operations ----------------------------------------------------
+
+// The params length the body passes on encoding is not used by these methods:
+// their records say how long they are.
+template <size_t I>
+struct MethodRowOps {
+    static constexpr const MethodInfo &kMethod = kMethods[I];
+    static constexpr const MethodPlans &kPlans = kMethodPlans[I];
+
+    static TrovResult encCalc(const void *params, uint16_t, uint16_t *wireBytes) {
+        return methodEncCalc(kPlans.request, params, wireBytes);
+    }
+    static void encode(PacketCursor *cursor, const void *params, uint16_t) {
+        methodEncode(kPlans.request, cursor, params);
+    }
+    static TrovResult decCalc(const PacketCursor *cursor, uint16_t *paramsLength, RecordSize *size) {
+        if constexpr (kMethod.reply == MethodReply::Structured)
+            return structuredReplyDecCalc(kMethod.replyDescriptor, cursor, paramsLength, size);
+        else
+            return methodDecCalc(kPlans.reply, cursor, paramsLength, size);
+    }
+    static void *decode(void *record, PacketCursor *cursor) {
+        if constexpr (kMethod.reply == MethodReply::Structured)
+            return structuredReplyDecode(kMethod.replyDescriptor, record, cursor);
+        else
+            return methodDecode(kPlans.reply, record, cursor);
+    }
+};
+
+constexpr size_t methodIndex(uint16_t code) {
+    for (size_t i = 0; i < kMethodCount; ++i)
+        if (kMethods[i].code == code) return i;
+    return kMethodCount;
+}
+
+// The table row of a method code of kMethods.
+template <uint16_t Code>
+constexpr MethodCodecRow methodRow() {
+    constexpr size_t i = methodIndex(Code);
+    static_assert(i < kMethodCount, "no method of this code");
+    using Ops = MethodRowOps<i>;
+    return MethodCodecRow{Code, 0, &Ops::encCalc, &Ops::encode, &Ops::decCalc, &Ops::decode};
+}
+
+// ---- compile-time checks -------------------------------------------------------
+
+constexpr bool methodFieldsAre(const MethodPlan &p, std::initializer_list<MethodField> want) {
+    if (p.count != want.size()) return false;
+    size_t k = 0;
+    for (const MethodField &f : want) {
+        const MethodStep &s = p.steps[k++];
+        if (s.kind != f.kind || s.width != f.width || s.countBytes != f.countBytes) return false;
+    }
+    return true;
+}
+
+constexpr bool methodFieldValid(const MethodStep &s) {
+    switch (s.kind) {
+    case MethodFieldKind::Scalar: return s.countBytes == 0 && (s.width == 1 || s.width == 2 || s.width == 4);
+    case MethodFieldKind::Block: return s.countBytes == 0 && s.width > 0;
+    case MethodFieldKind::List:
+    case MethodFieldKind::Chars:
+        return (s.countBytes == 1 || s.countBytes == 2) &&
+               (s.width == 1 || ((s.width == 2 || s.width == 4) && s.kind == MethodFieldKind::List));
+    case MethodFieldKind::End: return false;
+    }
+    return false;
+}
+
+// Each request family has the shape its wire size formula states.
+constexpr bool methodRequestHolds(const MethodInfo &m, const MethodPlan &p) {
+    using namespace method_fields;
+    bool wide = false, bytes = true;
+    for (uint8_t k = 0; k < p.count; ++k) {
+        if (!methodFieldValid(p.steps[k])) return false;
+        if (p.steps[k].kind == MethodFieldKind::List || p.steps[k].kind == MethodFieldKind::Chars) {
+            wide |= p.steps[k].width > 1;
+            bytes &= p.steps[k].width == 1;
+        }
+    }
+    if (p.prefix != m.prefix) return false;
+    switch (m.request) {
+    case MethodRequest::None: return p.count == 0;
+    case MethodRequest::OneByte: return methodFieldsAre(p, {u8});
+    case MethodRequest::TwoBytes: return methodFieldsAre(p, {block2});
+    case MethodRequest::Fixed: {
+        const int fixedSizes[] = {3, 4, 5, 6, 7, 8, 9, 13, 14};
+        bool stated = false;
+        for (int n : fixedSizes) stated |= p.prefix == n;
+        return stated && p.parts == 0;
+    }
+    case MethodRequest::Length16: return methodFieldsAre(p, {oct16});
+    case MethodRequest::Length8: return methodFieldsAre(p, {oct8});
+    case MethodRequest::Count8U16: return methodFieldsAre(p, {u16s8});
+    case MethodRequest::Count16U32: return methodFieldsAre(p, {u32s16});
+    case MethodRequest::LengthFields: return p.parts > 0 && bytes && p.prefix > p.parts;
+    case MethodRequest::Computed: return wide;
+    }
+    return false;
+}
+
+constexpr bool methodReplyHolds(const MethodInfo &m, const MethodPlan &p) {
+    using namespace method_fields;
+    for (uint8_t k = 0; k < p.count; ++k)
+        if (!methodFieldValid(p.steps[k])) return false;
+    switch (m.reply) {
+    case MethodReply::None: return p.count == 0 && m.replyDescriptor == nullptr;
+    case MethodReply::OneByte: return methodFieldsAre(p, {u8}) && p.record == 8 && !p.reportsLength;
+    case MethodReply::Structured: return p.count == 0 && m.replyDescriptor != nullptr;
+    case MethodReply::Specific: return p.count > 0 && m.replyDescriptor == nullptr && p.record % 8 == 0;
+    }
+    return false;
+}
+
+constexpr bool methodsHold() {
+    for (size_t i = 0; i < kMethodCount; ++i) {
+        if (!methodRequestHolds(kMethods[i], kMethodPlans[i].request)) return false;
+        if (!methodReplyHolds(kMethods[i], kMethodPlans[i].reply)) return false;
+        if (kMethods[i].code == 0 || methodIndex(kMethods[i].code) != i) return false; // no duplicates
+    }
+    return true;
+}
+static_assert(methodsHold(), "a method's field lists disagree with its family");
+static_assert(kMethodCount == 87);
+
+// The fixed families' wire sizes, as the protocol tabulates them.
+constexpr bool methodFixedSizeIs(uint16_t code, uint16_t bytes) {
+    const size_t i = methodIndex(code);
+    return i < kMethodCount && kMethods[i].request == MethodRequest::Fixed && kMethodPlans[i].request.prefix == bytes;
+}
+static_assert(methodFixedSizeIs(0x8c, 3) && methodFixedSizeIs(0xa3, 3));
+static_assert(methodFixedSizeIs(0x9c, 4) && methodFixedSizeIs(0xae, 4));
+static_assert(methodFixedSizeIs(0x65, 5) && methodFixedSizeIs(0xa1, 5));
+static_assert(methodFixedSizeIs(0x7e, 6) && methodFixedSizeIs(0xaa, 6));
+static_assert(methodFixedSizeIs(0x7f, 7));
+static_assert(methodFixedSizeIs(0x98, 8) && methodFixedSizeIs(0x8e, 8) && methodFixedSizeIs(0xba, 8));
+static_assert(methodFixedSizeIs(0x9b, 9) && methodFixedSizeIs(0x9f, 9));
+static_assert(methodFixedSizeIs(0x97, 13) && methodFixedSizeIs(0xa0, 13));
+static_assert(methodFixedSizeIs(0x69, 14));
+
+} // namespace trov

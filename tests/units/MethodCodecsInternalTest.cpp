@@ -1,0 +1,322 @@
+// The FU method table and its codecs: table figures, every method's request
+// written from a record and read back, every method's reply decoded from
+// bytes built here from its field list, and the families' sizes and failures.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/Cursor.h"
+#include "units/MethodCodecs.h"
+
+namespace trov {
+namespace {
+
+// The table order as the protocol lists it.
+constexpr uint16_t kProtocolOrder[] = {
+    0x6b, 0xa1, 0x98, 0x97, 0x6f, 0x75, 0x95, 0x96, 0x9b, 0x6c, 0x70, 0x85, 0xa9, 0x82, 0x8a,
+    0x72, 0x74, 0x73, 0x88, 0xa8, 0x0c, 0x90, 0x94, 0x91, 0x76, 0x77, 0x99, 0x9a, 0xa5, 0xa7,
+    0x87, 0x89, 0x7d, 0x7c, 0x66, 0x65, 0x68, 0x84, 0x0e, 0x8d, 0x92, 0x83, 0x0b, 0x69, 0xa2,
+    0x6d, 0xaa, 0x6a, 0x8c, 0xa3, 0x6e, 0x8f, 0x7e, 0x7f, 0x93, 0x67, 0x8e, 0x0d, 0x9c, 0x9d,
+    0xa4, 0x9e, 0x9f, 0xa0, 0xa6, 0xab, 0xac, 0xae, 0xad, 0xb1, 0xaf, 0xb0, 0xb2, 0xb3, 0xb4,
+    0xb5, 0xb6, 0xb7, 0xb8, 0xb9, 0xba, 0xbb, 0xbc, 0xbd, 0xbe, 0xbf, 0xc0};
+
+const MethodCodecRow &rowOf(uint16_t code) { return *findMethodRow(builtinTables(), code, 0x10); }
+
+// A value for field k, element i, of `width` bytes, with the high bits set.
+uint32_t pattern(size_t k, uint32_t i, uint32_t width) {
+    const uint32_t v = 0xF1E2D3C4u - static_cast<uint32_t>(k) * 0x01030507u - i * 0x1111u;
+    return width == 4 ? v : width == 2 ? (v & 0xFFFFu) | 0x8000u : (v & 0xFFu) | 0x80u;
+}
+
+void putBig(std::vector<uint8_t> &wire, uint32_t v, uint32_t width) {
+    for (uint32_t b = width; b-- > 0;) wire.push_back(static_cast<uint8_t>(v >> (8 * b)));
+}
+
+void storeNative(uint8_t *p, uint32_t v, uint32_t width) {
+    if (width == 1) *p = static_cast<uint8_t>(v);
+    if (width == 2) storeField(p, 0, static_cast<uint16_t>(v));
+    if (width == 4) storeField(p, 0, v);
+}
+
+uint32_t loadNative(const uint8_t *p, uint32_t width) {
+    return width == 1 ? *p : width == 2 ? loadField<uint16_t>(p, 0) : loadField<uint32_t>(p, 0);
+}
+
+// The wire bytes of a field list with every counted part `n` long, values by
+// pattern(), built independently of the codecs.
+std::vector<uint8_t> wireOf(const MethodPlan &plan, uint32_t n) {
+    std::vector<uint8_t> wire;
+    for (size_t k = 0; k < plan.count; ++k) {
+        const MethodStep &s = plan.steps[k];
+        if (s.kind == MethodFieldKind::Scalar) putBig(wire, pattern(k, 0, s.width), s.width);
+        if (s.kind == MethodFieldKind::Block)
+            for (uint32_t i = 0; i < s.width; ++i) wire.push_back(static_cast<uint8_t>(pattern(k, i, 1)));
+        if (s.kind != MethodFieldKind::List && s.kind != MethodFieldKind::Chars) continue;
+        putBig(wire, n, s.countBytes);
+        for (uint32_t i = 0; i < n; ++i) putBig(wire, pattern(k, i, s.width), s.width);
+    }
+    return wire;
+}
+
+// Checks a decoded or hand-filled record against pattern(): every scalar,
+// block and counted part (count, elements, the characters' terminating zero,
+// null for an empty part, data inside [record, record + extent)).
+void expectRecord(const MethodPlan &plan, const uint8_t *record, uint32_t n, uint32_t extent) {
+    for (size_t k = 0; k < plan.count; ++k) {
+        const MethodStep &s = plan.steps[k];
+        const uint8_t *at = record + s.offset;
+        if (s.kind == MethodFieldKind::Scalar) { EXPECT_EQ(loadNative(at, s.width), pattern(k, 0, s.width)) << k; }
+        if (s.kind == MethodFieldKind::Block) {
+            for (uint32_t i = 0; i < s.width; ++i) EXPECT_EQ(at[i], pattern(k, i, 1)) << k;
+        }
+        if (s.kind != MethodFieldKind::List && s.kind != MethodFieldKind::Chars) continue;
+        EXPECT_EQ(loadNative(at, s.countBytes), n) << k;
+        const auto *data = loadField<const uint8_t *>(at, 8);
+        if (n == 0) {
+            EXPECT_EQ(data, nullptr) << k;
+            continue;
+        }
+        ASSERT_NE(data, nullptr);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(data) % 8, 0u);
+        EXPECT_LE(data + n * s.width + (s.kind == MethodFieldKind::Chars), record + extent);
+        for (uint32_t i = 0; i < n; ++i) EXPECT_EQ(loadNative(data + i * s.width, s.width), pattern(k, i, s.width));
+        if (s.kind == MethodFieldKind::Chars) { EXPECT_EQ(data[n], 0); }
+    }
+}
+
+// A request record with every counted part `n` long; the parts' elements live
+// in `store`.
+std::vector<uint8_t> recordOf(const MethodPlan &plan, uint32_t n, std::vector<std::vector<uint8_t>> &store) {
+    std::vector<uint8_t> record(plan.record + 8u, 0xEE);
+    for (size_t k = 0; k < plan.count; ++k) {
+        const MethodStep &s = plan.steps[k];
+        uint8_t *at = record.data() + s.offset;
+        if (s.kind == MethodFieldKind::Scalar) storeNative(at, pattern(k, 0, s.width), s.width);
+        if (s.kind == MethodFieldKind::Block)
+            for (uint32_t i = 0; i < s.width; ++i) at[i] = static_cast<uint8_t>(pattern(k, i, 1));
+        if (s.kind != MethodFieldKind::List && s.kind != MethodFieldKind::Chars) continue;
+        storeNative(at, n, s.countBytes);
+        std::vector<uint8_t> &elements = store.emplace_back(n * s.width + 1);
+        for (uint32_t i = 0; i < n; ++i) storeNative(elements.data() + i * s.width, pattern(k, i, s.width), s.width);
+        storeField(at, 8, n == 0 ? nullptr : elements.data());
+    }
+    return record;
+}
+
+TEST(MethodCodecTable, HoldsTheProtocolsRowsInOrder) {
+    size_t rows = 0;
+    while (FUMethodCodecTable[rows].code != 0) ++rows;
+    ASSERT_EQ(rows, 87u);
+    for (size_t i = 0; i < rows; ++i) {
+        const MethodCodecRow &row = FUMethodCodecTable[i];
+        EXPECT_EQ(row.code, kProtocolOrder[i]) << i;
+        EXPECT_EQ(row.version, 0) << i;
+        EXPECT_EQ(findMethodRow(builtinTables(), row.code, 0x10), &row);
+        EXPECT_TRUE(row.encCalc && row.encode && row.decCalc && row.decode);
+    }
+    EXPECT_EQ(FPMethodCodecTable[0].code, 0);
+}
+
+class EveryMethod : public testing::TestWithParam<size_t> {};
+
+// Encode writes exactly what EncCalc reports, and the bytes are the record's
+// fields big-endian, counted parts after their counts; a canary follows.
+TEST_P(EveryMethod, RequestWritesTheRecordsFields) {
+    const MethodPlan &plan = kMethodPlans[GetParam()].request;
+    const MethodCodecRow &row = rowOf(kMethods[GetParam()].code);
+    for (uint32_t n : {0u, 3u}) {
+        std::vector<std::vector<uint8_t>> store;
+        const std::vector<uint8_t> record = recordOf(plan, n, store);
+        uint16_t wireBytes = 0xBEEF;
+        ASSERT_EQ(row.encCalc(record.data(), 0x1234, &wireBytes), TROV_RESULT_OK);
+        const std::vector<uint8_t> expected = wireOf(plan, n);
+        ASSERT_EQ(wireBytes, expected.size());
+        std::vector<uint8_t> out(wireBytes + 1u, 0xA5);
+        PacketCursor c{out.data(), wireBytes};
+        row.encode(&c, record.data(), 0x1234);
+        EXPECT_EQ(c.position, out.data() + wireBytes);
+        EXPECT_EQ(out.back(), 0xA5);
+        out.pop_back();
+        EXPECT_EQ(out, expected) << "n=" << n;
+    }
+}
+
+// Replies: DecCalc reports the bytes Decode fills, into a heap block of
+// exactly the extent; every shorter input fails with 5 and moves nothing.
+TEST_P(EveryMethod, ReplyDecodesFromItsFieldList) {
+    const MethodInfo &method = kMethods[GetParam()];
+    const MethodPlan &plan = kMethodPlans[GetParam()].reply;
+    const MethodCodecRow &row = rowOf(method.code);
+    if (method.reply == MethodReply::Structured) { // decoded by hand vectors below
+        PacketCursor empty{nullptr, 0};
+        uint16_t length = 0;
+        RecordSize size{};
+        EXPECT_NE(row.decCalc(&empty, &length, &size), TROV_RESULT_OK);
+        return;
+    }
+    for (uint32_t n : {0u, 3u}) {
+        std::vector<uint8_t> wire = wireOf(plan, n);
+        wire.push_back(0x5A); // a trailing byte that no reply reads
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        uint16_t length = 0xBEEF;
+        RecordSize size{};
+        ASSERT_EQ(row.decCalc(&c, &length, &size), TROV_RESULT_OK);
+        EXPECT_EQ(length, method.reply == MethodReply::Specific ? wire.size() - 1 : 0u);
+        EXPECT_EQ(size.bytes, size.extent);
+        EXPECT_EQ(size.extent % 8, 0u);
+        if (method.reply == MethodReply::None) { EXPECT_EQ(size.extent, 0u); }
+        if (method.reply == MethodReply::OneByte) { EXPECT_EQ(size.extent, 8u); }
+        std::unique_ptr<uint8_t[]> record(new uint8_t[size.extent + 1u]);
+        std::memset(record.get(), 0xEE, size.extent);
+        void *end = row.decode(record.get(), &c);
+        EXPECT_EQ(end, record.get() + size.extent);
+        EXPECT_EQ(c.remaining, 1u + (method.reply == MethodReply::None ? wire.size() - 1 : 0u));
+        expectRecord(plan, record.get(), n, size.extent);
+
+        for (uint32_t cut = 0; cut + 1 < wire.size() && method.reply != MethodReply::None; ++cut) {
+            PacketCursor shortCursor{wire.data(), cut};
+            uint16_t keptLength = 0xBEEF;
+            RecordSize keptSize{0x1111, 0x2222};
+            ASSERT_EQ(row.decCalc(&shortCursor, &keptLength, &keptSize), TROV_RESULT_SHORT_INPUT) << cut;
+            EXPECT_EQ(keptLength, 0xBEEF);
+            EXPECT_EQ(keptSize.extent, 0x2222u);
+            uint8_t untouched[8];
+            std::memset(untouched, 0xEE, sizeof untouched);
+            row.decode(untouched, &shortCursor);
+            EXPECT_EQ(shortCursor.position, wire.data());
+            EXPECT_EQ(untouched[0], 0xEE);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(MethodCodecs, EveryMethod, testing::Range<size_t>(0, kMethodCount),
+                         [](const testing::TestParamInfo<size_t> &info) {
+                             char name[8];
+                             std::snprintf(name, sizeof name, "m%02x", kMethods[info.param].code);
+                             return std::string(name);
+                         });
+
+// Request sizes as the protocol tabulates them: each fixed family's constant,
+// and the counted families' formulas.
+TEST(MethodCodecs, RequestSizesFollowTheFamilies) {
+    const std::pair<uint16_t, uint16_t> fixed[] = {
+        {0x8c, 3}, {0xa3, 3}, {0x9c, 4}, {0xae, 4}, {0x65, 5}, {0xa1, 5}, {0x7e, 6}, {0xaa, 6}, {0x7f, 7},
+        {0x98, 8}, {0x8e, 8}, {0xba, 8}, {0x9b, 9}, {0x9f, 9}, {0x97, 13}, {0xa0, 13}, {0x69, 14},
+        {0x75, 1}, {0xbb, 1}, {0x6b, 2},  {0x9a, 2}, {0x66, 0}, {0xbc, 0}};
+    const uint8_t zeros[64] = {};
+    for (auto [code, bytes] : fixed) {
+        uint16_t wire = 0;
+        ASSERT_EQ(rowOf(code).encCalc(zeros, 0, &wire), TROV_RESULT_OK);
+        EXPECT_EQ(wire, bytes) << std::hex << code;
+    }
+    struct Counted { uint16_t code; uint32_t base, perElement; };
+    const Counted counted[] = {{0x0b, 2, 1}, {0x0d, 2, 1}, {0x0c, 1, 1}, {0x0e, 1, 1}, {0x88, 1, 1},
+                               {0xb8, 1, 1}, {0xb6, 1, 2}, {0xb7, 1, 2}, {0xb0, 2, 4}};
+    for (const Counted &m : counted) {
+        std::vector<std::vector<uint8_t>> store;
+        const auto record = recordOf(kMethodPlans[methodIndex(m.code)].request, 5, store);
+        uint16_t wire = 0;
+        ASSERT_EQ(rowOf(m.code).encCalc(record.data(), 0, &wire), TROV_RESULT_OK);
+        EXPECT_EQ(wire, m.base + 5 * m.perElement) << std::hex << m.code;
+    }
+}
+
+TEST(MethodCodecs, RequestRefusals) {
+    uint16_t wire = 0xBEEF;
+    EXPECT_EQ(rowOf(0x66).encCalc(nullptr, 0, &wire), TROV_RESULT_OK); // no parameters, no record
+    EXPECT_EQ(wire, 0);
+    EXPECT_EQ(rowOf(0x75).encCalc(nullptr, 0, &wire), TROV_RESULT_NULL_ARGUMENT);
+    EXPECT_EQ(rowOf(0x75).encCalc(&wire, 0, nullptr), TROV_RESULT_NULL_ARGUMENT);
+    alignas(8) uint8_t head[16] = {};
+    storeField<uint16_t>(head, 0, 4); // a count without elements
+    EXPECT_EQ(rowOf(0x0b).encCalc(head, 0, &wire), TROV_RESULT_NULL_ARGUMENT);
+    std::vector<uint8_t> big(0x10000);
+    storeField(head, 8, big.data());
+    storeField<uint16_t>(head, 0, 0xFFFD); // 0xFFFD + 2 is the largest size
+    EXPECT_EQ(rowOf(0x0b).encCalc(head, 0, &wire), TROV_RESULT_OK);
+    EXPECT_EQ(wire, 0xFFFF);
+    storeField<uint16_t>(head, 0, 0xFFFE);
+    EXPECT_EQ(rowOf(0x0b).encCalc(head, 0, &wire), TROV_RESULT_SHORT_INPUT);
+    storeField<uint16_t>(head, 0, 0x4000); // 4 x 0x4000 + 2
+    EXPECT_EQ(rowOf(0xb0).encCalc(head, 0, &wire), TROV_RESULT_SHORT_INPUT);
+    EXPECT_EQ(wire, 0xFFFF);
+}
+
+// 0xb4's reply by hand: u8, u8, u8 length + characters, u8 count + u16s.
+TEST(MethodCodecs, SpecificReplyLayoutByHand) {
+    const uint8_t wire[] = {0x81, 0x82, 3, 'a', 'b', 'c', 2, 0x12, 0x34, 0xFE, 0xDC};
+    PacketCursor c{const_cast<uint8_t *>(wire), sizeof wire};
+    uint16_t length = 0;
+    RecordSize size{};
+    ASSERT_EQ(rowOf(0xb4).decCalc(&c, &length, &size), TROV_RESULT_OK);
+    EXPECT_EQ(length, sizeof wire);
+    EXPECT_EQ(size.extent, 40u + 8 + 8); // heads at 8 and 24, then "abc\0", then two u16
+    std::unique_ptr<uint8_t[]> record(new uint8_t[size.extent]);
+    rowOf(0xb4).decode(record.get(), &c);
+    EXPECT_EQ(record[0], 0x81);
+    EXPECT_EQ(record[1], 0x82);
+    EXPECT_EQ(record[8], 3);
+    EXPECT_EQ(loadField<const char *>(record.get(), 16), reinterpret_cast<char *>(record.get() + 40));
+    EXPECT_STREQ(loadField<const char *>(record.get(), 16), "abc");
+    EXPECT_EQ(record[24], 2);
+    EXPECT_EQ(loadField<const uint16_t *>(record.get(), 32)[1], 0xFEDC);
+}
+
+struct StructuredCase {
+    uint16_t code;
+    std::vector<uint8_t> wire;
+    RecordSize size;
+};
+
+TEST(MethodCodecs, StructuredRepliesByHand) {
+    const StructuredCase cases[] = {
+        {0xbb, {0x7F, 2, 0x12, 0x34, 0x89, 0xAB, 0xCD, 0xEF, 0, 1, 0, 0, 0, 2}, {32, 32}},
+        {0xbc, {0xDE, 0xAD, 0xBE, 0xEF, 5, 'h', 'e', 'l', 'l', 'o'}, {24, 24}},
+        {0xc0, {0x12, 0x34, 0, 2, 3, 'a', 'b', 'c', 0}, {56, 56}},
+    };
+    for (const StructuredCase &t : cases) {
+        const MethodCodecRow &row = rowOf(t.code);
+        std::vector<uint8_t> wire = t.wire;
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        uint16_t length = 0;
+        RecordSize size{};
+        ASSERT_EQ(row.decCalc(&c, &length, &size), TROV_RESULT_OK) << std::hex << t.code;
+        EXPECT_EQ(length, wire.size());
+        EXPECT_EQ(size.bytes, t.size.bytes);
+        ASSERT_EQ(size.extent, t.size.extent);
+        std::unique_ptr<uint8_t[]> buffer(new uint8_t[size.extent]());
+        uint8_t *r = buffer.get();
+        row.decode(r, &c);
+        EXPECT_EQ(c.remaining, 0u);
+        if (t.code == 0xbb) {
+            EXPECT_EQ(r[0], 0x7F);
+            const uint8_t *entries = loadField<const uint8_t *>(r, 8);
+            EXPECT_EQ(loadField<uint16_t>(entries, 0), 0x1234);
+            EXPECT_EQ(loadField<uint32_t>(entries, 4), 0x89ABCDEFu);
+            EXPECT_EQ(loadField<uint32_t>(entries, 12), 2u);
+        } else if (t.code == 0xbc) {
+            EXPECT_EQ(loadField<uint32_t>(r, 0), 0xDEADBEEFu);
+            EXPECT_STREQ(loadField<const char *>(r, 8), "hello");
+        } else {
+            EXPECT_EQ(loadField<uint16_t>(r, 0), 0x1234);
+            const uint8_t *entries = loadField<const uint8_t *>(r, 8);
+            EXPECT_EQ(entries[0], 3);
+            EXPECT_EQ(std::memcmp(loadField<const uint8_t *>(entries, 8), "abc", 3), 0);
+            EXPECT_EQ(loadField<const uint8_t *>(entries, 24), nullptr);
+        }
+        for (uint32_t cut = 0; cut < wire.size(); ++cut) {
+            PacketCursor shortCursor{wire.data(), cut};
+            uint16_t keptLength = 0xBEEF;
+            EXPECT_EQ(row.decCalc(&shortCursor, &keptLength, &size), TROV_RESULT_SHORT_INPUT) << cut;
+            EXPECT_EQ(keptLength, 0xBEEF);
+            EXPECT_EQ(shortCursor.position, wire.data());
+        }
+    }
+}
+
+} // namespace
+} // namespace trov

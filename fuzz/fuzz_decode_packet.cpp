@@ -23,11 +23,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         TROV_GetFromPacket(index, &cursor, &out);
     }
 
+    // What a successful decode hands over: the body record and the managed
+    // buffer the call allocated for it.
     DecodeResult result{};
     TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    if (result.buffer != nullptr) trovFree(result.buffer->data);
     trovFree(result.record);
     DecodeResult fp{};
     TROV_DecodeFP(&info, &fp, &cursor);
+    if (fp.buffer != nullptr) trovFree(fp.buffer->data);
     trovFree(fp.record);
 
     // Option parameters back to back: kind, length, value.

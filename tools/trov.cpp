@@ -97,6 +97,7 @@ int show(const char *path) {
     HeaderInfo again{};
     const TrovResult body = TROV_DecodeFU(&again, &result, &cursor, nullptr);
     std::printf("  body       %u %s (unit type %u)\n", body, resultName(body), result.type);
+    if (result.buffer != nullptr) trovFree(result.buffer->data);
     trovFree(result.record);
     return 0;
 }

@@ -1,7 +1,8 @@
 // trov: prints what the TROV codec makes of packets.
 //
-//   trov FILE...      decode each packet and print its header fields and the
-//                     body decoder's verdict
+//   trov FILE...      decode each packet and print its header fields, the
+//                     body decoder's verdict and, for event lists, method
+//                     invocations and attribute bodies, what the body holds
 //
 // A FILE ending in .hex holds the packet as hexadecimal text (whitespace
 // between bytes is optional; '#' starts a comment); any other file is the raw
@@ -69,6 +70,28 @@ bool readPacket(const char *path, std::vector<uint8_t> &packet) {
     return true;
 }
 
+void showBody(uint16_t code, const void *record) {
+    if (code == 0x4d) {
+        const auto *b = static_cast<const EventListBody *>(record);
+        std::printf("  events     %u\n", b->count);
+        for (uint16_t i = 0; i < b->count; ++i)
+            std::printf("    event 0x%04X  fields 0x%04X 0x%08X 0x%08X 0x%02X\n", b->entries[i].eventCode,
+                        b->entries[i].field1, b->entries[i].field2, b->entries[i].field3,
+                        b->entries[i].field4);
+    } else if (code == 0x0a) {
+        const auto *b = static_cast<const ShortEventListBody *>(record);
+        std::printf("  events     %u\n", b->count);
+        for (uint8_t i = 0; i < b->count; ++i)
+            std::printf("    event 0x%04X  field 0x%02X\n", b->entries[i].eventCode, b->entries[i].field2);
+    } else if (code == 0x1d) {
+        const auto *b = static_cast<const MethodBody *>(record);
+        std::printf("  method     0x%04X, %u parameter bytes\n", b->method, b->paramsLength);
+    } else if (code == 0x12 || code == 0x15 || code == 0x18 || code == 0x32) {
+        const auto *b = static_cast<const AttributeBody *>(record);
+        std::printf("  attribute  0x%04X\n", b->id);
+    }
+}
+
 int show(const char *path) {
     std::vector<uint8_t> packet;
     if (!readPacket(path, packet)) {
@@ -96,7 +119,11 @@ int show(const char *path) {
     DecodeResult result{};
     HeaderInfo again{};
     const TrovResult body = TROV_DecodeFU(&again, &result, &cursor, nullptr);
-    std::printf("  body       %u %s (unit type %u)\n", body, resultName(body), result.type);
+    if (body == TROV_RESULT_OK && result.record == nullptr)
+        std::printf("  body       not decoded for unit type %u\n", result.type);
+    else
+        std::printf("  body       %u %s (unit type %u)\n", body, resultName(body), result.type);
+    if (body == TROV_RESULT_OK && result.record != nullptr) showBody(again.code, result.record);
     if (result.buffer != nullptr) trovFree(result.buffer->data);
     trovFree(result.record);
     return 0;

@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kVar = -1;       // the length follows from the record
 constexpr int kNone = -2;      // decode-only code
-constexpr int kAbsent = -3;    // no row: 9
 
 struct CodeFigures {
     uint16_t code;

@@ -175,6 +175,10 @@ const Row *findRow(const Row *table, uint16_t code, uint8_t version) {
 // Header rows match their version byte exactly.
 const HeaderCodecRow *findHeaderRow(uint8_t version);
 
+// The built-in attribute table's row for an identifier, from an index built
+// at compile time (the built-in rows all serve every version).
+const AttributeCodecRow *findBuiltinAttributeRow(uint16_t id);
+
 // Scans each row's identifier list; an identifier found in a row of another
 // version skips the rest of that row's list.
 const AttributeCodecRow *findAttributeRow(const AttributeCodecRow *table, uint16_t id,

@@ -23,6 +23,16 @@ size_t trovTestCLayout(size_t *out, size_t capacity) {
         sizeof(DecodeResult), offsetof(DecodeResult, record), offsetof(DecodeResult, buffer),
         offsetof(DecodeResult, type),
         sizeof(EncodeOutput), offsetof(EncodeOutput, data), offsetof(EncodeOutput, length),
+        sizeof(OctetString), offsetof(OctetString, data),
+        sizeof(AttributeArrayHeader), offsetof(AttributeArrayHeader, elements),
+        sizeof(AttributeList), offsetof(AttributeList, entries),
+        sizeof(AttributeEntry), offsetof(AttributeEntry, length), offsetof(AttributeEntry, value),
+        sizeof(AttributeBody), offsetof(AttributeBody, value), offsetof(AttributeBody, buffer),
+        sizeof(MethodBody), offsetof(MethodBody, method), offsetof(MethodBody, params),
+        offsetof(MethodBody, paramsLength), offsetof(MethodBody, buffer),
+        sizeof(EventListBody), offsetof(EventListBody, count), offsetof(EventListBody, entries),
+        offsetof(EventListBody, buffer),
+        sizeof(EventEntry), offsetof(EventEntry, eventCode), offsetof(EventEntry, body),
     };
     size_t n = sizeof figures / sizeof figures[0];
     for (size_t i = 0; i < n && i < capacity; ++i) out[i] = figures[i];

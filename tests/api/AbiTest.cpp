@@ -18,6 +18,14 @@ TEST(Abi, RecordLayoutsAreFixed) {
         16, 0, 8, 10,                        // BufferDesc
         24, 0, 8, 16,                        // DecodeResult
         16, 0, 8,                            // EncodeOutput
+        16, 8,                               // OctetString
+        16, 8,                               // AttributeArrayHeader
+        16, 8,                               // AttributeList
+        16, 2, 8,                            // AttributeEntry
+        32, 8, 16,                           // AttributeBody
+        40, 4, 8, 16, 24,                    // MethodBody
+        40, 12, 16, 24,                      // EventListBody
+        24, 14, 16,                          // EventEntry
     };
     const std::vector<size_t> cpp = {
         sizeof(PacketCursor), offsetof(PacketCursor, position), offsetof(PacketCursor, remaining),
@@ -30,6 +38,16 @@ TEST(Abi, RecordLayoutsAreFixed) {
         sizeof(DecodeResult), offsetof(DecodeResult, record), offsetof(DecodeResult, buffer),
         offsetof(DecodeResult, type),
         sizeof(EncodeOutput), offsetof(EncodeOutput, data), offsetof(EncodeOutput, length),
+        sizeof(OctetString), offsetof(OctetString, data),
+        sizeof(AttributeArrayHeader), offsetof(AttributeArrayHeader, elements),
+        sizeof(AttributeList), offsetof(AttributeList, entries),
+        sizeof(AttributeEntry), offsetof(AttributeEntry, length), offsetof(AttributeEntry, value),
+        sizeof(AttributeBody), offsetof(AttributeBody, value), offsetof(AttributeBody, buffer),
+        sizeof(MethodBody), offsetof(MethodBody, method), offsetof(MethodBody, params),
+        offsetof(MethodBody, paramsLength), offsetof(MethodBody, buffer),
+        sizeof(EventListBody), offsetof(EventListBody, count), offsetof(EventListBody, entries),
+        offsetof(EventListBody, buffer),
+        sizeof(EventEntry), offsetof(EventEntry, eventCode), offsetof(EventEntry, body),
     };
     std::vector<size_t> c(64);
     c.resize(trovTestCLayout(c.data(), c.size()));

@@ -177,9 +177,9 @@ TEST_F(StructCodec, GoldenBytesOfEveryKindAndTheirDecodedRecord) {
     EXPECT_EQ(out.size.bytes, 88 + 8 + 48 + 8 + 16 + 48 + 8 - 8);
     EXPECT_EQ(out.size.extent, 88u + 8 + 48 + 8 + 16 + 48 + 8);
     PacketCursor figureOnly{const_cast<uint8_t *>(kGolden.data()), 52};
-    uint16_t figure = 0;
+    RecordSize figure{};
     EXPECT_EQ(structDecCalc(kAll, 85, &figureOnly, &figure), 0u); // 85 rounds to 88
-    EXPECT_EQ(figure, out.size.bytes);
+    EXPECT_EQ(figure.bytes, out.size.bytes);
 
     // Where the extra area puts each item, and what it holds.
     All r;

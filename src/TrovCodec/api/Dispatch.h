@@ -184,9 +184,6 @@ const AttributeCodecRow *findBuiltinAttributeRow(uint16_t id);
 const AttributeCodecRow *findAttributeRow(const AttributeCodecRow *table, uint16_t id,
                                           uint8_t version);
 
-inline const DataTypeCodecRow *findDataTypeRow(const Tables &t, uint16_t code, uint8_t version) {
-    return findRow(t.dataTypes, code, version);
-}
 inline const BodyCodecRow *findBodyRow(const Tables &t, uint16_t code, uint8_t version,
                                        uint8_t selector) {
     return findRow(selector == 1 ? t.fuBodies : t.fpBodies, code, version);
@@ -207,11 +204,6 @@ inline const AttributeCodecRow *lookupAttribute(uint16_t id, uint8_t version) {
 }
 inline const DataTypeCodecRow *lookupDataType(uint16_t code, uint8_t version) {
     return findRow(tablePointers.dataTypes.load(std::memory_order_relaxed), code, version);
-}
-inline const EventCodecRow *lookupEvent(uint16_t code, uint8_t version, uint8_t selector) {
-    return findRow(selector == 1 ? tablePointers.fuEvents.load(std::memory_order_relaxed)
-                                 : tablePointers.fpEvents.load(std::memory_order_relaxed),
-                   code, version);
 }
 
 } // namespace trov

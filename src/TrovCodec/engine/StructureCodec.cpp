@@ -548,15 +548,6 @@ TrovResult structDecCalc(const StructField *d, uint16_t fixedRecordBytes, Packet
     return TROV_RESULT_OK;
 }
 
-TrovResult structDecCalc(const StructField *d, uint16_t fixedRecordBytes, PacketCursor *cursor,
-                         uint16_t *recordBytes) {
-    if (recordBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    RecordSize size{};
-    const TrovResult r = structDecCalc(d, fixedRecordBytes, cursor, &size);
-    if (r == TROV_RESULT_OK) *recordBytes = size.bytes;
-    return r;
-}
-
 void *structDecode(const StructField *d, PacketCursor *cursor, void *record, void *extra,
                    uint32_t level) {
     if (d == nullptr || cursor == nullptr || cursor->position == nullptr || record == nullptr ||

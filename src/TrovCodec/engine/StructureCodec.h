@@ -297,11 +297,6 @@ TrovResult structEncode(const StructField *d, PacketCursor *cursor, const void *
 // nesting beyond kMaxStructDepth. On failure *cursor and *size are unchanged.
 TrovResult structDecCalc(const StructField *d, uint16_t fixedRecordBytes, PacketCursor *cursor,
                          RecordSize *size, uint32_t level = 1);
-// The same, reporting the protocol's figure alone. Not for sizing an
-// allocation: it can be smaller than what structDecode writes.
-TrovResult structDecCalc(const StructField *d, uint16_t fixedRecordBytes, PacketCursor *cursor,
-                         uint16_t *recordBytes);
-
 // Decodes the item at the cursor into `record` and its variable data into the
 // extra area from `extra` (rounded up to 8), and advances the cursor. Characters
 // are followed by a zero byte. Writes the record within structRecordSize(d) bytes

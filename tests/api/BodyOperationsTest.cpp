@@ -43,43 +43,6 @@ protected:
     DecodeResult result{nullptr, nullptr, kSentinelType};
 };
 
-struct UnitCase {
-    uint16_t unitType, code;
-    TrovResult expected; // 0 skipped; else what the body decoder makes of an empty body
-    uint16_t type;       // result->type afterwards
-};
-
-// The skip rules, first matching rule wins. A decoded combination reaches
-// the body decoder with an empty body: 5 and type 6 for a code whose reply
-// has a minimum length, 9 (type left as the unit type) for a code without
-// a row.
-const UnitCase kUnitCases[] = {
-    {1, 5, 5, 6}, {29, 0xFFFF, 9, 29}, {33, 0, 9, 33}, {34, 200, 9, 34},
-    {4, 5, 5, 6}, {4, 97, 5, 6}, {4, 8, 0, 4}, {4, 10, 0, 4}, // unit 4 has its own list
-    {23, 6, 5, 6}, {9, 84, 5, 6}, {23, 5, 0, 23}, {9, 10, 0, 9},
-    {8, 84, 5, 6}, {8, 97, 5, 6}, {8, 6, 0, 8}, {8, 10, 0, 8},
-    {31, 93, 5, 6}, {31, 84, 0, 31},
-    {200, 5, 0, 200}, {200, 10, 5, 6}, {0, 10, 5, 6}, {0xFFFF, 10, 5, 6}, // code 10 is decoded
-    {18, 27, 5, 6}, {17, 27, 0, 17}, {24, 19, 5, 6}, {25, 19, 5, 6}, {26, 19, 0, 26},
-    {18, 19, 0, 18}, {2, 0, 0, 2},
-};
-
-TEST_F(BodyOperations, DecodeFUAppliesTheSkipRulesByUnitTypeAndCode) {
-    for (const UnitCase &c : kUnitCases) {
-        SCOPED_TRACE(testing::Message() << "unit " << c.unitType << " code " << c.code);
-        std::vector<uint8_t> p = unitPacket(c.unitType, c.code);
-        const PacketCursor cursor{p.data(), uint32_t(p.size())};
-        info = kSentinelInfo;
-        result = DecodeResult{nullptr, nullptr, kSentinelType};
-        EXPECT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), c.expected);
-        EXPECT_EQ(result.type, c.type);
-        EXPECT_EQ(result.record, nullptr);
-        EXPECT_EQ(result.buffer, nullptr);
-        EXPECT_EQ(info.code, c.code); // the header was decoded either way
-        EXPECT_EQ(info.extension, c.unitType);
-    }
-}
-
 // The unit type is the decoded extension: without flags bit 0 the bytes come
 // in wire order, so 04 00 is unit type 4 and with bit 0 it is 0x0400.
 TEST_F(BodyOperations, DecodeFUTakesTheUnitTypeFromTheDecodedExtension) {

@@ -1,6 +1,6 @@
 // Body 0x1d over test-local method rows: a method with no parameters and a
-// one-byte reply (0x0092), a two-byte request (0x006B); other codes below
-// 0x2000 have no row, codes from 0x2000 up travel raw.
+// one-byte reply (0x0092), a two-byte request (0x006B). (The raw fallback is
+// tested through the exports with the built-in table.)
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -86,39 +86,6 @@ TEST_F(MethodBodyCodec, EncodesThePrefixThenTheMethodsParameters) {
     ASSERT_EQ(out.length, 28u);
     EXPECT_EQ(std::memcmp(out.data + 20, body, sizeof body), 0);
     trovFree(out.data);
-}
-
-TEST_F(MethodBodyCodec, RawMethodsFromTwoThousandHexUp) {
-    const uint8_t params[] = {9, 8, 7};
-    HeaderInfo h = header();
-    MethodBody below{0, 0x1FFF, const_cast<uint8_t *>(params), 3, {}};
-    EncodeOutput out{nullptr, 0};
-    EXPECT_EQ(encodeMethodBodyWith(tables(), &h, &below, &out), TROV_RESULT_NO_METHOD_CODEC);
-    EXPECT_EQ(out.data, nullptr);
-
-    MethodBody raw{7, 0x2000, const_cast<uint8_t *>(params), 3, {}};
-    ASSERT_EQ(encodeMethodBodyWith(tables(), &h, &raw, &out), 0u);
-    const uint8_t body[] = {0, 0, 0, 7, 0x20, 0x00, 9, 8, 7};
-    ASSERT_EQ(out.length, 20u + sizeof body);
-    EXPECT_EQ(std::memcmp(out.data + 20, body, sizeof body), 0);
-    trovFree(out.data);
-
-    // Decoding copies everything after the prefix into a buffer of that many
-    // bytes rounded up to 8.
-    DecodeResult r{};
-    ASSERT_EQ(decode({0, 0, 0, 1, 0xFF, 0xFF, 1, 2, 3, 4, 5, 6, 7, 8, 9}, r), 0u);
-    auto *m = static_cast<MethodBody *>(r.record);
-    EXPECT_EQ(m->method, 0xFFFF);
-    EXPECT_EQ(m->paramsLength, 9);
-    EXPECT_EQ(m->buffer.capacity, 16);
-    ASSERT_EQ(m->params, m->buffer.data);
-    EXPECT_EQ(static_cast<uint8_t *>(m->params)[8], 9);
-    release(r);
-
-    DecodeResult unknown{};
-    EXPECT_EQ(decode({0, 0, 0, 1, 0x1F, 0xFF, 1}, unknown), TROV_RESULT_NO_METHOD_CODEC);
-    EXPECT_EQ(unknown.type, 6);
-    EXPECT_EQ(unknown.record, nullptr);
 }
 
 TEST_F(MethodBodyCodec, RepliesAndTheirFailures) {

@@ -4,8 +4,9 @@
 // count (u8 or u16) and then its elements. Record: the fixed part (scalars at
 // natural alignment, blocks as they stand, 16-byte heads 8-aligned), then
 // each counted part's elements in field order, each 8-aligned. The size pass
-// checks every byte it walks against the cursor; the decode pass repeats it
-// before reading, so it never reads or writes past what the size pass covers.
+// checks every byte it walks against the cursor; the decode pass trusts it:
+// the method body always sizes the same bytes first and gives the record the
+// extent the size pass reported.
 #include "units/MethodCodecs.h"
 
 #include "engine/Cursor.h"
@@ -118,10 +119,6 @@ TrovResult methodDecCalc(const MethodPlan &plan, const PacketCursor *cursor, uin
 
 void *methodDecode(const MethodPlan &plan, void *record, PacketCursor *cursor) {
     if (record == nullptr || cursor == nullptr) return record;
-    uint16_t length = 0;
-    RecordSize size{};
-    if (methodDecCalc(plan, cursor, &length, &size) != TROV_RESULT_OK) return record;
-
     PacketCursor &c = *cursor;
     auto *base = static_cast<uint8_t *>(record);
     uint8_t *data = base + plan.record; // a multiple of 8

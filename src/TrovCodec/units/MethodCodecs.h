@@ -320,7 +320,7 @@ TrovResult methodDecCalc(const MethodPlan &plan, const PacketCursor *cursor, uin
                          RecordSize *size);
 // Reads the item into `record` (8-aligned, at least the extent methodDecCalc
 // reports), counted parts behind the fixed part, and advances the cursor.
-// Input methodDecCalc refuses is neither read nor written. Returns the first
+// It trusts methodDecCalc: call it only on bytes that passed. Returns the first
 // free address behind what was written (the record itself on null arguments).
 void *methodDecode(const MethodPlan &plan, void *record, PacketCursor *cursor);
 

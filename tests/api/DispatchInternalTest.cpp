@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "api/Dispatch.h"
 #include "engine/Cursor.h"
@@ -207,6 +208,17 @@ TEST(RawMethodRow, DecCalcTakesEverythingThatRemains) {
         EXPECT_EQ(record.extent, roundUp8u16(c.remaining) < c.remaining ? 0u : uint32_t{c.recordBytes});
         EXPECT_EQ(cursor.position, &byte);
     }
+}
+
+// When the remaining count rounds past 0xFFFF the record size wraps to a few
+// bytes; the copy is refused rather than run past them.
+TEST(RawMethodRow, DecodeCopiesNothingWhenTheRoundingWraps) {
+    std::vector<uint8_t> body(0xFFFA, 0x11);
+    PacketCursor cursor{body.data(), uint32_t(body.size())};
+    uint8_t record[8] = {};
+    EXPECT_EQ(RawMethodCodecRow.decode(record, &cursor), record);
+    EXPECT_EQ(cursor.remaining, body.size());
+    EXPECT_EQ(record[0], 0);
 }
 
 TEST(RawMethodRow, DecodeCopiesAllRemainingBytes) {

@@ -75,6 +75,19 @@ TEST_F(EventExtend, UnknownIdentifiersBecomeRawItems) {
               TROV_RESULT_NO_ATTRIBUTE_CODEC);
 }
 
+// A raw item's length is not checked against the data: what the data holds
+// is copied, the rest of the item reads as zero, and nothing past the data
+// is read.
+TEST_F(EventExtend, RawItemLongerThanTheDataStopsAtItsEnd) {
+    std::vector<uint8_t> bytes = {1, 0x00, 0x01, 20, 0xAA, 0xBB};
+    EventExtendList list{};
+    ASSERT_EQ(decode(bytes, list), 0u);
+    const auto *raw = static_cast<EventExtendRawItem *>(list.entries[0].value);
+    EXPECT_EQ(raw->length, 20);
+    EXPECT_EQ(raw->data[1], 0xBB);
+    EXPECT_EQ(raw->data[2], 0);
+}
+
 TEST_F(EventExtend, EmptyAndShortData) {
     std::vector<uint8_t> zero = {0};
     EventExtendList list{9, reinterpret_cast<EventExtendEntry *>(&list)};

@@ -291,3 +291,45 @@ TEST_F(Memory, EveryAllocationFailingInTurnLeavesNothingBehind) {
 
 } // namespace
 } // namespace trov
+
+namespace trov {
+namespace {
+
+// A decode whose reported size is short of what it writes (the extent): the
+// capacity records the reported size, the memory holds the extent, and a
+// caller's buffer that cannot hold the extent is grown or refused.
+TEST(MemoryExtent, RoomForTheExtentWithTheReportedCapacity) {
+    DecodeResult r{};
+    BufferDesc allocated{};
+    bool made = false;
+    ASSERT_EQ(prepareBuffer(&r, &allocated, 16, &made, 40), 0u);
+    EXPECT_TRUE(made);
+    EXPECT_EQ(allocated.capacity, 16);
+    std::memset(allocated.data, 0x5A, 40); // AddressSanitizer: all 40 bytes are ours
+    trovFree(allocated.data);
+
+    uint8_t mine[16];
+    DecodeResult callers{};
+    BufferDesc fixed{mine, 16, 0};
+    EXPECT_EQ(prepareBuffer(&callers, &fixed, 16, &made, 40), TROV_RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(fixed.data, mine);
+
+    BufferDesc growable{trovMalloc(16), 16, TROV_BUFFER_GROWABLE};
+#if defined(_WIN32)
+    void *old = growable.data; // the local heap grows in place or not at all
+#endif
+    const TrovResult grown = prepareBuffer(&callers, &growable, 16, &made, 40);
+#if defined(_WIN32)
+    if (grown == TROV_RESULT_NO_MEMORY) {
+        trovFree(old);
+        return;
+    }
+#endif
+    ASSERT_EQ(grown, 0u);
+    EXPECT_EQ(growable.flags & TROV_BUFFER_GROWN, TROV_BUFFER_GROWN);
+    std::memset(growable.data, 0x5A, 40);
+    trovFree(growable.data);
+}
+
+} // namespace
+} // namespace trov

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < 2) return 0;
@@ -33,11 +34,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     PacketCursor d{wire.empty() ? c.position : wire.data(), static_cast<uint32_t>(wire.size())};
     ops->decode(block.get(), &d, isArray, 0x10);
 
-    uint16_t packet = 0;
-    if (ops->encCalc(block.get(), isArray, &packet, 0x10) == TROV_RESULT_OK) {
-        std::vector<uint8_t> out(packet + size_t{1});
-        PacketCursor e{out.data(), packet};
+    // A decoded value re-encodes into exactly the bytes its size pass states.
+    trov::WireSize packet;
+    if (ops->encCalc(block.get(), isArray, &packet, 0x10) == TROV_RESULT_OK && !packet.nullData &&
+        packet.extent <= 0xFFFF) {
+        std::vector<uint8_t> out(packet.extent);
+        PacketCursor e{out.data(), packet.extent};
         ops->encode(&e, block.get(), isArray, 0x10);
+        if (trov::overrun(e) || e.remaining != 0) __builtin_trap();
     }
     return 0;
 }

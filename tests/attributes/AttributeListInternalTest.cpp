@@ -69,25 +69,25 @@ Bytes encodeList(const AttributeEntry *entries, uint16_t count, uint8_t isArray,
 
 TEST_F(AttributeListTest, ArrayFormCountsScalarFormHasOneEntryAndNoCount) {
     const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0070, 0, &wordArray_}, {0x177C, 0, &row1Array_}};
-    uint32_t size = 0;
+    WireSize size;
     ASSERT_EQ(attributeListEncCalc(entries, 3, 1, kVersion, &size), 0u);
-    EXPECT_EQ(size, 2u + 5 + 12 + 21);
+    EXPECT_EQ(size.bytes, 2u + 5 + 12 + 21);
     EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry, kRow1Entry}));
 
     ASSERT_EQ(attributeListEncCalc(entries + 1, 1, 0, kVersion, &size), 0u);
-    EXPECT_EQ(size, 12u);
+    EXPECT_EQ(size.bytes, 12u);
     EXPECT_EQ(encodeList(entries + 1, 1, 0, 64), kWordEntry);
 
     ASSERT_EQ(attributeListEncCalc(entries, 0, 1, kVersion, &size), 0u);
-    EXPECT_EQ(size, 2u);
+    EXPECT_EQ(size.bytes, 2u);
     EXPECT_EQ(encodeList(entries, 0, 1, 8), (Bytes{0x00, 0x00}));
 }
 
 TEST_F(AttributeListTest, UnknownIdentifierFailsSizingButIsSkippedWhenWriting) {
     const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0001, 0, byte_}, {0x0070, 0, &wordArray_}};
-    uint32_t size = 0xAAAA;
+    WireSize size{0xAAAA, 0xAAAA};
     EXPECT_EQ(attributeListEncCalc(entries, 3, 1, kVersion, &size), 10u);
-    EXPECT_EQ(size, 0xAAAAu);
+    EXPECT_EQ(size.bytes, 0xAAAAu);
     EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
 }
 
@@ -195,11 +195,11 @@ TEST_F(AttributeListTest, NestingIsBoundedNotRecursedWithoutLimit) {
         SCOPED_TRACE(testing::Message() << "depth " << depth);
         Bytes wire = selfNested(depth);
         std::vector<Level> levels = selfNestedRecords(depth);
-        uint16_t size = 0;
+        WireSize size;
         ASSERT_EQ(ops.encCalc(&levels[0].list, 0, &size, kVersion), 0u);
-        ASSERT_EQ(size, wire.size());
-        Bytes out(size);
-        PacketCursor e{out.data(), size};
+        ASSERT_EQ(size.bytes, wire.size());
+        Bytes out(size.bytes);
+        PacketCursor e{out.data(), size.bytes};
         ops.encode(&e, &levels[0].list, 0, kVersion);
         EXPECT_EQ(out, wire);
         PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
@@ -215,9 +215,9 @@ TEST_F(AttributeListTest, NestingIsBoundedNotRecursedWithoutLimit) {
         EXPECT_EQ(ops.decCalc(&c, 0, &r, kVersion), 5u);
         EXPECT_EQ(c.position, wire.data());
         std::vector<Level> levels = selfNestedRecords(depth);
-        uint16_t size = 0xAAAA;
+        WireSize size{0xAAAA, 0xAAAA};
         EXPECT_NE(ops.encCalc(&levels[0].list, 0, &size, kVersion), 0u);
-        EXPECT_EQ(size, 0xAAAA);
+        EXPECT_EQ(size.bytes, 0xAAAA);
     }
 }
 

@@ -156,10 +156,11 @@ TEST(AttributeTable, EveryIdentifierReachesItsRowThroughTheSizeQuery) {
             SCOPED_TRACE(testing::Message() << "row " << i + 1 << std::hex << " id 0x" << id);
             EXPECT_EQ(lookupAttribute(id, 0x10), &AttributeCodecTable[i]);
             for (uint8_t isArray : {0, 1}) {
-                uint16_t size = 0xAAAA, direct = 0xBBBB;
+                uint16_t size = 0xAAAA;
+                WireSize direct;
                 ASSERT_EQ(TROV_GetAttributePacketSize(&info, id, value, isArray, &size), 0u);
                 ASSERT_EQ(AttributeCodecTable[i].ops.encCalc(value, isArray, &direct, 0x10), 0u);
-                EXPECT_EQ(size, direct);
+                EXPECT_EQ(size, direct.bytes);
             }
         }
     }

@@ -113,11 +113,11 @@ TEST(FixedValue, MembersMatchTheirRowsSizesAndIdentifiers) {
         // Packet sizes: W in scalar form; P + 8W for an array of 8, whose
         // count a scalar-only type must not read.
         Header eight(8, m.P == 0 ? 2 : m.P);
-        uint16_t size = 0;
+        WireSize size;
         ASSERT_EQ(ops(m.row).encCalc(eight.bytes, 0, &size, kVersion), 0u);
-        EXPECT_EQ(size, m.W);
+        EXPECT_EQ(size.bytes, m.W);
         ASSERT_EQ(ops(m.row).encCalc(eight.bytes, 1, &size, kVersion), 0u);
-        EXPECT_EQ(size, m.P == 0 ? m.W : m.P + 8 * m.W);
+        EXPECT_EQ(size.bytes, m.P == 0 ? m.W : m.P + 8 * m.W);
 
         // Record sizes: scalar M (rounded up to 8 for prefixed types); an
         // array of 8 shows the element stride exactly, 16 + 8M.
@@ -145,9 +145,9 @@ TEST(FixedValue, EmptyArraysAndShortPackets) {
     for (const Member &m : kMembers) {
         if (m.P == 0) continue;
         SCOPED_TRACE(testing::Message() << "row " << m.row);
-        uint16_t size = 0xAAAA;
+        WireSize size{0xAAAA, 0xAAAA};
         ASSERT_EQ(ops(m.row).encCalc(Header(0, m.P).bytes, 1, &size, kVersion), 0u);
-        EXPECT_EQ(size, m.P);
+        EXPECT_EQ(size.bytes, m.P);
         Packet empty(m.P, 0, 0);
         PacketCursor c = empty.cursor();
         RecordSize r{};
@@ -187,17 +187,17 @@ TEST(FixedValue, EmptyArraysAndShortPackets) {
 }
 
 TEST(FixedValue, Row257RefusesPacketSizesAbove16Bits) {
-    uint16_t size = 0xAAAA;
+    WireSize size{0xAAAA, 0xAAAA};
     EXPECT_EQ(ops(257).encCalc(Header(7282, 2).bytes, 1, &size, kVersion), 5u); // 65,540 bytes
-    EXPECT_EQ(size, 0xAAAA);
+    EXPECT_EQ(size.bytes, 0xAAAA);
     EXPECT_EQ(ops(257).encCalc(Header(7281, 2).bytes, 1, &size, kVersion), 0u);
-    EXPECT_EQ(size, 65531);
+    EXPECT_EQ(size.bytes, 65531);
     EXPECT_EQ(ops(257).encCalc(Header(7282, 2).bytes, 0, &size, kVersion), 0u);
-    EXPECT_EQ(size, 9);
+    EXPECT_EQ(size.bytes, 9);
     // Other rows keep the protocol's 16-bit arithmetic: row 155 has the same
-    // W and P, and its size wraps.
+    // W and P, and its size.bytes wraps.
     EXPECT_EQ(ops(155).encCalc(Header(7282, 2).bytes, 1, &size, kVersion), 0u);
-    EXPECT_EQ(size, 4);
+    EXPECT_EQ(size.bytes, 4);
 }
 
 // Row 1: four bytes, then a big-endian u32; the record holds the u32 at 4.

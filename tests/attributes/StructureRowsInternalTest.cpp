@@ -78,10 +78,10 @@ void build(const StructField *d, uint8_t *r, Arena &arena, uint8_t seed) {
 }
 
 std::vector<uint8_t> encode(const ValueCodecOps &ops, const void *record) {
-    uint16_t size = 0;
+    WireSize size;
     EXPECT_EQ(ops.encCalc(record, 1, &size, 0x10), 0u);
-    std::vector<uint8_t> wire(size);
-    PacketCursor c{wire.data(), size};
+    std::vector<uint8_t> wire(size.bytes);
+    PacketCursor c{wire.data(), size.bytes};
     ops.encode(&c, record, 1, 0x10);
     EXPECT_EQ(c.remaining, 0u);
     return wire;

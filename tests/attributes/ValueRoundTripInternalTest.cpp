@@ -170,9 +170,9 @@ void checkRoundTrip(const ValueCodecOps &ops, const Bytes &wire, uint8_t isArray
     EXPECT_LE(end, base + size.extent);
     EXPECT_EQ((end - base) % 8, 0u);
 
-    uint16_t packetBytes = 0xAAAA;
+    WireSize packetBytes{0xAAAA, 0xAAAA};
     ASSERT_EQ(ops.encCalc(record.get(), isArray, &packetBytes, kVersion), 0u);
-    ASSERT_EQ(packetBytes, len);
+    ASSERT_EQ(packetBytes.bytes, len);
     std::unique_ptr<uint8_t[]> out(new uint8_t[len]());
     PacketCursor e{out.get(), len};
     ops.encode(&e, record.get(), isArray, kVersion);
@@ -306,9 +306,9 @@ TEST(SelectorValue, SelectorOutsideOneToFourIsRefused) {
         EXPECT_EQ(ops.decCalc(&c, 0, &size, kVersion), 4u) << int{bad};
         EXPECT_EQ(c.position, wire);
         alignas(16) uint8_t record[64] = {bad};
-        uint16_t packetBytes = 0xAAAA;
+        WireSize packetBytes{0xAAAA, 0xAAAA};
         EXPECT_EQ(ops.encCalc(record, 0, &packetBytes, kVersion), 1u) << int{bad};
-        EXPECT_EQ(packetBytes, 0xAAAA);
+        EXPECT_EQ(packetBytes.bytes, 0xAAAA);
     }
 }
 

@@ -23,10 +23,10 @@ constexpr uint64_t kCanary = 0xA5A5A5A5A5A5A5A5u;
 // version 0x10; 0x0303 a structure holding one attribute (recursion);
 // 0x0404 a codec that cannot size; 0x0505 no row.
 uint8_t gForm, gVersion; // what the u32 codec was last called with
-TrovResult u32EncCalc(const void *, uint8_t form, uint16_t *size, uint8_t version) {
+TrovResult u32EncCalc(const void *, uint8_t form, WireSize *size, uint8_t version) {
     gForm = form;
     gVersion = version;
-    *size = 4;
+    *size = WireSize::of(4);
     return 0;
 }
 void u32Encode(PacketCursor *c, const void *v, uint8_t, uint8_t) { putU32(*c, loadField<uint32_t>(v, 0)); }
@@ -42,11 +42,11 @@ void *u32Decode(void *r, PacketCursor *c, uint8_t, uint8_t) {
     storeField(r, 0, getU32(*c));
     return static_cast<uint8_t *>(r) + 8;
 }
-TrovResult failEncCalc(const void *, uint8_t, uint16_t *, uint8_t) { return 1; }
+TrovResult failEncCalc(const void *, uint8_t, WireSize *, uint8_t) { return 1; }
 
 constexpr StructField kDeep[] = {structField(1, kStructAttribute, 16), structEnd()};
 // A structure row passes the array flag it gets on as its nesting level.
-TrovResult deepEncCalc(const void *v, uint8_t a, uint16_t *s, uint8_t) { return structEncCalc(kDeep, v, s, a); }
+TrovResult deepEncCalc(const void *v, uint8_t a, WireSize *s, uint8_t) { return structEncCalc(kDeep, v, s, a); }
 void deepEncode(PacketCursor *c, const void *v, uint8_t a, uint8_t) { structEncode(kDeep, c, v, a); }
 TrovResult deepDecCalc(PacketCursor *c, uint8_t a, RecordSize *s, uint8_t) { return structDecCalc(kDeep, 16, c, s, a); }
 void *deepDecode(void *r, PacketCursor *c, uint8_t a, uint8_t) {
@@ -143,25 +143,25 @@ struct Decoded {
 // extent reported, then re-encodes the decoded record: the same bytes.
 Decoded roundTrip(const StructField *d, const void *record, uint16_t fixedRecordBytes) {
     Decoded out;
-    uint16_t size = 0;
+    WireSize size;
     EXPECT_EQ(structEncCalc(d, record, &size), 0u);
-    out.wire.resize(size);
-    PacketCursor c{out.wire.data(), size};
+    out.wire.resize(size.bytes);
+    PacketCursor c{out.wire.data(), size.bytes};
     EXPECT_EQ(structEncode(d, &c, record), 0u);
     EXPECT_EQ(c.remaining, 0u);
-    PacketCursor r{out.wire.data(), size};
+    PacketCursor r{out.wire.data(), size.bytes};
     EXPECT_EQ(structDecCalc(d, fixedRecordBytes, &r, &out.size), 0u);
     EXPECT_EQ(r.remaining, 0u);
     out.block.assign(out.size.extent / 8 + 2, kCanary);
-    PacketCursor dc{out.wire.data(), size};
+    PacketCursor dc{out.wire.data(), size.bytes};
     uint8_t *base = reinterpret_cast<uint8_t *>(out.block.data());
     out.end = structDecode(d, &dc, base, base + ((fixedRecordBytes + 7) & ~7));
     EXPECT_EQ(out.end, base + out.size.extent);
     EXPECT_EQ(dc.remaining, 0u);
     EXPECT_EQ(out.block[out.block.size() - 1], kCanary);
     EXPECT_EQ(out.block[out.block.size() - 2], kCanary);
-    Bytes again(size);
-    PacketCursor ac{again.data(), size};
+    Bytes again(size.bytes);
+    PacketCursor ac{again.data(), size.bytes};
     structEncode(d, &ac, base);
     EXPECT_EQ(again, out.wire);
     return out;
@@ -299,10 +299,10 @@ TEST_F(StructCodec, AttributesWithoutAUsableCodec) {
     for (uint16_t id : {0x0202, 0x0404, 0x0505, 0x0101}) {
         SCOPED_TRACE(id);
         const Record in{0x61, {id, 0, &gAttrValue}, 0x62};
-        uint16_t size = 0;
+        WireSize size;
         EXPECT_EQ(structEncCalc(d, &in, &size), 0u) << "the walk's failure is not passed on";
-        Bytes wire(size);
-        PacketCursor c{wire.data(), size};
+        Bytes wire(size.bytes);
+        PacketCursor c{wire.data(), size.bytes};
         structEncode(d, &c, &in);
         const Bytes expected = id == 0x0101 ? Bytes{0x61, 1, 1, 0, 4, 0xCA, 0xFE, 0xBA, 0xBE, 0x62}
                                             : Bytes{0x61, 0x62};
@@ -319,9 +319,9 @@ TEST_F(StructCodec, AttributesWithoutAUsableCodec) {
         EXPECT_STREQ(reinterpret_cast<char *>(block + 32), "abc");
         EXPECT_EQ(block[24], 0x62);
     }
-    uint16_t size = 0xAAAA; // an empty descriptor encodes nothing
+    WireSize size{0xAAAA, 0xAAAA}; // an empty descriptor encodes nothing
     EXPECT_EQ(structEncCalc(kEmpty, &gAttrValue, &size), 0u);
-    EXPECT_EQ(size, 0);
+    EXPECT_EQ(size.extent, 0u);
 }
 
 TEST_F(StructCodec, RecordOffsetRules) {
@@ -354,11 +354,11 @@ TEST_F(StructCodec, RecordOffsetRules) {
     uint8_t r[8] = {};
     structDecode(odd, &c, r, r + 8);
     EXPECT_EQ(r[0], 0x7F);
-    uint16_t size = 0;
+    WireSize size;
     structEncCalc(odd, r, &size);
     PacketCursor oc{wire.data(), 4};
     structEncode(odd, &oc, r);
-    EXPECT_EQ(size, 4);
+    EXPECT_EQ(size.bytes, 4);
     EXPECT_EQ(oc.remaining, 3u);
 }
 
@@ -387,11 +387,11 @@ TEST_F(StructCodec, NestingIsBoundedThroughArraysAndAttributes) {
     // A record that holds itself encodes to the bound, and exactly as sized.
     AttributeEntry self{0x0303, 0, nullptr};
     self.value = &self;
-    uint16_t size = 0;
+    WireSize size;
     structEncCalc(kDeep, &self, &size);
-    EXPECT_EQ(size, 4 * kMaxStructDepth);
-    Bytes wire(size);
-    PacketCursor c{wire.data(), size};
+    EXPECT_EQ(size.extent, 4 * kMaxStructDepth);
+    Bytes wire(size.bytes);
+    PacketCursor c{wire.data(), size.bytes};
     structEncode(kDeep, &c, &self);
     EXPECT_EQ(c.remaining, 0u);
     EXPECT_EQ(loadU16(wire.data() + 2), 4 * kMaxStructDepth - 4);

@@ -186,7 +186,12 @@ TrovResult attributePacketSize(const Tables &tables, const HeaderInfo *info, uin
     const auto version = static_cast<uint8_t>(info->version);
     const AttributeCodecRow *row = findAttributeRow(tables.attributes, attributeId, version);
     if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-    return row->ops.encCalc(value, isArray, size, version);
+    // The query reports the protocol's 16-bit figure, wrapped for values
+    // longer than 65535 bytes; the encoders go by the true extent.
+    WireSize bytes;
+    const TrovResult r = row->ops.encCalc(value, isArray, &bytes, version);
+    if (r == TROV_RESULT_OK) *size = bytes.bytes;
+    return r;
 }
 
 TrovResult eventPacketSize(const Tables &tables, const HeaderInfo *info, uint16_t eventCode,

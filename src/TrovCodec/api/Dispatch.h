@@ -46,12 +46,39 @@ struct RecordSize {
     uint32_t extent;
 };
 
+// What an encode size pass reports. `bytes` is the packet size in the
+// protocol's own 16-bit arithmetic: it wraps for a value longer than 65535
+// bytes, and it is what the size query reports and what length fields
+// carry. `extent` is what Encode really writes, in 32 bits (saturating, so
+// that no sum of a hostile record wraps back into range). Whoever reserves
+// room for an encode goes by `extent` and refuses what its length fields
+// cannot frame, so a wrapped figure never lets an encode write past its
+// buffer. `nullData` tells that the write pass would follow a null pointer
+// (array elements, string bytes or a value behind a non-zero count or
+// length): the size is still what the record states, so a size query answers
+// as usual, but every encoder refuses such a record with 1.
+struct WireSize {
+    uint16_t bytes = 0;
+    uint32_t extent = 0;
+    bool nullData = false;
+
+    static constexpr WireSize of(uint32_t n) { return WireSize{static_cast<uint16_t>(n), n, false}; }
+    constexpr void add(const WireSize &s) {
+        bytes = static_cast<uint16_t>(bytes + s.bytes);
+        extent = s.extent > UINT32_MAX - extent ? UINT32_MAX : extent + s.extent;
+        nullData = nullData || s.nullData;
+    }
+    constexpr void add(uint32_t n) { add(of(n)); }
+};
+
 // The four operations of a value codec (attribute and data-type rows).
-// EncCalc reports packet bytes; Encode writes them unchecked; DecCalc checks
+// EncCalc reports packet bytes (1 when it cannot size the value without
+// following a null pointer; a null pointer that only Encode would follow is
+// reported in `nullData`); Encode writes them unchecked; DecCalc checks
 // the packet holds the value, moves past it and reports record bytes; Decode
 // fills the record area unchecked and returns the next free 8-aligned address.
 struct ValueCodecOps {
-    TrovResult (*encCalc)(const void *value, uint8_t isArray, uint16_t *packetBytes,
+    TrovResult (*encCalc)(const void *value, uint8_t isArray, WireSize *packetBytes,
                           uint8_t version);
     void (*encode)(PacketCursor *cursor, const void *value, uint8_t isArray, uint8_t version);
     TrovResult (*decCalc)(PacketCursor *cursor, uint8_t isArray, RecordSize *recordBytes,

@@ -178,10 +178,10 @@ TrovResult encodeEventExtend(const EventExtendList *list, OctetString *data, uin
                 return TROV_RESULT_NULL_ARGUMENT;
     }
     const uint8_t count = list->count;
-    // The length is 16-bit and wraps as the protocol's does; `bytes` is what
-    // is really written and what the buffer gets room for.
-    uint16_t total = row != nullptr ? 0 : static_cast<uint16_t>(1 + 3 * count);
-    uint32_t bytes = total;
+    // The byte string's length is one byte (two for event 0x30); the total is
+    // the true extent, so that a value whose 16-bit size wraps is refused
+    // rather than written into room sized for the wrapped figure.
+    WireSize total = WireSize::of(row != nullptr ? 0 : 1 + 3 * count);
 
     struct Slot {
         uint8_t size;
@@ -202,23 +202,25 @@ TrovResult encodeEventExtend(const EventExtendList *list, OctetString *data, uin
         TrovResult missing = TROV_RESULT_OK;
         const ValueCodecOps *ops = codecOf(dataType, entry.identifier, version, &missing);
         if (ops == nullptr) return fail(missing);
-        uint16_t size = 0;
+        WireSize size;
         if (TrovResult r = ops->encCalc(entry.value, kArrayForm, &size, version)) return fail(r);
-        if (!dataType && size > 0xFF) return fail(TROV_RESULT_SHORT_INPUT);
-        slots[i] = Slot{static_cast<uint8_t>(size), ops->encode};
-        total = static_cast<uint16_t>(total + size);
-        bytes += size;
+        if (size.nullData) return fail(TROV_RESULT_NULL_ARGUMENT);
+        // An item's length byte frames at most 255 bytes.
+        if (!dataType && size.extent > 0xFF) return fail(TROV_RESULT_SHORT_INPUT);
+        slots[i] = Slot{static_cast<uint8_t>(size.bytes), ops->encode};
+        total.add(size);
     }
-    if (eventCode != kLongStringEvent && total > 0xFF) return fail(TROV_RESULT_SHORT_INPUT);
+    const uint32_t longest = eventCode == kLongStringEvent ? 0xFFFF : 0xFF;
+    if (total.extent > longest) return fail(TROV_RESULT_SHORT_INPUT);
 
     DecodeResult own{};
     bool allocated = false;
-    if (TrovResult r = prepareBuffer(&own, buffer, total, &allocated, bytes)) return fail(r);
-    if (eventCode == kLongStringEvent) data->length = total;
-    else std::memcpy(&data->length, &total, 1); // a one-byte length: the first byte only
+    if (TrovResult r = prepareBuffer(&own, buffer, total.bytes, &allocated)) return fail(r);
+    if (eventCode == kLongStringEvent) data->length = total.bytes;
+    else std::memcpy(&data->length, &total.bytes, 1); // a one-byte length: the first byte only
     data->data = static_cast<uint8_t *>(buffer->data);
 
-    PacketCursor c{static_cast<uint8_t *>(buffer->data), bytes};
+    PacketCursor c{static_cast<uint8_t *>(buffer->data), total.bytes};
     if (row == nullptr) putU8(c, count);
     for (uint8_t i = 0; i < count; ++i) {
         if (row == nullptr) {
@@ -226,6 +228,14 @@ TrovResult encodeEventExtend(const EventExtendList *list, OctetString *data, uin
             putU8(c, slots[i].size);
         }
         slots[i].encode(&c, list->entries[i].value, kArrayForm, version);
+    }
+    if (overrun(c)) {
+        // A size pass that under-reported: the writers stopped at the end of
+        // the buffer. Nothing of this call stays behind.
+        if (allocated) releaseOnFailure(&own, false, true);
+        data->length = 0;
+        data->data = nullptr;
+        return fail(TROV_RESULT_SHORT_INPUT);
     }
     if (slots != nullptr) heapFree(slots);
     return TROV_RESULT_OK;

@@ -9,20 +9,28 @@
 #endif
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 
 #if defined(TROV_ALLOC_SEAM)
 namespace {
 uint32_t failAt = 0;
+bool failOnwards = false;
 uint32_t allocations = 0;
 bool seamFails() {
     ++allocations;
-    return failAt != 0 && allocations == failAt;
+    return failAt != 0 && (allocations == failAt || (failOnwards && allocations > failAt));
 }
 } // namespace
 void failAllocationAt(uint32_t nth) {
     failAt = nth;
+    failOnwards = false;
+    allocations = 0;
+}
+void failAllocationsFrom(uint32_t nth) {
+    failAt = nth;
+    failOnwards = nth != 0;
     allocations = 0;
 }
 uint32_t allocationsSinceArmed() { return allocations; }
@@ -63,17 +71,21 @@ int freeIfSet(void *p) {
     return 0;
 }
 
-TrovResult reserveEncodeBuffer(HeaderInfo *info, uint16_t bodyLength, EncodeOutput *output,
-                               PacketCursor *body) {
+TrovResult reserveEncodeBuffer(HeaderInfo *info, uint32_t bodyLength, EncodeOutput *output,
+                               PacketCursor *body, bool *allocated) {
+    if (allocated != nullptr) *allocated = false;
     const HeaderCodecRow *row = findHeaderRow(static_cast<uint8_t>(info->version));
     if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    if (bodyLength > kMaxBodyLength) return TROV_RESULT_SHORT_INPUT;
     // The record keeps the body length even when a later step fails.
-    row->setToRecord(TROV_FIELD_BODY_LENGTH, info, &bodyLength);
+    const auto length = static_cast<uint16_t>(bodyLength);
+    row->setToRecord(TROV_FIELD_BODY_LENGTH, info, &length);
 
     const uint32_t total = uint32_t{row->headerLength} + bodyLength;
     if (output->data == nullptr) {
         output->data = static_cast<uint8_t *>(heapAlloc(total));
         if (output->data == nullptr) return TROV_RESULT_NO_MEMORY;
+        if (allocated != nullptr) *allocated = true;
     } else if (output->length < total) {
         return TROV_RESULT_BUFFER_TOO_SMALL;
     }
@@ -81,6 +93,19 @@ TrovResult reserveEncodeBuffer(HeaderInfo *info, uint16_t bodyLength, EncodeOutp
     body->position = row->encodeHeader(info, &whole);
     body->remaining = bodyLength;
     output->length = total;
+    return TROV_RESULT_OK;
+}
+
+TrovResult finishEncodeBuffer(EncodeOutput *output, PacketCursor &body, bool allocated) {
+    if (overrun(body)) {
+        if (allocated) {
+            heapFree(output->data);
+            output->data = nullptr;
+            output->length = 0;
+        }
+        return TROV_RESULT_SHORT_INPUT;
+    }
+    if (body.remaining != 0) std::memset(body.position, 0, body.remaining);
     return TROV_RESULT_OK;
 }
 

@@ -12,6 +12,9 @@
 
 namespace trov {
 
+// The longest body a packet can carry: the header's bodyLength is 16 bits.
+inline constexpr uint32_t kMaxBodyLength = 0xFFFF;
+
 // Raw heap access behind trovMalloc/trovFree. heapRealloc grows a block; on
 // Windows in place only (it fails rather than move the block).
 void *heapAlloc(uint32_t size);
@@ -24,10 +27,22 @@ int freeIfSet(void *p);
 // Sets the header's bodyLength, allocates the packet (output->data null) or
 // checks the caller's buffer, writes the header and points `body` just past
 // it with bodyLength bytes remaining; output->length becomes the total.
-// Results: 0; 8 no header codec; 6 allocation failed; 7 the caller's buffer
-// is shorter than 20 + bodyLength (nothing written to it).
-TrovResult reserveEncodeBuffer(HeaderInfo *info, uint16_t bodyLength, EncodeOutput *output,
-                               PacketCursor *body);
+// `bodyLength` is the true extent of the body the encoder is about to write:
+// one longer than 65535 bytes cannot be framed by the header's 16-bit field
+// and is refused before anything changes. `allocated`, when given, tells
+// whether this call allocated the packet.
+// Results: 0; 8 no header codec; 5 a body longer than 65535 bytes; 6
+// allocation failed; 7 the caller's buffer is shorter than 20 + bodyLength
+// (nothing written to it).
+TrovResult reserveEncodeBuffer(HeaderInfo *info, uint32_t bodyLength, EncodeOutput *output,
+                               PacketCursor *body, bool *allocated = nullptr);
+
+// Ends an encode begun by reserveEncodeBuffer once the body is written: the
+// body cursor must have been filled exactly. A cursor that overran (its size
+// pass under-reported, so the writers refused to go on) gives 5 and releases
+// a packet this encode allocated; bytes a size pass over-reported are
+// zeroed, so a packet never carries stale heap contents. Results: 0; 5.
+TrovResult finishEncodeBuffer(EncodeOutput *output, PacketCursor &body, bool allocated);
 
 // Gives a decode its body record: 5 (type 6) when the input holds fewer than
 // `needed` bytes; the caller's record when there is one; else a zeroed block
@@ -62,6 +77,8 @@ void releaseOnFailure(DecodeResult *result, bool freeRecord, bool freeBuffer);
 // reallocation from now (1 = the next) fails; 0 disarms. Returns the number
 // of allocations made since the last arming.
 void failAllocationAt(uint32_t nth);
+// As failAllocationAt, but every allocation from the nth on fails too.
+void failAllocationsFrom(uint32_t nth);
 uint32_t allocationsSinceArmed();
 #endif
 

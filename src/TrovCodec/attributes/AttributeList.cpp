@@ -7,17 +7,19 @@
 namespace trov {
 
 TrovResult attributeListEncCalc(const AttributeEntry *entries, uint16_t count, uint8_t isArray,
-                                uint8_t version, uint32_t *packetBytes) {
+                                uint8_t version, WireSize *packetBytes) {
     if (isArray > kMaxNesting) return TROV_RESULT_SHORT_INPUT;
-    uint32_t total = isArray != 0 ? 2 : 0;
     const uint16_t n = isArray != 0 ? count : 1;
+    if (n != 0 && entries == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    WireSize total = WireSize::of(isArray != 0 ? 2 : 0);
     for (uint16_t i = 0; i < n; ++i) {
         const AttributeCodecRow *row = lookupAttribute(entries[i].id, version);
         if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-        uint16_t size = 0;
+        WireSize size;
         if (TrovResult r = row->ops.encCalc(entries[i].value, nestedFlag(isArray), &size, version))
             return r;
-        total += 4u + size;
+        total.add(4);
+        total.add(size);
     }
     *packetBytes = total;
     return TROV_RESULT_OK;
@@ -30,10 +32,10 @@ void attributeListEncode(PacketCursor &cursor, const AttributeEntry *entries, ui
     for (uint16_t i = 0; i < n; ++i) {
         const AttributeCodecRow *row = lookupAttribute(entries[i].id, version);
         if (row == nullptr) continue;
-        uint16_t size = 0;
+        WireSize size;
         row->ops.encCalc(entries[i].value, nestedFlag(isArray), &size, version);
         putU16(cursor, entries[i].id);
-        putU16(cursor, size);
+        putU16(cursor, size.bytes);
         row->ops.encode(&cursor, entries[i].value, nestedFlag(isArray), version);
     }
 }
@@ -41,9 +43,9 @@ void attributeListEncode(PacketCursor &cursor, const AttributeEntry *entries, ui
 TrovResult singleAttributeEncCalc(uint16_t id, const void *value, uint16_t *packetBytes) {
     const AttributeCodecRow *row = lookupAttribute(id, 0);
     if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-    uint16_t size = 0;
+    WireSize size;
     if (TrovResult r = row->ops.encCalc(value, 1, &size, 0)) return r;
-    *packetBytes = static_cast<uint16_t>(size + 4);
+    *packetBytes = static_cast<uint16_t>(size.bytes + 4);
     return TROV_RESULT_OK;
 }
 

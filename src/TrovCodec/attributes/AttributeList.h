@@ -25,9 +25,10 @@ struct Sizes {
 };
 
 // Packet bytes of a list: 2 for the count in array form, plus 4 and the
-// value's size per entry. An identifier without a codec gives 10 at once.
+// value's size per entry. An identifier without a codec gives 10 at once;
+// null entries behind a non-zero count give 1.
 TrovResult attributeListEncCalc(const AttributeEntry *entries, uint16_t count, uint8_t isArray,
-                                uint8_t version, uint32_t *packetBytes);
+                                uint8_t version, WireSize *packetBytes);
 
 // Writes a list. An entry whose identifier has no codec is skipped without a
 // trace: a caller that sized the list first never meets one.

@@ -49,15 +49,18 @@ struct FixedValueCodec {
         getElement(copy, record);
     }
 
-    static TrovResult encCalc(const void *value, uint8_t isArray, uint16_t *packetBytes, uint8_t) {
+    static TrovResult encCalc(const void *value, uint8_t isArray, WireSize *packetBytes, uint8_t) {
         if (!kArrays || isArray == 0) {
-            *packetBytes = T.wireBytes;
+            *packetBytes = WireSize::of(T.wireBytes);
+            packetBytes->nullData = value == nullptr;
             return TROV_RESULT_OK;
         }
+        if (value == nullptr) return TROV_RESULT_NULL_ARGUMENT; // the count is in it
         const uint32_t n = arrayCount(value, T.prefixBytes);
         const uint32_t total = T.prefixBytes + n * T.wireBytes;
         if ((T.checks & kOverflowCheck) && total > 0xFFFF) return TROV_RESULT_SHORT_INPUT;
-        *packetBytes = static_cast<uint16_t>(total);
+        *packetBytes = WireSize::of(total);
+        packetBytes->nullData = n != 0 && arrayElements(value) == nullptr;
         return TROV_RESULT_OK;
     }
 

@@ -28,34 +28,42 @@ uint32_t loadLength(FieldKind k, const uint8_t *head) {
 
 } // namespace
 
-TrovResult layoutEncCalc(const Layout &layout, const uint8_t *record, uint32_t &packetBytes,
+TrovResult layoutEncCalc(const Layout &layout, const uint8_t *record, WireSize &packetBytes,
                          uint8_t isArray, uint8_t version) {
-    uint32_t total = 0;
     for (int i = 0; i < layout.count; ++i) {
         const LayoutField f = layout.fields[i];
         const uint8_t *field = record + f.offset;
         switch (f.kind) {
-        case FieldKind::U8: total += 1; break;
-        case FieldKind::U16: total += 2; break;
-        case FieldKind::U32: total += 4; break;
-        case FieldKind::Block12: total += 12; break;
+        case FieldKind::U8: packetBytes.add(1); break;
+        case FieldKind::U16: packetBytes.add(2); break;
+        case FieldKind::U32: packetBytes.add(4); break;
+        case FieldKind::Block12: packetBytes.add(12); break;
         case FieldKind::Octets8:
         case FieldKind::Octets16:
         case FieldKind::Chars8:
-        case FieldKind::Chars16: total += lengthPrefix(f.kind) + loadLength(f.kind, field); break;
-        case FieldKind::U32List: total += 1 + 4u * loadField<uint8_t>(field, 0); break;
+        case FieldKind::Chars16: {
+            const uint32_t n = loadLength(f.kind, field);
+            packetBytes.add(lengthPrefix(f.kind) + n);
+            packetBytes.nullData |= n != 0 && loadField<const uint8_t *>(field, 8) == nullptr;
+            break;
+        }
+        case FieldKind::U32List: {
+            const uint32_t n = loadField<uint8_t>(field, 0);
+            packetBytes.add(1 + 4 * n);
+            packetBytes.nullData |= n != 0 && loadField<const uint8_t *>(field, 8) == nullptr;
+            break;
+        }
         case FieldKind::Attributes: {
-            uint32_t list = 0;
+            WireSize list;
             if (TrovResult r = attributeListEncCalc(loadField<const AttributeEntry *>(field, 8),
                                                     loadField<uint16_t>(field, 0), nestedFlag(isArray),
                                                     version, &list))
                 return r;
-            total += list;
+            packetBytes.add(list);
             break;
         }
         }
     }
-    packetBytes += total;
     return TROV_RESULT_OK;
 }
 
@@ -205,14 +213,15 @@ constexpr uint32_t kVariantOffset = 8; // a selector record's variant part
 } // namespace
 
 TrovResult recordEncCalc(const RecordValueShape &s, const void *value, uint8_t isArray,
-                         uint16_t *packetBytes, uint8_t version) {
+                         WireSize *packetBytes, uint8_t version) {
+    if (value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const auto *record = static_cast<const uint8_t *>(value);
-    uint32_t total = 0;
+    WireSize total;
     auto element = [&](const uint8_t *e) -> TrovResult {
         if (s.layout != nullptr) return layoutEncCalc(*s.layout, e, total, isArray, version);
         const Layout *v = variantOf(s, e[0]);
         if (v == nullptr) return TROV_RESULT_NULL_ARGUMENT; // selector outside 1 to 4
-        total += 1;
+        total.add(1);
         return layoutEncCalc(*v, e + kVariantOffset, total, isArray, version);
     };
     if (s.prefixBytes == 0 || isArray == 0) {
@@ -220,12 +229,13 @@ TrovResult recordEncCalc(const RecordValueShape &s, const void *value, uint8_t i
     } else {
         const uint16_t n = arrayCount(record, 2);
         const auto *e = static_cast<const uint8_t *>(arrayElements(record));
+        if (n != 0 && e == nullptr) return TROV_RESULT_NULL_ARGUMENT; // their fields give the size
         const uint32_t stride = s.layout != nullptr ? s.layout->fixedBytes : 0;
-        total = 2;
+        total.add(2);
         for (uint32_t i = 0; i < n; ++i, e += stride)
             if (TrovResult r = element(e)) return r;
     }
-    *packetBytes = static_cast<uint16_t>(total);
+    *packetBytes = total;
     return TROV_RESULT_OK;
 }
 

@@ -12,7 +12,10 @@
 namespace trov {
 
 // The generic walks over one element of a layout.
-TrovResult layoutEncCalc(const Layout &layout, const uint8_t *record, uint32_t &packetBytes,
+// Adds the packet bytes of one element to packetBytes (marking nullData for
+// a null pointer behind a non-zero length or count); 1 for a nested list whose
+// entries are null behind a non-zero count.
+TrovResult layoutEncCalc(const Layout &layout, const uint8_t *record, WireSize &packetBytes,
                          uint8_t isArray, uint8_t version);
 void layoutEncode(const Layout &layout, PacketCursor &cursor, const uint8_t *record,
                   uint8_t isArray, uint8_t version);
@@ -32,7 +35,7 @@ struct RecordValueShape {
     const std::array<Layout, 4> *variants; // a selector type's variants
 };
 TrovResult recordEncCalc(const RecordValueShape &s, const void *value, uint8_t isArray,
-                         uint16_t *packetBytes, uint8_t version);
+                         WireSize *packetBytes, uint8_t version);
 void recordEncode(const RecordValueShape &s, PacketCursor *cursor, const void *value,
                   uint8_t isArray, uint8_t version);
 TrovResult recordDecCalc(const RecordValueShape &s, PacketCursor *cursor, uint8_t isArray,
@@ -55,7 +58,7 @@ struct RecordValueCodec {
     static_assert(!kSelector || T.prefixBytes == 0, "selector types have the scalar form only");
     static constexpr RecordValueShape kShape{T.prefixBytes, kSelector ? nullptr : &kLayout, &kVariants};
 
-    static TrovResult encCalc(const void *v, uint8_t a, uint16_t *size, uint8_t ver) {
+    static TrovResult encCalc(const void *v, uint8_t a, WireSize *size, uint8_t ver) {
         return recordEncCalc(kShape, v, a, size, ver);
     }
     static void encode(PacketCursor *c, const void *v, uint8_t a, uint8_t ver) {

@@ -136,7 +136,7 @@ struct StructureValueCodec {
 
     static uint32_t level(uint8_t isArray) { return isArray == 0 ? 1 : isArray; }
 
-    static TrovResult encCalc(const void *value, uint8_t isArray, uint16_t *size, uint8_t) {
+    static TrovResult encCalc(const void *value, uint8_t isArray, WireSize *size, uint8_t) {
         return structEncCalc(kFields, value, size, level(isArray));
     }
     static void encode(PacketCursor *cursor, const void *value, uint8_t isArray, uint8_t) {

@@ -5,10 +5,15 @@
 // consumes or produces n bytes adds n to the position and subtracts n from the
 // remaining count.
 //
-// Readers and writers do not test `remaining`: the codecs establish room
-// beforehand, the encoders with an EncCalc pass that sizes the buffer, the
-// decoders with a DecCalc pass that checks the packet holds every byte. The
-// sizing primitives (Sizing.h) are where decoded input is checked.
+// Readers do not test `remaining`: the decoders first run a DecCalc pass
+// that checks the packet holds every byte, and the sizing primitives
+// (Sizing.h) are where decoded input is checked. The encoders likewise size
+// their output with an EncCalc pass first, but the writers still never
+// write past `remaining`: a write that does not fit writes nothing and
+// leaves the cursor overrun (position null, nothing remaining), so every
+// later write is refused too and the encoder that owns the cursor sees it.
+// For records their size pass accepted this never happens; it is the last
+// line of defence should a size pass and a write pass ever disagree.
 #pragma once
 
 #include <cstddef>
@@ -38,18 +43,36 @@ inline void advance(PacketCursor &c, uint32_t n) {
 
 // ---- writers ---------------------------------------------------------------
 
+inline void markOverrun(PacketCursor &c) {
+    c.position = nullptr;
+    c.remaining = 0;
+}
+
+// Whether n more bytes fit; if not, the cursor becomes overrun.
+inline bool room(PacketCursor &c, uint32_t n) {
+    if (c.position != nullptr && c.remaining >= n) return true;
+    markOverrun(c);
+    return false;
+}
+
+// Whether a write did not fit since the cursor was set up.
+inline bool overrun(const PacketCursor &c) { return c.position == nullptr; }
+
 inline void putU8(PacketCursor &c, uint8_t v) {
+    if (!room(c, 1)) return;
     c.position[0] = v;
     advance(c, 1);
 }
 
 inline void putU16(PacketCursor &c, uint16_t v) {
+    if (!room(c, 2)) return;
     c.position[0] = static_cast<uint8_t>(v >> 8);
     c.position[1] = static_cast<uint8_t>(v);
     advance(c, 2);
 }
 
 inline void putU32(PacketCursor &c, uint32_t v) {
+    if (!room(c, 4)) return;
     c.position[0] = static_cast<uint8_t>(v >> 24);
     c.position[1] = static_cast<uint8_t>(v >> 16);
     c.position[2] = static_cast<uint8_t>(v >> 8);
@@ -85,8 +108,12 @@ inline void putValue(PacketCursor &c, const void *src, uint32_t width) {
 }
 
 // Copies n bytes; nothing when n is 0 or the cursor or its position is null.
+// A null source with a non-zero count is refused like a write that does not
+// fit: the size passes turn such records away before anything is written.
 inline void putBytes(PacketCursor *c, const void *src, uint32_t n) {
     if (n == 0 || c == nullptr || c->position == nullptr) return;
+    if (src == nullptr) return markOverrun(*c);
+    if (!room(*c, n)) return;
     std::memcpy(c->position, src, n);
     advance(*c, n);
 }

@@ -126,11 +126,20 @@ StructOptionList loadOptionList(const uint8_t *record, uint16_t at) {
     return loadField<StructOptionList>(record, at);
 }
 
-uint16_t optionListWireBytes(const StructOptionList &list) {
-    uint32_t total = 1;
-    for (uint32_t i = 0; i < list.count; ++i)
-        total += 2 + optionValueBytes(list.options[i].kind, list.options[i].length);
-    return static_cast<uint16_t>(total);
+// Packet bytes of an option list (255 options of 255 bytes pass 65535, so
+// this is the true extent, not a 16-bit figure). The options themselves must
+// be there when the count says so (false otherwise); a null value that has
+// bytes is marked in nullData.
+bool optionListWireBytes(const StructOptionList &list, WireSize &size) {
+    size.add(1);
+    if (list.count != 0 && list.options == nullptr) return false;
+    for (uint32_t i = 0; i < list.count; ++i) {
+        const StructOption &o = list.options[i];
+        const uint32_t n = optionValueBytes(o.kind, o.length);
+        size.add(2 + n);
+        size.nullData |= n != 0 && o.value == nullptr;
+    }
+    return true;
 }
 
 void encodeOptionList(PacketCursor &cursor, const StructOptionList &list) {
@@ -199,11 +208,17 @@ struct ExtraArea {
 // ---- the passes ----------------------------------------------------------------------
 
 // Encode size. Never stops: a field that cannot be sized counts nothing (and
-// is not written by the encode pass); the first such failure is kept.
+// is not written by the encode pass); the first such failure is kept. Null
+// pointers behind a non-zero count are different. Array elements or options
+// that are not there cannot be sized at all (`unsizable`, which fails the
+// operation with 1); bytes the encode pass would copy from a null pointer
+// are counted and reported in the size's nullData, so no encoder writes the
+// record.
 struct EncCalcPass {
     const uint8_t *record;
-    uint16_t total = 0;
+    WireSize total;
     TrovResult failure = TROV_RESULT_OK;
+    bool unsizable = false;
     // Nesting level of this walk: 1 at the top, one more per nested
     // record, array element or attribute value that uses a structure again.
     uint32_t level = 1;
@@ -211,13 +226,14 @@ struct EncCalcPass {
     void note(TrovResult r) {
         if (failure == TROV_RESULT_OK) failure = r;
     }
-    void add(uint32_t n) { total = static_cast<uint16_t>(total + n); }
+    void add(uint32_t n) { total.add(n); }
     void sub(const StructField *d, const uint8_t *subRecord) {
-        EncCalcPass inner{subRecord};
+        EncCalcPass inner{subRecord, {}};
         inner.level = level + 1;
         note(walk(d, inner));
         note(inner.failure);
-        add(inner.total);
+        unsizable = unsizable || inner.unsizable;
+        total.add(inner.total);
     }
 
     TrovResult scalar(const StructField &f, uint16_t at, ScalarImage &image) {
@@ -226,7 +242,8 @@ struct EncCalcPass {
         return TROV_RESULT_OK;
     }
     TrovResult countRead(uint16_t) { return TROV_RESULT_OK; }
-    TrovResult bytes(const StructField &, uint16_t, uint16_t count) {
+    TrovResult bytes(const StructField &, uint16_t at, uint16_t count) {
+        if (count > 0 && loadField<const uint8_t *>(record, at) == nullptr) total.nullData = true;
         add(count);
         return TROV_RESULT_OK;
     }
@@ -235,12 +252,16 @@ struct EncCalcPass {
         return TROV_RESULT_OK;
     }
     TrovResult options(uint16_t at) {
-        add(optionListWireBytes(loadOptionList(record, at)));
+        if (!optionListWireBytes(loadOptionList(record, at), total)) unsizable = true;
         return TROV_RESULT_OK;
     }
     TrovResult array(const StructField &f, uint16_t at, uint16_t count) {
         if (count == 0) return TROV_RESULT_OK;
         const auto *elements = loadField<const uint8_t *>(record, at);
+        if (elements == nullptr) {
+            unsizable = true;
+            return TROV_RESULT_OK;
+        }
         for (uint32_t i = 0; i < count; ++i) sub(f.nested, elements + size_t{i} * f.size);
         return TROV_RESULT_OK;
     }
@@ -251,13 +272,14 @@ struct EncCalcPass {
             note(TROV_RESULT_NO_ATTRIBUTE_CODEC);
             return TROV_RESULT_OK;
         }
-        uint16_t size = 0;
+        WireSize size;
         const TrovResult r = row->ops.encCalc(entry.value, attributeFlag(level), &size, kAttributeVersion);
         if (r != TROV_RESULT_OK) {
             note(r);
             return TROV_RESULT_OK;
         }
-        add(4u + size);
+        add(4);
+        total.add(size);
         return TROV_RESULT_OK;
     }
 };
@@ -305,11 +327,11 @@ struct EncodePass {
         const auto entry = loadField<AttributeEntry>(record, at);
         const AttributeCodecRow *row = lookupAttribute(entry.id, kAttributeVersion);
         if (row == nullptr) return TROV_RESULT_OK; // unknown identifier: nothing written
-        uint16_t size = 0;
+        WireSize size;
         if (row->ops.encCalc(entry.value, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
             return TROV_RESULT_OK;
         putU16(cursor, entry.id);
-        putU16(cursor, size);
+        putU16(cursor, size.bytes);
         row->ops.encode(&cursor, entry.value, attributeFlag(level), kAttributeVersion);
         return TROV_RESULT_OK;
     }
@@ -513,11 +535,12 @@ struct DecodePass {
 
 } // namespace
 
-TrovResult structEncCalc(const StructField *d, const void *record, uint16_t *size, uint32_t level) {
+TrovResult structEncCalc(const StructField *d, const void *record, WireSize *size, uint32_t level) {
     if (d == nullptr || record == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    EncCalcPass pass{static_cast<const uint8_t *>(record)};
+    EncCalcPass pass{static_cast<const uint8_t *>(record), {}};
     pass.level = level;
     walk(d, pass); // the walk's result (10, a codec's failure) is not passed on
+    if (pass.unsizable) return TROV_RESULT_NULL_ARGUMENT;
     *size = pass.total;
     return TROV_RESULT_OK;
 }

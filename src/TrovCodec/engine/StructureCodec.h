@@ -272,11 +272,14 @@ constexpr bool structDescriptorValid(const StructField *d, uint32_t depth = 0) {
 // attribute whose codec sized it). An attribute without a codec (or whose
 // codec fails to size it) counts nothing and is not written by structEncode
 // either. The walk's own result (10, or the codec's) is not passed on:
-// returns 0, or 1 for a null argument. The size is 16-bit like every packet
-// size (a record of more packet bytes wraps; no packet body could carry it).
-// structEncode writes exactly this many bytes, less 8 for each 8-byte scalar,
-// which is counted but not written.
-TrovResult structEncCalc(const StructField *d, const void *record, uint16_t *size,
+// returns 0, or 1 for a null argument or null array elements or options
+// behind a non-zero count (they cannot be sized). Null bytes behind a
+// non-zero count, or a null option value that has bytes, set the size's
+// nullData: no encoder may write such a record. The size's `bytes` is
+// 16-bit like every packet size (a record of more packet bytes wraps; no
+// packet body could carry it), its `extent` what structEncode really
+// writes, less 8 for each 8-byte scalar, which is counted but not written.
+TrovResult structEncCalc(const StructField *d, const void *record, WireSize *size,
                          uint32_t level = 1);
 
 // Writes `record` at the cursor and advances it. Does not check room: the

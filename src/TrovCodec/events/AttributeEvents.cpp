@@ -126,24 +126,24 @@ uint8_t *eventAttributeListDecode(PacketCursor &cursor, void *head, uint8_t *are
     return static_cast<uint8_t *>(alignUp8(next));
 }
 
-TrovResult eventAttributeListEncCalc(const void *head, uint32_t &packetBytes) {
+TrovResult eventAttributeListEncCalc(const void *head, WireSize &packetBytes) {
     const uint16_t n = loadField<uint16_t>(head, offsetof(AttributeList, count));
     const auto *entries = loadField<const AttributeEntry *>(head, offsetof(AttributeList, entries));
     if (n != 0 && entries == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    uint32_t total = 2;
+    WireSize total = WireSize::of(2);
     for (uint32_t i = 0; i < n; ++i) {
         const AttributeEntry &entry = entries[i];
+        total.add(4);
         if (const AttributeCodecRow *row = eventAttributeCodec(entry.id)) {
-            if (entry.value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-            uint16_t value = 0;
+            WireSize value;
             if (TrovResult r = row->ops.encCalc(entry.value, kValueForm, &value, kValueVersion)) return r;
-            total += 4u + value;
+            total.add(value);
         } else {
             if (entry.length != 0 && entry.value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-            total += 4u + entry.length;
+            total.add(entry.length);
         }
     }
-    packetBytes += total;
+    packetBytes.add(total);
     return TROV_RESULT_OK;
 }
 
@@ -155,9 +155,9 @@ void eventAttributeListEncode(PacketCursor &cursor, const void *head) {
         const AttributeEntry &entry = entries[i];
         putU16(cursor, entry.id);
         if (const AttributeCodecRow *row = eventAttributeCodec(entry.id)) {
-            uint16_t value = 0;
+            WireSize value;
             row->ops.encCalc(entry.value, kValueForm, &value, kValueVersion);
-            putU16(cursor, value);
+            putU16(cursor, value.bytes);
             row->ops.encode(&cursor, entry.value, kValueForm, kValueVersion);
         } else {
             putU16(cursor, entry.length);
@@ -240,7 +240,7 @@ void *attributeEventDecode(const AttributeEventPlan &plan, void *record, PacketC
 
 TrovResult attributeEventEncCalc(const AttributeEventPlan &plan, const void *record, uint16_t *packetBytes) {
     if (record == nullptr || packetBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    uint32_t total = plan.wireFixed;
+    WireSize total = WireSize::of(plan.wireFixed);
     uint32_t count = 0;
     for (uint8_t s = 0; s < plan.count; ++s) {
         const AttributeEventStep step = plan.steps[s];
@@ -251,14 +251,15 @@ TrovResult attributeEventEncCalc(const AttributeEventPlan &plan, const void *rec
         } else if (attributeEventIsRun(step.item)) {
             if (count != 0 && loadField<const void *>(record, step.offset) == nullptr)
                 return TROV_RESULT_NULL_ARGUMENT;
-            total += count * attributeEventRun(step.item).wireBytes;
+            total.add(count * attributeEventRun(step.item).wireBytes);
         } else if (step.item == Item::Attributes) {
             if (TrovResult r = eventAttributeListEncCalc(static_cast<const uint8_t *>(record) + step.offset, total))
                 return r;
         }
     }
-    if (total > 0xFFFF) return TROV_RESULT_BAD_VALUE;
-    *packetBytes = static_cast<uint16_t>(total);
+    if (total.nullData) return TROV_RESULT_NULL_ARGUMENT;
+    if (total.extent > 0xFFFF) return TROV_RESULT_SHORT_INPUT; // no 16-bit size can state it
+    *packetBytes = total.bytes;
     return TROV_RESULT_OK;
 }
 
@@ -310,7 +311,12 @@ TrovResult structureEventEncCalc(const void *record, uint16_t *packetBytes) {
     if (record == nullptr || packetBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const void *body = loadField<const void *>(record, 0);
     if (body == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    return structEncCalc(se::kBody, body, packetBytes);
+    WireSize size;
+    if (TrovResult r = structEncCalc(se::kBody, body, &size)) return r;
+    if (size.nullData) return TROV_RESULT_NULL_ARGUMENT;
+    if (size.extent > 0xFFFF) return TROV_RESULT_SHORT_INPUT; // no 16-bit size can state it
+    *packetBytes = size.bytes;
+    return TROV_RESULT_OK;
 }
 
 void structureEventEncode(PacketCursor *cursor, const void *record) {

@@ -304,7 +304,7 @@ uint8_t *eventAttributeListDecode(PacketCursor &cursor, void *head, uint8_t *are
 // the codec (array form, version 0) or, for an identifier without a codec,
 // `length` raw bytes. Adds the packet bytes to `packetBytes`. Results: 0; 1
 // entries or a value null where needed; an attribute codec's own result.
-TrovResult eventAttributeListEncCalc(const void *head, uint32_t &packetBytes);
+TrovResult eventAttributeListEncCalc(const void *head, WireSize &packetBytes);
 void eventAttributeListEncode(PacketCursor &cursor, const void *head);
 
 // ---- the generic operations (AttributeEvents.cpp) --------------------------------------

@@ -213,7 +213,7 @@ void *stringEventDecode(const StringEventPlan &plan, void *record, PacketCursor 
 
 TrovResult stringEventEncCalc(const StringEventPlan &plan, const void *record, uint16_t *packetBytes) {
     if (record == nullptr || packetBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    uint32_t total = 0;
+    uint64_t total = 0;
     for (uint8_t i = 0; i < plan.count; ++i) {
         const EventStep &s = plan.steps[i];
         const auto *pointer = s.pointer != 0 ? loadField<const uint8_t *>(record, s.pointer) : nullptr;
@@ -238,16 +238,17 @@ TrovResult stringEventEncCalc(const StringEventPlan &plan, const void *record, u
             const DataTypeCodecRow *row = valueCodec(loadField<uint16_t>(record, s.offset));
             if (row == nullptr) return TROV_RESULT_NO_DATA_TYPE_CODEC;
             if (pointer == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-            uint16_t valueBytes = 0;
+            WireSize valueBytes;
             const TrovResult r = row->ops.encCalc(pointer, kValueArrayForm, &valueBytes, kValueVersion);
             if (r != TROV_RESULT_OK) return r;
-            n = valueBytes;
+            if (valueBytes.nullData) return TROV_RESULT_NULL_ARGUMENT;
+            n = valueBytes.extent;
             break;
         }
         default: break;
         }
         if (n != 0 && s.pointer != 0 && pointer == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-        total += s.wireBytes + n;
+        total += s.wireBytes + uint64_t{n};
     }
     if (total > 0xFFFF) return TROV_RESULT_SHORT_INPUT;
     *packetBytes = static_cast<uint16_t>(total);

@@ -35,11 +35,12 @@ uint32_t scalarWidth(BodyFieldKind kind) {
     return kind == BodyFieldKind::U8 ? 1 : kind == BodyFieldKind::U16 ? 2 : 4;
 }
 
-// The encode size pass. On success `bodyLength` is the body's byte count
-// (32-bit, so that an overlong body is seen rather than wrapped).
+// The encode size pass. On success `bodyLength` is the body's true byte
+// count (saturating 32-bit, so that an overlong body is seen rather than
+// wrapped).
 TrovResult sizeRequest(const BodyLayout &l, const void *record, uint8_t version,
                        uint32_t &bodyLength) {
-    bodyLength = 0;
+    WireSize total;
     for (uint32_t i = 0; i < l.count; ++i) {
         const BodyField &f = l.fields[i];
         const uint8_t *field = at(record, fieldOffset(l, i));
@@ -47,14 +48,14 @@ TrovResult sizeRequest(const BodyLayout &l, const void *record, uint8_t version,
         case BodyFieldKind::U8:
         case BodyFieldKind::U16:
         case BodyFieldKind::U32:
-        case BodyFieldKind::Bytes: bodyLength += minimumWireBytes(f); break;
+        case BodyFieldKind::Bytes: total.add(minimumWireBytes(f)); break;
         case BodyFieldKind::String8:
         case BodyFieldKind::String16:
         case BodyFieldKind::Block: {
             const uint16_t n = stringLength(f.kind, field);
             if (n != 0 && loadField<const void *>(field, offsetof(OctetString, data)) == nullptr)
                 return TROV_RESULT_NULL_ARGUMENT;
-            bodyLength += minimumWireBytes(f) + n;
+            total.add(minimumWireBytes(f) + n);
             break;
         }
         case BodyFieldKind::Attribute: {
@@ -63,13 +64,16 @@ TrovResult sizeRequest(const BodyLayout &l, const void *record, uint8_t version,
             const AttributeCodecRow *row = lookupAttribute(id, version);
             if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
             if (value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-            uint16_t valueBytes = 0;
+            WireSize valueBytes;
             if (TrovResult r = row->ops.encCalc(value, 1, &valueBytes, version)) return r;
-            bodyLength += 2u + valueBytes;
+            if (valueBytes.nullData) return TROV_RESULT_NULL_ARGUMENT;
+            total.add(2);
+            total.add(valueBytes);
             break;
         }
         }
     }
+    bodyLength = total.extent;
     return TROV_RESULT_OK;
 }
 
@@ -197,12 +201,11 @@ TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *recor
     const auto version = static_cast<uint8_t>(info->version);
     uint32_t bodyLength = 0;
     if (TrovResult r = sizeRequest(l, record, version, bodyLength)) return r;
-    if (bodyLength > 0xFFFF) return TROV_RESULT_BAD_VALUE;
     PacketCursor body{};
-    if (TrovResult r = reserveEncodeBuffer(info, static_cast<uint16_t>(bodyLength), output, &body))
-        return r;
+    bool allocated = false;
+    if (TrovResult r = reserveEncodeBuffer(info, bodyLength, output, &body, &allocated)) return r;
     writeRequest(l, record, version, body);
-    return TROV_RESULT_OK;
+    return finishEncodeBuffer(output, body, allocated);
 }
 
 TrovResult decodeLayout(const BodyLayout &l, HeaderInfo *info, DecodeResult *result,

@@ -197,7 +197,7 @@ constexpr bool matchesRecord(const BodyLayout &l, size_t size,
 // Builds the request packet of layout `l` from `record` into `output`.
 // Results: 0; 1 a string with a length but no data, or an attribute without a
 // value; 10 an attribute identifier without a codec for the header's version;
-// the attribute codec's size result; 4 a body longer than 65535 bytes; 8, 6,
+// the attribute codec's size result; 5 a body longer than 65535 bytes; 8, 6,
 // 7 from reserving the output (nothing written to a caller's buffer that is
 // too short).
 TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *record,

@@ -20,13 +20,16 @@ TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const Me
     if (row == nullptr) return TROV_RESULT_NO_METHOD_CODEC;
     uint16_t wire = 0;
     if (TrovResult r = row->encCalc(record->params, record->paramsLength, &wire)) return r;
+    // Added in 32 bits: parameters within 6 bytes of 65535 make a body the
+    // 16-bit length cannot frame, which the reservation refuses.
     PacketCursor body{};
-    if (TrovResult r = reserveEncodeBuffer(info, static_cast<uint16_t>(wire + kPrefix), output, &body))
+    bool allocated = false;
+    if (TrovResult r = reserveEncodeBuffer(info, uint32_t{wire} + kPrefix, output, &body, &allocated))
         return r;
     putU32(body, record->value0);
     putU16(body, record->method);
     row->encode(&body, record->params, record->paramsLength);
-    return TROV_RESULT_OK;
+    return finishEncodeBuffer(output, body, allocated);
 }
 
 TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeResult *result,

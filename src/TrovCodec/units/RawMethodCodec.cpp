@@ -8,7 +8,8 @@
 namespace trov {
 namespace {
 
-TrovResult rawEncCalc(const void *, uint16_t paramsLength, uint16_t *wireBytes) {
+TrovResult rawEncCalc(const void *params, uint16_t paramsLength, uint16_t *wireBytes) {
+    if (paramsLength != 0 && params == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     *wireBytes = paramsLength;
     return TROV_RESULT_OK;
 }

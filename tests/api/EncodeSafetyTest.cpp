@@ -1,0 +1,137 @@
+// Records a buggy or hostile host can build, through the exported encoders.
+// Each case is a record that once made the library write past the memory it
+// allocated or was given, or read through a null pointer; the line above it
+// names the cause. Every encode refuses before writing, and the canary after
+// a caller's buffer stays intact.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "TrovCodec.h"
+
+namespace {
+
+constexpr uint8_t kCanary = 0xC5;
+
+HeaderInfo header(uint16_t code) {
+    HeaderInfo info{};
+    info.mark = 0xA7E5;
+    info.version = 0x10;
+    info.code = code;
+    return info;
+}
+
+// Encodes into a library-allocated packet and into a caller buffer of
+// `capacity` bytes followed by canaries; both must give `expected`.
+void expectEncode(uint16_t code, const void *record, uint32_t capacity, TrovResult expected,
+                  TrovResult expectedInBuffer) {
+    HeaderInfo info = header(code);
+    EncodeOutput allocated{nullptr, 0};
+    EXPECT_EQ(TROV_EncodeFU(&info, record, &allocated), expected);
+    if (expected != 0) {
+        EXPECT_EQ(allocated.data, nullptr);
+    }
+    if (allocated.data != nullptr) trovFree(allocated.data);
+
+    std::vector<uint8_t> buffer(capacity + 64, kCanary);
+    EncodeOutput given{buffer.data(), capacity};
+    info = header(code);
+    EXPECT_EQ(TROV_EncodeFU(&info, record, &given), expectedInBuffer);
+    for (size_t i = capacity; i < buffer.size(); ++i) ASSERT_EQ(buffer[i], kCanary) << "byte " << i;
+}
+
+class EncodeSafety : public testing::Test {
+  protected:
+    void SetUp() override { TROV_InitCoder(); }
+};
+
+// Raw method parameters (code 0x2000 and above, no row): the body is the
+// 6-byte prefix and the parameters, and its length is 16 bits.
+TEST_F(EncodeSafety, RawMethodBodiesTheHeaderCannotFrameAreRefused) {
+    std::vector<uint8_t> params(0xFFFF, 0x5A);
+    struct Case {
+        uint16_t length;
+        TrovResult result;
+    } const cases[] = {
+        {0xFFF9, 0}, // 65535 body bytes: the longest body there is
+        {0xFFFA, 5}, // 65536 wrapped to 0: a 20-byte packet then took 64 KB of parameters
+        {0xFFFF, 5},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.length);
+        MethodBody body{};
+        body.method = 0x2000;
+        body.params = params.data();
+        body.paramsLength = c.length;
+        // A caller buffer of 25 bytes once received the whole body.
+        expectEncode(0x1d, &body, 25, c.result, c.result == 0 ? 7 : c.result);
+        if (c.result == 0) expectEncode(0x1d, &body, 20 + 6 + c.length, 0, 0);
+    }
+}
+
+// Identifier 0x0806: 5-byte elements (u16 u16 u8, record stride 6) behind a
+// u16 count. Its size is reported in 16 bits, as the protocol defines, but
+// the encoders go by the true size.
+TEST_F(EncodeSafety, AttributeArraysLongerThan16BitsAreReportedWrappedAndNeverWritten) {
+    struct Case {
+        uint16_t count;
+        uint16_t reported; // 2 + 5 x count, 16-bit
+        TrovResult result;
+    } const cases[] = {
+        {13106, 65532, 0}, // body 2 + 65532 = 65534 bytes: fits
+        {13107, 65537 & 0xFFFF, 5},
+        {13108, 6, 5},      // 65542 wrapped to 6: an 8-byte body then took 64 KB
+        {0xFFFF, 65533, 5}, // 327677 wrapped to 65533
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.count);
+        std::vector<uint8_t> elements(size_t{c.count} * 6, 0x11);
+        AttributeArrayHeader array{c.count, elements.data()};
+        HeaderInfo info = header(0x12);
+        uint16_t size = 0xAAAA;
+        EXPECT_EQ(TROV_GetAttributePacketSize(&info, 0x0806, &array, 1, &size), 0u);
+        EXPECT_EQ(size, c.reported);
+
+        AttributeBody body{0x0806, &array, {nullptr, 0, 0}};
+        expectEncode(0x12, &body, 64, c.result, c.result == 0 ? 7 : c.result);
+
+        // As an extended-data item: one length byte frames at most 255 bytes.
+        EventExtendEntry entry{0, 0x0806, &array};
+        EventExtendList list{1, &entry};
+        OctetString data{0, nullptr};
+        uint8_t room[64];
+        BufferDesc buffer{room, sizeof room, 0};
+        EXPECT_EQ(TROV_EncodeEventExtend(&list, &data, 0x30, nullptr, 0x10, &buffer), 5u);
+    }
+}
+
+// A null pointer behind a non-zero count or length: sizes can still be
+// stated, but no encoder follows the pointer.
+TEST_F(EncodeSafety, NullDataBehindACountIsRefusedWithNullArgument) {
+    MethodBody raw{};
+    raw.method = 0x2000;
+    raw.paramsLength = 10; // params NULL: ten bytes were copied from address 0
+    expectEncode(0x1d, &raw, 64, 1, 1);
+
+    AttributeArrayHeader array{3, nullptr};
+    HeaderInfo info = header(0x12);
+    uint16_t size = 0;
+    EXPECT_EQ(TROV_GetAttributePacketSize(&info, 0x0806, &array, 1, &size), 0u);
+    EXPECT_EQ(size, 2 + 3 * 5);
+    AttributeBody body{0x0806, &array, {nullptr, 0, 0}};
+    expectEncode(0x12, &body, 64, 1, 1);
+
+    // An extended-data entry without a value was read through NULL.
+    EventExtendEntry entry{0, 0x0806, nullptr};
+    EventExtendList list{1, &entry};
+    OctetString data{0, nullptr};
+    BufferDesc buffer{nullptr, 0, 0};
+    EXPECT_EQ(TROV_EncodeEventExtend(&list, &data, 0x22, nullptr, 0x10, &buffer), 1u);
+    EXPECT_EQ(buffer.data, nullptr);
+    entry.value = &array;
+    EXPECT_EQ(TROV_EncodeEventExtend(&list, &data, 0x22, nullptr, 0x10, &buffer), 1u);
+    EXPECT_EQ(buffer.data, nullptr);
+}
+
+} // namespace

@@ -29,10 +29,8 @@ constexpr uint32_t pad8(uint32_t n) { return (n + 7u) & ~7u; }
 // The count or length of `width` bytes at `offset` of the body; bytes the
 // cursor does not hold read as 0.
 uint32_t countAt(const PacketCursor &c, uint64_t offset, uint32_t width) {
-    uint8_t wire[2] = {};
-    for (uint32_t i = 0; i < width; ++i)
-        if (offset + i < c.remaining) wire[i] = c.position[offset + i];
-    return width == 1 ? wire[0] : loadU16(wire);
+    auto byteAt = [&](uint64_t at) -> uint32_t { return at < c.remaining ? c.position[at] : 0u; };
+    return width == 1 ? byteAt(offset) : byteAt(offset) << 8 | byteAt(offset + 1);
 }
 
 // Copies n bytes to dst without reading past the cursor: what it lacks is

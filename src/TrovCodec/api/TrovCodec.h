@@ -284,10 +284,16 @@ TROV_API TrovResult TROV_DecodeHeader(HeaderInfo *info, const PacketCursor *curs
 
 /* Builds a function-unit request packet: header from `info` (its bodyLength is
  * set by the library, and keeps the value even if a later step fails) and
- * body from `record`, the body record of info->code, into `output`.
- * Results: 0; 1 NULL argument; 8 no header codec; 9 no body codec for the
- * code and version; otherwise the body codec's result (6 allocation failed,
- * 7 caller's buffer shorter than the packet, ...). */
+ * body from `record`, the body record of info->code, into `output`. Nothing
+ * is ever written past the packet the library allocates or the `length`
+ * bytes of a caller's buffer, whatever the record holds.
+ * Results: 0; 1 NULL argument, or a NULL pointer in the record behind a
+ * non-zero count or length; 5 a body longer than 65535 bytes, which the
+ * header's 16-bit bodyLength cannot frame (the record is refused before
+ * anything is written or allocated); 8 no header codec; 9 no body codec for
+ * the code and version; otherwise the body codec's result (6 allocation
+ * failed, 7 caller's buffer shorter than the packet, 10 or 11 no attribute
+ * or method codec, ...). */
 TROV_API TrovResult TROV_EncodeFU(HeaderInfo *info, const void *record, EncodeOutput *output);
 
 /* Decodes the function-unit packet at `cursor` (not advanced) into `info` and
@@ -312,8 +318,11 @@ TROV_API TrovResult TROV_DecodeFP(HeaderInfo *info, DecodeResult *result,
 
 /* Stores in *size the packet bytes that attribute `attributeId` with value
  * `value` takes (isArray non-zero: the value is an array header and a count
- * prefix is counted). The codec is chosen by info->version. Results: 0; 1
- * NULL argument; 10 no attribute codec; otherwise the codec's result. */
+ * prefix is counted). The codec is chosen by info->version. The size is the
+ * protocol's 16-bit figure: a value longer than 65535 bytes wraps (the
+ * encoders refuse such a value). Pointers the size does not depend on are
+ * not followed. Results: 0; 1 NULL argument, or a NULL pointer the size
+ * depends on; 10 no attribute codec; otherwise the codec's result. */
 TROV_API TrovResult TROV_GetAttributePacketSize(const HeaderInfo *info, uint16_t attributeId,
                                                 const void *value, uint8_t isArray,
                                                 uint16_t *size);
@@ -388,11 +397,13 @@ TROV_API TrovResult TROV_DecodeEventExtend(EventExtendList *list, const OctetStr
 
 /* Encodes `list` into `data`, whose bytes lie in the memory of `buffer`. With
  * a schema, its row for `eventCode` must match the list item by item.
+ * Sizes are the true ones: nothing is written past the buffer.
  * Results: 0; 1 a NULL argument, a zero version or event code, a list or
- * schema that does not match; 5 a value above 255 bytes, or data above 255
- * bytes for any event code but 0x30; 6 allocation failed; 10, 13 an
- * identifier or data type without a codec (raw items cannot be encoded); a
- * value codec's or the buffer's result. */
+ * schema that does not match, a NULL value or a NULL pointer inside a value
+ * behind a non-zero count or length; 5 a value above 255 bytes, or data
+ * above 255 bytes for any event code but 0x30 (above 65535 for 0x30); 6
+ * allocation failed; 10, 13 an identifier or data type without a codec (raw
+ * items cannot be encoded); a value codec's or the buffer's result. */
 TROV_API TrovResult TROV_EncodeEventExtend(const EventExtendList *list, OctetString *data,
                                            uint16_t eventCode, const EventExtendSchema *schema,
                                            uint8_t version, BufferDesc *buffer);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "api/Memory.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 namespace {
@@ -46,6 +47,34 @@ TEST_F(Memory, ReserveAllocatesThePacketAndPlacesTheHeader) {
                                   0,    0,    0,    0,    0,    0,    0, 0, 3, 4};
     EXPECT_EQ(std::memcmp(out.data, expected, 20), 0);
     trovFree(out.data);
+}
+
+// A body the header's 16-bit length cannot frame is refused before the
+// record or the output changes; after the writes, an overrun body releases
+// the packet the encode allocated and an underfilled one is zeroed.
+TEST_F(Memory, ReserveRefusesUnframeableBodiesAndFinishChecksTheWrites) {
+    HeaderInfo info = header();
+    EncodeOutput out{nullptr, 0};
+    PacketCursor body{nullptr, 0};
+    bool allocated = true;
+    EXPECT_EQ(reserveEncodeBuffer(&info, 0x10000, &out, &body, &allocated), 5u);
+    EXPECT_EQ(info.bodyLength, 0x7777);
+    EXPECT_EQ(out.data, nullptr);
+    EXPECT_FALSE(allocated);
+
+    ASSERT_EQ(reserveEncodeBuffer(&info, 0xFFFF, &out, &body, &allocated), 0u);
+    EXPECT_TRUE(allocated);
+    EXPECT_EQ(out.length, 20u + 0xFFFF);
+    putU8(body, 1);
+    EXPECT_EQ(finishEncodeBuffer(&out, body, allocated), 0u);
+    EXPECT_TRUE(allBytes(out.data + 21, 0xFFFE, 0)); // never stale heap bytes
+    trovFree(out.data);
+
+    out = EncodeOutput{nullptr, 0};
+    ASSERT_EQ(reserveEncodeBuffer(&info, 2, &out, &body, &allocated), 0u);
+    putU32(body, 1); // more than the size pass reserved
+    EXPECT_EQ(finishEncodeBuffer(&out, body, allocated), 5u);
+    EXPECT_EQ(out.data, nullptr); // released: LeakSanitizer would see it otherwise
 }
 
 TEST_F(Memory, ReserveUsesAnExactCallerBufferAndRefusesOneByteLess) {

@@ -43,6 +43,37 @@ TEST(Cursor, WritersAreBigEndianAndAdvance) {
     EXPECT_EQ(c.remaining, 4u);
 }
 
+// The writers never pass `remaining`: a write that does not fit writes
+// nothing and leaves the cursor overrun, so every later write is refused too.
+TEST(Cursor, WritersRefuseWhatDoesNotFitAndStayRefused) {
+    const uint8_t bytes[4] = {1, 2, 3, 4};
+    using Write = void (*)(PacketCursor &, const uint8_t *);
+    struct Case {
+        const char *name;
+        uint32_t width;
+        Write write;
+    } const cases[] = {
+        {"u8", 1, [](PacketCursor &c, const uint8_t *) { putU8(c, 0x11); }},
+        {"u16", 2, [](PacketCursor &c, const uint8_t *) { putU16(c, 0x1122); }},
+        {"u32", 4, [](PacketCursor &c, const uint8_t *) { putU32(c, 0x11223344); }},
+        {"value", 4, [](PacketCursor &c, const uint8_t *b) { putValue(c, b, 4); }},
+        {"bytes", 3, [](PacketCursor &c, const uint8_t *b) { putBytes(&c, b, 3); }},
+        {"bytes from null", 1, [](PacketCursor &c, const uint8_t *) { putBytes(&c, nullptr, 1); }},
+    };
+    for (const Case &k : cases) {
+        SCOPED_TRACE(k.name);
+        uint8_t out[8];
+        std::memset(out, 0xCC, sizeof out);
+        PacketCursor c{out, k.width - 1};
+        k.write(c, bytes);
+        EXPECT_TRUE(overrun(c));
+        EXPECT_EQ(c.remaining, 0u);
+        putU8(c, 0x22);
+        EXPECT_TRUE(overrun(c));
+        for (uint8_t b : out) EXPECT_EQ(b, 0xCC);
+    }
+}
+
 TEST(Cursor, ReadersAreBigEndianAndAdvance) {
     uint8_t in[] = {0x81, 0x82, 0x83, 0x84, 0x85, 0x86, 0x87, 0x01, 0x02, 0x03, 0x04,
                     0x05, 0x06, 0xA0, 0xA1, 0xA2, 0xA3, 0xB0, 0xB1, 0xB2, 0xB3, 0xEE};

@@ -1,0 +1,509 @@
+// Reads and writes at the edge of the caller's memory. Every input here ends
+// right before an inaccessible page and every caller's output buffer ends
+// there too, so a single byte read or written past the end kills the test
+// on every platform, with or without a sanitizer: every truncation of a valid
+// reply, header or extended-data string, and every output size from the exact
+// one down to zero.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "GuardedRegion.h"
+#include "TrovCodec.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+// Room for the longest packet a body can frame, and a margin before it.
+constexpr size_t kMargin = 16;
+const GuardedRegion &region() {
+    static const GuardedRegion r(20 + 0xFFFF + 64 + kMargin);
+    return r;
+}
+
+Bytes hex(const char *text) {
+    Bytes out;
+    int high = -1;
+    for (const char *p = text; *p != '\0'; ++p) {
+        int v;
+        if (*p >= '0' && *p <= '9') v = *p - '0';
+        else if (*p >= 'A' && *p <= 'F') v = *p - 'A' + 10;
+        else if (*p >= 'a' && *p <= 'f') v = *p - 'a' + 10;
+        else continue;
+        if (high < 0) {
+            high = v;
+        } else {
+            out.push_back(uint8_t(high << 4 | v));
+            high = -1;
+        }
+    }
+    return out;
+}
+
+// A reply on unit type 1 (every body decoded), the header giving the body's length.
+Bytes reply(uint16_t code, const Bytes &body) {
+    const auto n = uint16_t(body.size());
+    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8),
+                              uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    Bytes p(head, head + 20);
+    p.resize(20 + body.size());
+    std::copy(body.begin(), body.end(), p.begin() + 20);
+    return p;
+}
+
+// Fills the n bytes before the guard and the margin before them with a
+// canary; checks the margin alone, or the margin and the n bytes.
+void fillCanary(size_t n) { std::memset(region().tail(n + kMargin), 0xA5, n + kMargin); }
+bool canaryIntact(size_t n, bool bufferToo = true) {
+    const uint8_t *p = region().tail(n + kMargin);
+    for (size_t i = 0; i < (bufferToo ? n + kMargin : kMargin); ++i)
+        if (p[i] != 0xA5) return false;
+    return true;
+}
+
+class GuardPage : public testing::Test {
+protected:
+    static void SetUpTestSuite() { TROV_InitCoder(); }
+};
+
+// ---- decoders ----------------------------------------------------------------
+
+constexpr size_t kWhole = SIZE_MAX;
+constexpr size_t kNoBuffer = SIZE_MAX;
+
+struct DecodeCase {
+    const char *name;
+    uint16_t code;
+    const char *body;
+    size_t bufferAt;          // offset of the record's BufferDesc, or kNoBuffer
+    size_t complete = kWhole; // the shortest prefix of the body that decodes
+};
+
+void PrintTo(const DecodeCase &c, std::ostream *os) { *os << c.name; }
+
+const DecodeCase kDecodes[] = {
+    {"U32", 0x0b, "89ABCDEF", kNoBuffer},
+    {"FiveFields", 0x67, "00000001 00000002 00000003 ABCD EF", kNoBuffer},
+    {"ScalarAttribute", 0x12, "00CB 2A", offsetof(AttributeBody, buffer)},
+    // 0x0070: u16 elements behind a u16 count.
+    {"ArrayAttribute", 0x32, "0070 0002 0102 A0B0", offsetof(AttributeBody, buffer)},
+    // 0x0002: elements of a u8 and a u8-counted string behind a u16 count.
+    {"RecordArrayAttribute", 0x15, "0002 0002 01 02 6869 02 00", offsetof(AttributeBody, buffer)},
+    {"U32ThenAttribute", 0x57, "00000005 08D5 00000006", offsetof(U32AttributeBody, buffer)},
+    {"U16ThenAttribute", 0x35, "1234 0070 0001 BEEF", offsetof(U16AttributeBody, buffer)},
+    // Long framing: event 0x04 (a u8 and a string), event 0x12C (an attribute list).
+    {"LongEventList", 0x4d,
+     "00000001 02 0003 0004 05 0002"
+     "  0001 00000010 00000020 30 0004  07 02 6869"
+     "  0002 00000011 00000021 31 012C  0001 00CB 0001 2A",
+     offsetof(EventListBody, buffer)},
+    // Short framing: the same two events, then 0x39 with an item run and an
+    // option parameter (kind 1, a u32) before its string.
+    {"ShortEventList", 0x0a,
+     "AABBCCDD 03"
+     "  0004 77  07 02 6869"
+     "  012C 78  0001 00CB 0001 2A"
+     "  0039 79  0102 00000003 04 05 00000006  01 07 00000008  01 04 0000ABCD  02 6869",
+     offsetof(ShortEventListBody, buffer)},
+    {"MethodOneByteReply", 0x1d, "00000009 0092 01", offsetof(MethodBody, buffer)},
+    {"MethodCountedReply", 0x1d, "00000003 000B 0102 0003 414243", offsetof(MethodBody, buffer)},
+    {"MethodStructuredPairs", 0x1d, "00000002 00BB 01 02 0001 00000002 0003 00000004",
+     offsetof(MethodBody, buffer)},
+    {"MethodStructuredStrings", 0x1d, "00000002 00C0 1234 0002 02 AABB 01 CC", offsetof(MethodBody, buffer)},
+    // Raw parameters are whatever follows the method code; a method without
+    // a reply reads nothing.
+    {"RawMethod", 0x1d, "00000001 2000 0102030405060708090A", offsetof(MethodBody, buffer), 6},
+    {"MethodWithoutReply", 0x1d, "00000002 0066 DEAD", offsetof(MethodBody, buffer), 6},
+    {"TwoStrings", 0x6f, "00000001 09 616263646566676869 01 7A", offsetof(U32StringPairBody, buffer)},
+    {"LongString", 0x50, "00000001 00000002 0003 616263", offsetof(U32PairLongStringBody, buffer)},
+    {"TrailingBlock", 0x6d, "07 7879", offsetof(ByteBlockBody, buffer), 1},
+    {"BlockToPacketEnd", 0x31, "00000002 616263", offsetof(U32BlockBody, buffer), 4},
+    {"NoReply", 0x1a, "020C0D", kNoBuffer, 0},
+};
+
+void release(DecodeResult &r, size_t bufferAt) {
+    if (r.record == nullptr) return;
+    if (bufferAt != kNoBuffer) {
+        BufferDesc b;
+        std::memcpy(&b, static_cast<const uint8_t *>(r.record) + bufferAt, sizeof b);
+        trovFree(b.data);
+    }
+    trovFree(r.record);
+}
+
+class GuardedDecode : public GuardPage, public testing::WithParamInterface<DecodeCase> {};
+
+// The header keeps announcing the whole body; the cursor holds n bytes.
+TEST_P(GuardedDecode, EveryTruncationEndsAtTheGuard) {
+    const DecodeCase &c = GetParam();
+    const Bytes body = hex(c.body);
+    const Bytes packet = reply(c.code, body);
+    const size_t complete = 20 + (c.complete == kWhole ? body.size() : c.complete);
+    for (size_t n = 0; n <= packet.size(); ++n) {
+        SCOPED_TRACE(n);
+        const PacketCursor cursor{region().place(packet.data(), n), uint32_t(n)};
+        HeaderInfo info{};
+        DecodeResult result{nullptr, nullptr, 0xEEEE};
+        const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+        if (n < 20) {
+            EXPECT_EQ(r, TROV_RESULT_BAD_PACKET);
+            EXPECT_EQ(result.type, 0xEEEE);
+        } else if (n < complete) {
+            EXPECT_EQ(r, TROV_RESULT_SHORT_INPUT);
+            EXPECT_EQ(result.type, 6);
+            EXPECT_EQ(result.record, nullptr);
+        } else {
+            EXPECT_EQ(r, TROV_RESULT_OK);
+            EXPECT_EQ(result.type, 1);
+        }
+        release(result, c.bufferAt);
+
+        DecodeResult fp{nullptr, nullptr, 0};
+        EXPECT_EQ(TROV_DecodeFP(&info, &fp, &cursor), n < 20 ? TROV_RESULT_BAD_PACKET : TROV_RESULT_NO_BODY_CODEC);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Bodies, GuardedDecode, testing::ValuesIn(kDecodes),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+// Header fields from a packet of n bytes, each field's bytes at offset/width.
+TEST_F(GuardPage, HeaderAccessStopsAtTheGuard) {
+    const Bytes golden = hex("A7E5 10 01 0012 0007 0003 00000001 00000002 0001");
+    const Bytes other = hex("5AA5 11 08 8421 F00F 1234 89ABCDEF 76543210 C3C4");
+    const HeaderInfo goldenInfo{0xA7E5, 0x10, 0x01, 0x0012, 0x0007, 0x0003, 1, 2, 0x0001};
+    const struct { uint32_t index, offset, width; } fields[] = {
+        {0, 0, 2}, {1, 2, 1}, {2, 3, 1}, {3, 4, 2}, {4, 6, 2}, {5, 8, 2}, {6, 10, 4}, {7, 14, 4}, {8, 18, 2}, {9, 18, 1},
+    };
+    // A field's value as the Get/Set functions pass it: host order, its width.
+    auto hostBytes = [](const Bytes &packet, uint32_t offset, uint32_t width) {
+        uint32_t v = 0;
+        for (uint32_t i = 0; i < width; ++i) v = v << 8 | packet[offset + i];
+        Bytes out(width);
+        if (width == 1) out[0] = uint8_t(v);
+        if (width == 2) { const auto v16 = uint16_t(v); std::memcpy(out.data(), &v16, 2); }
+        if (width == 4) std::memcpy(out.data(), &v, 4);
+        return out;
+    };
+    for (uint32_t n = 0; n <= 20; ++n) {
+        SCOPED_TRACE(n);
+        const PacketCursor cursor{region().tail(n), n};
+        region().place(golden.data(), n);
+        HeaderInfo info{};
+        EXPECT_EQ(TROV_DecodeHeader(&info, &cursor), n < 20 ? TROV_RESULT_BAD_PACKET : TROV_RESULT_OK);
+
+        for (const auto &f : fields) {
+            SCOPED_TRACE(f.index);
+            const bool fits = n >= f.offset + f.width;
+            uint8_t out[4] = {0xEE, 0xEE, 0xEE, 0xEE};
+            region().place(golden.data(), n);
+            EXPECT_EQ(TROV_GetFromPacket(f.index, &cursor, out), fits ? TROV_RESULT_OK : TROV_RESULT_BAD_PACKET);
+            const Bytes expectedOut = fits ? hostBytes(golden, f.offset, f.width) : Bytes(f.width, 0xEE);
+            EXPECT_EQ(Bytes(out, out + f.width), expectedOut);
+
+            const Bytes value = hostBytes(other, f.offset, f.width);
+            Bytes expected(golden.begin(), golden.begin() + n);
+            if (fits) std::copy_n(other.begin() + f.offset, f.width, expected.begin() + f.offset);
+            EXPECT_EQ(TROV_SetToPacket(f.index, &cursor, value.data()),
+                      fits ? TROV_RESULT_OK : TROV_RESULT_BUFFER_TOO_SMALL);
+            EXPECT_EQ(Bytes(region().tail(n), region().end()), expected);
+        }
+
+        fillCanary(n);
+        const TrovResult r = TROV_EncodeHeader(&goldenInfo, &cursor);
+        if (n < 20) {
+            EXPECT_EQ(r, TROV_RESULT_BUFFER_TOO_SMALL);
+            EXPECT_TRUE(canaryIntact(n));
+        } else {
+            EXPECT_EQ(r, TROV_RESULT_OK);
+            EXPECT_EQ(Bytes(region().tail(n), region().end()), golden);
+        }
+    }
+}
+
+// ---- extended event data and option parameters ------------------------------
+
+struct ExtendCase {
+    const char *name;
+    uint16_t eventCode;
+    bool schema;
+    Bytes data;
+    size_t complete; // the shortest prefix that decodes
+};
+
+void PrintTo(const ExtendCase &c, std::ostream *os) { *os << c.name; }
+
+// Event 0x44's schema: a 12-byte data-type value, then attribute 0x00CB.
+const EventExtendItemSpec kSpecs[] = {{TROV_EXTEND_KIND_DATA_TYPE, 0x14}, {7, 0x00CB}};
+const EventExtendSchemaRow kRows[] = {{0x44, 2, kSpecs}};
+const EventExtendSchema kSchema{1, kRows};
+
+// 301 bytes: 75 one-byte items. Only event 0x30 reads a length above 255.
+Bytes seventyFiveItems() {
+    Bytes b = {75};
+    for (int i = 0; i < 75; ++i) b.insert(b.end(), {0x00, 0xCB, 1, uint8_t(i)});
+    return b;
+}
+
+const ExtendCase kExtends[] = {
+    {"SelfDescribing", 0x31, false, hex("02 00CB 01 5A 0070 06 0002 0102 A0B0"), 14},
+    // A raw item's bytes are not checked against the data: once its head is
+    // complete, the bytes that are there are kept.
+    {"RawItemLast", 0x31, false, hex("02 00CB 01 5A 0001 05 AABBCCDDEE"), 8},
+    {"Schema", 0x44, true, hex("0102030405060708090A0B0C 33"), 13},
+    {"SixteenBitLength", 0x30, false, seventyFiveItems(), 301},
+};
+
+class GuardedExtend : public GuardPage, public testing::WithParamInterface<ExtendCase> {};
+
+TEST_P(GuardedExtend, EveryTruncationEndsAtTheGuard) {
+    const ExtendCase &c = GetParam();
+    const EventExtendSchema *schema = c.schema ? &kSchema : nullptr;
+    for (size_t n = 0; n <= c.data.size(); ++n) {
+        SCOPED_TRACE(n);
+        const OctetString data{uint16_t(n), region().place(c.data.data(), n)};
+        EventExtendList list{};
+        BufferDesc buffer{};
+        const TrovResult r = TROV_DecodeEventExtend(&list, &data, c.eventCode, schema, 0x10, &buffer);
+        if (n < c.complete) {
+            EXPECT_EQ(r, TROV_RESULT_SHORT_INPUT);
+            EXPECT_EQ(list.entries, nullptr);
+            EXPECT_EQ(buffer.data, nullptr);
+        } else {
+            EXPECT_EQ(r, TROV_RESULT_OK);
+            EXPECT_EQ(static_cast<void *>(list.entries), buffer.data);
+        }
+        trovFree(buffer.data);
+    }
+}
+
+// The caller's buffer may not grow: the exact size or 7, and nothing
+// written outside it.
+TEST_P(GuardedExtend, EncodeIntoEveryBufferSizeEndsAtTheGuard) {
+    const ExtendCase &c = GetParam();
+    const EventExtendSchema *schema = c.schema ? &kSchema : nullptr;
+    BufferDesc decoded{};
+    EventExtendList list{};
+    const OctetString input{uint16_t(c.data.size()), const_cast<uint8_t *>(c.data.data())};
+    ASSERT_EQ(TROV_DecodeEventExtend(&list, &input, c.eventCode, schema, 0x10, &decoded), 0u);
+    if (c.complete < c.data.size()) { // a raw item, which cannot be encoded
+        trovFree(decoded.data);
+        return;
+    }
+    for (size_t size = c.data.size() + 1; size-- > 0;) {
+        SCOPED_TRACE(size);
+        fillCanary(size);
+        BufferDesc buffer{region().tail(size), uint16_t(size), 0};
+        OctetString data{};
+        const TrovResult r = TROV_EncodeEventExtend(&list, &data, c.eventCode, schema, 0x10, &buffer);
+        if (size == c.data.size()) {
+            ASSERT_EQ(r, TROV_RESULT_OK);
+            EXPECT_EQ(data.data, region().tail(size));
+            EXPECT_EQ(Bytes(region().tail(size), region().end()), c.data);
+        } else {
+            EXPECT_EQ(r, TROV_RESULT_BUFFER_TOO_SMALL);
+            EXPECT_TRUE(canaryIntact(size));
+        }
+    }
+    trovFree(decoded.data);
+}
+
+INSTANTIATE_TEST_SUITE_P(Data, GuardedExtend, testing::ValuesIn(kExtends),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+TEST_F(GuardPage, OptionParametersStopAtTheGuard) {
+    // Kind, the value bytes a decode reads, and the bytes an encode writes.
+    const struct { uint8_t kind, length, read, written; } kinds[] = {
+        {0, 0, 0, 2}, {1, 4, 4, 6}, {2, 4, 4, 6}, {3, 2, 2, 4}, {4, 2, 2, 4}, {5, 6, 6, 8}, {9, 5, 5, 1}, {9, 0, 0, 1},
+    };
+    const uint8_t value[8] = {0x89, 0xAB, 0xCD, 0xEF, 0x12, 0x34, 0x56, 0x78};
+    for (const auto &k : kinds) {
+        SCOPED_TRACE(testing::Message() << "kind " << int(k.kind) << " length " << int(k.length));
+        for (uint32_t n = 0; n <= k.read; ++n) {
+            PacketCursor cursor{region().place(value, n), n};
+            const PacketCursor before = cursor;
+            alignas(8) uint8_t destination[8];
+            void *next = trovDecode_OptionParam(k.kind, k.length, destination, &cursor);
+            if (n < k.read) {
+                EXPECT_EQ(next, nullptr) << n;
+                EXPECT_EQ(cursor.position, before.position);
+            } else {
+                EXPECT_NE(next, nullptr);
+                EXPECT_EQ(cursor.position, region().end());
+                EXPECT_EQ(cursor.remaining, 0u);
+            }
+        }
+
+        uint8_t reference[16] = {};
+        PacketCursor roomy{reference, sizeof reference};
+        trovEncode_OptionParam(&roomy, k.kind, value);
+        ASSERT_EQ(roomy.position, reference + k.written);
+        for (uint32_t n = 0; n <= k.written; ++n) {
+            fillCanary(n);
+            PacketCursor cursor{region().tail(n), n};
+            trovEncode_OptionParam(&cursor, k.kind, value);
+            if (n < k.written) {
+                EXPECT_TRUE(canaryIntact(n)) << n;
+                EXPECT_EQ(cursor.position, region().tail(n));
+            } else {
+                EXPECT_EQ(Bytes(region().tail(n), region().end()), Bytes(reference, reference + n));
+                EXPECT_EQ(cursor.position, region().end());
+            }
+        }
+    }
+}
+
+// ---- encoders -------------------------------------------------------------------
+
+uint8_t abc[] = {'a', 'b', 'c'};
+uint8_t hello[] = {'h', 'e', 'l', 'l', 'o'};
+uint16_t words[] = {0x0102, 0xA0B0, 0xFFFF};
+AttributeArrayHeader threeWords{3, words};
+
+// Parameter records of methods 0x0b (a u16-counted octet run) and 0xc0
+// (u16, a u8-counted u32 run, a u16-counted octet run).
+struct Octets16 {
+    uint16_t count;
+    uint8_t *data;
+};
+struct Method0xc0 {
+    uint16_t value;
+    struct {
+        uint8_t count;
+        uint32_t *data;
+    } values;
+    Octets16 octets;
+};
+static_assert(offsetof(Method0xc0, values) == 8 && offsetof(Method0xc0, octets) == 24 && sizeof(Method0xc0) == 40);
+uint32_t twoValues[] = {0x01020304, 0xF0F1F2F3};
+
+// Bytes for raw parameters and long strings.
+uint8_t *filler() {
+    static std::vector<uint8_t> bytes = [] {
+        std::vector<uint8_t> b(0x10000);
+        for (size_t i = 0; i < b.size(); ++i) b[i] = uint8_t(i * 7 + 1);
+        return b;
+    }();
+    return bytes.data();
+}
+
+struct EncodeCase {
+    const char *name;
+    uint16_t code;
+    const void *(*record)();
+    uint32_t bodyLength; // worked out from the layout
+};
+
+void PrintTo(const EncodeCase &c, std::ostream *os) { *os << c.name; }
+
+const EncodeCase kEncodes[] = {
+    {"HeaderOnly", 0x16, []() -> const void * { static EmptyBody r{}; return &r; }, 0},
+    {"U32", 0x0b, []() -> const void * { static U32Body r{0x89ABCDEF}; return &r; }, 4},
+    {"ArrayAttribute", 0x12, []() -> const void * { static AttributeBody r{0x0070, &threeWords, {}}; return &r; }, 10},
+    {"U32ThenArrayAttribute", 0x03,
+     []() -> const void * { static U32AttributeBody r{7, 0x0070, &threeWords, {}}; return &r; }, 14},
+    {"String", 0x06, []() -> const void * { static U32StringBody r{0xCAFEBABE, {3, abc}, {}}; return &r; }, 8},
+    {"TwoLongStrings", 0x7c,
+     []() -> const void * { static U32PairLongStringPairBody r{1, 2, {3, abc}, {5, hello}, {}}; return &r; }, 20},
+    {"StringThenByte", 0x67,
+     []() -> const void * { static U32PairStringByteBody r{1, 2, {5, hello}, 0x7F, {}}; return &r; }, 15},
+    {"Block", 0x01, []() -> const void * { static BlockBody r{{5, hello}, {}}; return &r; }, 5},
+    {"MethodCountedOctets", 0x1d,
+     []() -> const void * {
+         static Octets16 params{3, abc};
+         static MethodBody r{1, 0x0b, &params, sizeof params, {}};
+         return &r;
+     },
+     11},
+    {"MethodComputed", 0x1d,
+     []() -> const void * {
+         static Method0xc0 params{0x1234, {2, twoValues}, {3, abc}};
+         static MethodBody r{1, 0xc0, &params, sizeof params, {}};
+         return &r;
+     },
+     22},
+    {"MethodWithoutParameters", 0x1d, []() -> const void * { static MethodBody r{1, 0x66, nullptr, 0, {}}; return &r; }, 6},
+    {"RawMethod", 0x1d, []() -> const void * { static MethodBody r{1, 0x2000, filler(), 10, {}}; return &r; }, 16},
+    {"LongestRawMethod", 0x1d,
+     []() -> const void * { static MethodBody r{1, 0x2001, filler(), 0xFFFF - 6, {}}; return &r; }, 0xFFFF},
+};
+
+HeaderInfo requestHeader(uint16_t code) { return HeaderInfo{0xA7E5, 0x10, 0x01, code, 0, 0xEEEE, 0, 0, 1}; }
+
+// Every size below the packet for short packets; around the edges for long ones.
+std::vector<uint32_t> smallerSizes(uint32_t total) {
+    std::vector<uint32_t> sizes;
+    for (uint32_t n = 0; n < total; ++n)
+        if (total <= 1024 || n < 64 || total - n <= 64 || n % 4093 == 0) sizes.push_back(n);
+    return sizes;
+}
+
+class GuardedEncode : public GuardPage, public testing::WithParamInterface<EncodeCase> {};
+
+TEST_P(GuardedEncode, EveryBufferSizeEndsAtTheGuard) {
+    const EncodeCase &c = GetParam();
+    HeaderInfo h = requestHeader(c.code);
+    EncodeOutput allocated{nullptr, 0};
+    ASSERT_EQ(TROV_EncodeFU(&h, c.record(), &allocated), 0u);
+    const uint32_t total = 20 + c.bodyLength;
+    ASSERT_EQ(allocated.length, total);
+    const Bytes reference(allocated.data, allocated.data + total);
+    trovFree(allocated.data);
+
+    fillCanary(total);
+    EncodeOutput exact{region().tail(total), total};
+    ASSERT_EQ(TROV_EncodeFU(&h, c.record(), &exact), 0u);
+    EXPECT_EQ(exact.length, total);
+    EXPECT_EQ(Bytes(region().tail(total), region().end()), reference);
+    EXPECT_TRUE(canaryIntact(total, false)) << "written before the buffer";
+
+    for (uint32_t size : smallerSizes(total)) {
+        SCOPED_TRACE(size);
+        fillCanary(size);
+        EncodeOutput out{region().tail(size), size};
+        EXPECT_EQ(TROV_EncodeFU(&h, c.record(), &out), TROV_RESULT_BUFFER_TOO_SMALL);
+        EXPECT_EQ(out.length, size);
+        EXPECT_EQ(out.data, region().tail(size));
+        EXPECT_TRUE(canaryIntact(size));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Requests, GuardedEncode, testing::ValuesIn(kEncodes),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+// Bodies longer than the 16-bit body length can frame are refused whole
+// with 5: nothing is allocated, and nothing is written to a buffer sized for
+// the wrapped length or for the longest packet there is.
+TEST_F(GuardPage, BodiesTooLongToFrameAreRefused) {
+    static std::vector<uint16_t> manyWords(0x8000, 0xBEEF);
+    static AttributeArrayHeader manyWordsArray{0x8000, manyWords.data()};
+    static AttributeBody longAttribute{0x0070, &manyWordsArray, {}};
+    static MethodBody longRaw{1, 0x2000, filler(), 0xFFFF - 5, {}};
+    static U32PairLongStringPairBody longStrings{1, 2, {0xFFFF, filler()}, {0xFFFF, filler()}, {}};
+    const struct { const char *name; uint16_t code; const void *record; uint32_t bodyLength; } cases[] = {
+        {"attribute array of 32768 u16", 0x12, &longAttribute, 4 + 0x10000},
+        {"raw parameters one byte too long", 0x1d, &longRaw, 0x10000},
+        {"two strings of 65535 bytes", 0x7c, &longStrings, 8 + 2 * (2 + 0xFFFF)},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        HeaderInfo h = requestHeader(c.code);
+        for (uint32_t size : {20 + (c.bodyLength & 0xFFFF), 20 + 0xFFFFu}) {
+            SCOPED_TRACE(size);
+            fillCanary(size);
+            EncodeOutput out{region().tail(size), size};
+            EXPECT_EQ(TROV_EncodeFU(&h, c.record, &out), TROV_RESULT_SHORT_INPUT);
+            EXPECT_TRUE(canaryIntact(size));
+        }
+        EncodeOutput allocated{nullptr, 0};
+        EXPECT_EQ(TROV_EncodeFU(&h, c.record, &allocated), TROV_RESULT_SHORT_INPUT);
+        EXPECT_EQ(allocated.data, nullptr);
+        trovFree(allocated.data);
+    }
+}
+
+} // namespace

@@ -30,6 +30,10 @@ constexpr uint16_t roundUp8u16(uint32_t n) {
     return static_cast<uint16_t>((n + 7u) & 0xFFF8u);
 }
 
+// Rounds n up to a multiple of a (a > 0), in 32 bits: record offsets and
+// room, never the protocol's wrapping 16-bit sizes.
+constexpr uint32_t alignTo(uint32_t n, uint32_t a) { return (n + a - 1) / a * a; }
+
 // Rounds an address up to the next multiple of 8.
 inline void *alignUp8(void *p) {
     auto v = reinterpret_cast<uintptr_t>(p);

@@ -29,6 +29,7 @@
 #include <utility>
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 
@@ -107,8 +108,6 @@ struct StringEventPlan {
     uint16_t record; // fixed part of the record, rounded up to 8
     uint8_t slack;
 };
-
-constexpr uint16_t alignTo(uint32_t v, uint32_t a) { return static_cast<uint16_t>((v + a - 1) / a * a); }
 
 constexpr StringEventPlan planStringEvent(const StringEventLayout &layout) {
     StringEventPlan plan{};

@@ -23,6 +23,7 @@
 #include <initializer_list>
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 
@@ -67,7 +68,6 @@ struct BodyLayout {
 
 // ---- what a field list implies -------------------------------------------------
 
-constexpr uint32_t alignTo(uint32_t n, uint32_t a) { return (n + a - 1) / a * a; }
 
 constexpr bool isVariable(BodyFieldKind k) {
     return k == BodyFieldKind::String8 || k == BodyFieldKind::String16 || k == BodyFieldKind::Block ||

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <vector>
 
-#include "api/Memory.h"
 #include "engine/Cursor.h"
 #include "events/EventList.h"
 
@@ -65,7 +64,6 @@ std::vector<uint8_t> list(EventFraming framing, const std::vector<std::vector<ui
 
 class EventList : public testing::TestWithParam<EventFraming> {
 protected:
-    void TearDown() override { failAllocationAt(0); }
     static void freeAll(DecodeResult &r) {
         if (r.record == nullptr) return;
         const bool isLong = GetParam() == EventFraming::Long;
@@ -155,27 +153,6 @@ TEST_P(EventList, FailuresReleaseEverythingAndMarkTheResult) {
         EXPECT_EQ(r.type, 6);
         EXPECT_EQ(r.record, nullptr);
         EXPECT_EQ(r.buffer, nullptr);
-    }
-}
-
-TEST_P(EventList, EveryAllocationFailingInTurn) {
-    auto bytes = list(GetParam(), {blobEvent(GetParam(), 0x30, 9, 2)});
-    for (uint32_t nth = 1;; ++nth) {
-        SCOPED_TRACE(nth);
-        DecodeResult r{};
-        failAllocationAt(nth);
-        const TrovResult result = decode(bytes, r);
-        const uint32_t made = allocationsSinceArmed();
-        failAllocationAt(0);
-        if (made < nth) { // nothing failed: the decode is complete
-            EXPECT_EQ(result, 0u);
-            EXPECT_EQ(nth, 4u); // record, operation slots, block
-            freeAll(r);
-            break;
-        }
-        EXPECT_EQ(result, TROV_RESULT_NO_MEMORY);
-        EXPECT_EQ(r.type, 6);
-        EXPECT_EQ(r.record, nullptr); // LeakSanitizer checks the rest
     }
 }
 

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <vector>
 
-#include "api/Memory.h"
 #include "engine/Cursor.h"
 #include "units/MethodBody.h"
 
@@ -61,7 +60,6 @@ HeaderInfo header() {
 
 class MethodBodyCodec : public testing::Test {
 protected:
-    void TearDown() override { failAllocationAt(0); }
     static void release(DecodeResult &r) {
         if (r.record != nullptr) trovFree(static_cast<MethodBody *>(r.record)->buffer.data);
         trovFree(r.record);
@@ -115,33 +113,6 @@ TEST_F(MethodBodyCodec, RepliesAndTheirFailures) {
     EXPECT_EQ(decode({0, 0, 0, 2, 0x00, 0x92}, caller), TROV_RESULT_SHORT_INPUT);
     EXPECT_EQ(caller.record, &mine);
     EXPECT_EQ(mine.method, 0x92);
-}
-
-TEST_F(MethodBodyCodec, EveryAllocationFailingInTurn) {
-    for (uint32_t nth = 1;; ++nth) {
-        SCOPED_TRACE(nth);
-        DecodeResult r{};
-        failAllocationAt(nth);
-        const TrovResult result = decode({0, 0, 0, 2, 0x00, 0x92, 0x01}, r);
-        const uint32_t made = allocationsSinceArmed();
-        failAllocationAt(0);
-        if (made < nth) {
-            EXPECT_EQ(result, 0u);
-            EXPECT_EQ(nth, 3u); // the record, the params buffer
-            release(r);
-            break;
-        }
-        EXPECT_EQ(result, TROV_RESULT_NO_MEMORY);
-        EXPECT_EQ(r.type, 6);
-        EXPECT_EQ(r.record, nullptr);
-    }
-    const uint8_t params[] = {1, 2};
-    MethodBody m{0, 0x006B, const_cast<uint8_t *>(params), 2, {}};
-    HeaderInfo h = header();
-    EncodeOutput out{nullptr, 0};
-    failAllocationAt(1);
-    EXPECT_EQ(encodeMethodBodyWith(tables(), &h, &m, &out), TROV_RESULT_NO_MEMORY);
-    EXPECT_EQ(out.data, nullptr);
 }
 
 TEST_F(MethodBodyCodec, UninitialisedTablesKnowNoMethodAtAll) {

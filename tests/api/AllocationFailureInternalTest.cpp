@@ -1,0 +1,216 @@
+// Every exported call that allocates, under allocation failure.
+//
+// Each call is run once unarmed to count its allocations; then each of them
+// fails in turn, either alone or together with every later one. The call
+// must return 6, hand nothing out (a library-allocated packet, record or
+// buffer pointer stays null; a body decode's type becomes 6) and release
+// whatever else it had allocated, which the sanitizer build's leak check
+// sees. Failing one allocation beyond the count changes nothing.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "TrovCodec.h"
+#include "api/Memory.h"
+#include "engine/Cursor.h"
+
+namespace trov {
+namespace {
+
+// What a call left for its caller.
+struct Outcome {
+    TrovResult result;
+    bool handedOut; // a pointer the caller would own is set
+    int type;       // a body decode's result type; -1 for other calls
+};
+
+// ---- encoding ------------------------------------------------------------------
+
+Outcome encodeFU(uint16_t code, const void *record) {
+    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 0, code, 0, 0, 0, 0, 0};
+    EncodeOutput packet{nullptr, 0};
+    const TrovResult r = TROV_EncodeFU(&info, record, &packet);
+    const bool handedOut = packet.data != nullptr;
+    trovFree(packet.data);
+    return {r, handedOut, -1};
+}
+
+uint8_t kText[] = {'a', 'b', 'c', 'd'};
+uint32_t kNumbers[] = {1, 2};
+
+Outcome headerOnlyRequest() {
+    const EmptyBody record{};
+    return encodeFU(0x10, &record);
+}
+Outcome fixedRequest() {
+    const U32Body record{42};
+    return encodeFU(0x0b, &record);
+}
+Outcome attributeRequest() {
+    AttributeArrayHeader numbers{2, kNumbers}; // identifier 0x0090: u8 count, u32 values
+    const AttributeBody record{0x0090, &numbers, {nullptr, 0, 0}};
+    return encodeFU(0x12, &record);
+}
+Outcome stringsRequest() {
+    const U32StringPairBody record{7, {3, kText}, {4, kText}, {nullptr, 0, 0}};
+    return encodeFU(0x40, &record);
+}
+Outcome methodRequest() {
+    OctetString octets{3, kText}; // method 0x88: u8 length, octets
+    const MethodBody record{1, 0x88, &octets, 0, {nullptr, 0, 0}};
+    return encodeFU(0x1d, &record);
+}
+Outcome rawMethodRequest() {
+    const MethodBody record{1, 0x2001, kText, sizeof kText, {nullptr, 0, 0}};
+    return encodeFU(0x1d, &record);
+}
+
+// Extended data into a buffer the library allocates.
+Outcome encodeExtend(const EventExtendEntry &entry, const EventExtendSchema *schema) {
+    const EventExtendList list{1, const_cast<EventExtendEntry *>(&entry)};
+    OctetString data{0, nullptr};
+    BufferDesc buffer{nullptr, 0, 0};
+    const TrovResult r = TROV_EncodeEventExtend(&list, &data, 0x31, schema, TROV_PROTOCOL_VERSION, &buffer);
+    const bool handedOut = buffer.data != nullptr || data.data != nullptr;
+    trovFree(buffer.data);
+    return {r, handedOut, -1};
+}
+Outcome extendWithoutSchema() {
+    uint8_t value = 1; // identifier 0x00CB: one byte
+    return encodeExtend({0, 0x00CB, &value}, nullptr);
+}
+Outcome extendWithSchema() {
+    OctetString text{3, kText}; // data type 0x08: a character string
+    const EventExtendItemSpec item{TROV_EXTEND_KIND_DATA_TYPE, 0x08};
+    const EventExtendSchemaRow row{0x31, 1, &item};
+    const EventExtendSchema schema{1, &row};
+    return encodeExtend({TROV_EXTEND_KIND_DATA_TYPE, 0x08, &text}, &schema);
+}
+
+// ---- decoding ------------------------------------------------------------------
+
+// A reply of unit type 1 (every body is decoded) into a record the library
+// allocates; bufferOffset locates the record's managed buffer (0: none).
+Outcome decodeFU(uint16_t code, std::vector<uint8_t> body, size_t bufferOffset) {
+    const auto n = static_cast<uint16_t>(body.size());
+    std::vector<uint8_t> p = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8),
+                              uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    p.insert(p.end(), body.begin(), body.end());
+    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
+    HeaderInfo info{};
+    DecodeResult result{nullptr, nullptr, 0};
+    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const bool handedOut = result.record != nullptr || result.buffer != nullptr;
+    if (result.record != nullptr && bufferOffset != 0)
+        trovFree(loadField<BufferDesc>(result.record, bufferOffset).data);
+    trovFree(result.record);
+    return {r, handedOut, result.type};
+}
+
+Outcome fixedReply() { return decodeFU(0x0b, {0, 0, 0, 1}, 0); }
+Outcome attributeReply() {
+    return decodeFU(0x12, {0x00, 0x90, 2, 0, 0, 0, 1, 0, 0, 0, 2}, offsetof(AttributeBody, buffer));
+}
+Outcome stringReply() {
+    return decodeFU(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, offsetof(U32PairStringBody, buffer));
+}
+Outcome methodReply() { // method 0x96: u8, u8 length, characters
+    return decodeFU(0x1d, {0, 0, 0, 1, 0x00, 0x96, 5, 3, 'a', 'b', 'c'}, offsetof(MethodBody, buffer));
+}
+// One event 0x04 (u8, u8 length, octets) in each framing.
+Outcome longEventList() {
+    return decodeFU(0x4d, {0, 0, 0, 1, 2, 0, 3, 0, 4, 5, 0, 1, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 4, 0x00, 0x04, 9, 2, 'a', 'b'},
+                    offsetof(EventListBody, buffer));
+}
+Outcome shortEventList() {
+    return decodeFU(0x0a, {0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}, offsetof(ShortEventListBody, buffer));
+}
+
+Outcome decodeExtend() {
+    // Two items: identifier 0x00CB (one byte), and 0x0001, which has no codec
+    // and is kept raw.
+    uint8_t bytes[] = {2, 0x00, 0xCB, 1, 0x5A, 0x00, 0x01, 2, 0xAA, 0xBB};
+    const OctetString data{sizeof bytes, bytes};
+    EventExtendList list{0, nullptr};
+    BufferDesc buffer{nullptr, 0, 0};
+    const TrovResult r = TROV_DecodeEventExtend(&list, &data, 0x31, nullptr, TROV_PROTOCOL_VERSION, &buffer);
+    const bool handedOut = buffer.data != nullptr || list.entries != nullptr;
+    trovFree(buffer.data);
+    return {r, handedOut, -1};
+}
+
+Outcome hostAllocation() {
+    void *p = trovMalloc(16);
+    trovFree(p);
+    return {p != nullptr ? TROV_RESULT_OK : TROV_RESULT_NO_MEMORY, false, -1};
+}
+
+// ---- the suite -------------------------------------------------------------------
+
+struct Case {
+    const char *name;
+    Outcome (*call)();
+};
+
+const Case kCases[] = {
+    {"EncodeHeaderOnly", headerOnlyRequest},  {"EncodeFixed", fixedRequest},
+    {"EncodeAttribute", attributeRequest},    {"EncodeStrings", stringsRequest},
+    {"EncodeMethod", methodRequest},          {"EncodeRawMethod", rawMethodRequest},
+    {"EncodeExtend", extendWithoutSchema},    {"EncodeExtendSchema", extendWithSchema},
+    {"DecodeFixed", fixedReply},              {"DecodeAttribute", attributeReply},
+    {"DecodeStrings", stringReply},           {"DecodeMethod", methodReply},
+    {"DecodeLongEventList", longEventList},   {"DecodeShortEventList", shortEventList},
+    {"DecodeExtend", decodeExtend},           {"Malloc", hostAllocation},
+};
+
+enum class Failing { OnlyTheNth, FromTheNth };
+
+class AllocationFailure : public testing::TestWithParam<std::tuple<Case, Failing>> {
+protected:
+    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
+    void TearDown() override { failAllocationAt(0); }
+
+    // Runs the call with allocation `nth` (and with FromTheNth every later
+    // one) failing; returns its outcome and the allocations it attempted.
+    std::pair<Outcome, uint32_t> runFailing(uint32_t nth) {
+        if (std::get<1>(GetParam()) == Failing::OnlyTheNth) failAllocationAt(nth);
+        else failAllocationsFrom(nth);
+        const Outcome outcome = std::get<0>(GetParam()).call();
+        const uint32_t made = allocationsSinceArmed();
+        failAllocationAt(0);
+        return {outcome, made};
+    }
+};
+
+TEST_P(AllocationFailure, EachAllocationFailingGives6AndHandsNothingOut) {
+    const auto [unarmed, made] = runFailing(0);
+    ASSERT_EQ(unarmed.result, 0u);
+    ASSERT_GT(made, 0u) << "the call allocates nothing";
+    for (uint32_t nth = 1; nth <= made; ++nth) {
+        SCOPED_TRACE(testing::Message() << "allocation " << nth << " of " << made << " fails");
+        const Outcome failed = runFailing(nth).first;
+        EXPECT_EQ(failed.result, TROV_RESULT_NO_MEMORY);
+        EXPECT_FALSE(failed.handedOut);
+        if (failed.type >= 0) {
+            EXPECT_EQ(failed.type, 6);
+        }
+    }
+    const auto [beyond, attempted] = runFailing(made + 1);
+    EXPECT_EQ(beyond.result, 0u);
+    EXPECT_EQ(attempted, made);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryAllocatingCall, AllocationFailure,
+    testing::Combine(testing::ValuesIn(kCases), testing::Values(Failing::OnlyTheNth, Failing::FromTheNth)),
+    [](const auto &info) {
+        return std::string(std::get<0>(info.param).name) +
+               (std::get<1>(info.param) == Failing::OnlyTheNth ? "_Only" : "_Onwards");
+    });
+
+} // namespace
+} // namespace trov

@@ -1,0 +1,700 @@
+// Decoded records sized to the byte, in every family.
+//
+// A decode runs in two passes: a size pass reports the room the record needs
+// (a RecordSize extent, or the buffer a body decode asks of its caller) and
+// the decode pass fills it. Here every decode gets a heap block of exactly
+// the reported room followed by 16 canary bytes, for counts and lengths at
+// the rounding boundaries (0, 1, 7, 8, 255, 256 where the prefix allows). A
+// size pass that forgets a terminator byte or a rounding lets the decode
+// break the canary, or return an end beyond the room.
+//
+// The wire input is built from the families' own descriptions (value types,
+// event layouts, method field lists, body field lists, structure
+// descriptors), so every row of every table meets the same lengths.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "TrovCodec.h"
+#include "api/Dispatch.h"
+#include "attributes/FixedValueTypes.h"
+#include "attributes/RecordValueTypes.h"
+#include "attributes/StructureValueTypes.h"
+#include "engine/Cursor.h"
+#include "events/AttributeEvents.h"
+#include "events/StringEvents.h"
+#include "units/FunctionUnitBodies.h"
+#include "units/MethodCodecs.h"
+
+namespace trov {
+namespace {
+
+constexpr uint32_t kLengths[] = {0, 1, 7, 8, 255, 256};
+
+// ---- exact room ----------------------------------------------------------------
+
+constexpr uint32_t kCanaryBytes = 16;
+uint8_t canaryByte(uint32_t i) { return static_cast<uint8_t>(0xA5 ^ (i * 29)); }
+
+// A heap block of exactly `room` zeroed bytes (as the library zeroes a
+// buffer before decoding into it), then the canary.
+class ExactRoom {
+public:
+    explicit ExactRoom(uint32_t room) : room_(room), block_(static_cast<uint8_t *>(std::malloc(room + kCanaryBytes))) {
+        std::memset(block_, 0, room);
+        for (uint32_t i = 0; i < kCanaryBytes; ++i) block_[room + i] = canaryByte(i);
+    }
+    ~ExactRoom() { std::free(block_); }
+    ExactRoom(const ExactRoom &) = delete;
+    ExactRoom &operator=(const ExactRoom &) = delete;
+
+    uint8_t *data() const { return block_; }
+    uint8_t *end() const { return block_ + room_; }
+    bool canaryIntact() const {
+        for (uint32_t i = 0; i < kCanaryBytes; ++i)
+            if (block_[room_ + i] != canaryByte(i)) return false;
+        return true;
+    }
+    // Whether [p, p + n) lies inside the room.
+    bool holds(const void *p, uint32_t n = 0) const {
+        const auto *b = static_cast<const uint8_t *>(p);
+        return b >= block_ && b <= end() && n <= static_cast<uint32_t>(end() - b);
+    }
+
+private:
+    uint32_t room_;
+    uint8_t *block_;
+};
+
+// ---- wire input ------------------------------------------------------------------
+
+// n, as far as a count of `width` bytes holds it.
+uint32_t fit(uint32_t n, uint32_t width) { return std::min(n, width == 1 ? 0xFFu : 0xFFFFu); }
+
+struct Wire {
+    std::vector<uint8_t> bytes;
+
+    void number(uint32_t width, uint32_t v) {
+        for (uint32_t i = width; i-- > 0;) bytes.push_back(static_cast<uint8_t>(v >> (8 * i)));
+    }
+    // n bytes of letters: never zero, never a canary byte.
+    void fill(uint32_t n) {
+        for (uint32_t i = 0; i < n; ++i) bytes.push_back(static_cast<uint8_t>('a' + bytes.size() % 26));
+    }
+    // A count of `width` bytes (n, as far as it holds), then that many
+    // elements of elementBytes.
+    void counted(uint32_t width, uint32_t n, uint32_t elementBytes) {
+        number(width, fit(n, width));
+        fill(fit(n, width) * elementBytes);
+    }
+    void append(const Wire &w) { bytes.insert(bytes.end(), w.bytes.begin(), w.bytes.end()); }
+    PacketCursor cursor() { return PacketCursor{bytes.data(), static_cast<uint32_t>(bytes.size())}; }
+};
+
+uint16_t attributeId(uint16_t row) { return AttributeCodecTable[row - 1].identifiers[0]; }
+
+// Attribute values the builders nest: a character string (row 149), a
+// counted byte array (row 16), a structure whose 16-bit figure is short of
+// its extent (row 280: characters, then an array, which resets the figure),
+// and (row 0) raw bytes under an identifier without a codec.
+constexpr uint16_t kCharsRow = 149, kBytesRow = 16, kProfileRow = 280, kRawRow = 0;
+
+uint16_t unknownId() {
+    uint16_t id = 0xFFFF;
+    while (findBuiltinAttributeRow(id) != nullptr) --id;
+    return id;
+}
+
+// A value type of any family, as its description gives it.
+struct ValueShape {
+    const FixedValueType *fixed = nullptr;
+    const RecordValueType *record = nullptr;
+    const StructField *structure = nullptr;
+};
+
+ValueShape shapeOfRow(uint16_t row) {
+    ValueShape s;
+    for (const FixedValueType &t : kFixedValueTypes)
+        if (t.row == row) s.fixed = &t;
+    for (const RecordValueType &t : kRecordValueTypes)
+        if (t.row == row) s.record = &t;
+    for (const StructureValueType &t : kStructureValueTypes)
+        if (t.row == row) s.structure = t.fields;
+    return s;
+}
+
+void valueWire(Wire &w, const ValueShape &s, uint32_t n, uint8_t isArray, uint8_t selector = 1);
+
+// A list of identified items: a count of countWidth bytes (n, as far as it
+// holds), then per item a u16 identifier, a length of lengthWidth bytes and
+// the value in array form. Items cycle through `rows`; the first is n long,
+// the others 0 to 9.
+void itemListWire(Wire &w, uint32_t n, uint32_t countWidth, uint32_t lengthWidth,
+                  std::initializer_list<uint16_t> rows) {
+    const uint32_t count = fit(n, countWidth);
+    w.number(countWidth, count);
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint16_t row = rows.begin()[i % rows.size()];
+        const uint32_t length = i == 0 ? n : (n + i) % 10;
+        Wire value;
+        if (row == kRawRow) value.fill(fit(length, lengthWidth));
+        else valueWire(value, shapeOfRow(row), length, 1);
+        w.number(2, row == kRawRow ? unknownId() : attributeId(row));
+        w.number(lengthWidth, static_cast<uint32_t>(value.bytes.size())); // codecs read the value, not this
+        w.append(value);
+    }
+}
+
+// One element of a record value type: every variable field n long.
+void layoutWire(Wire &w, const Layout &l, uint32_t n) {
+    for (int i = 0; i < l.count; ++i) {
+        switch (l.fields[i].kind) {
+        case FieldKind::U8: w.fill(1); break;
+        case FieldKind::U16: w.fill(2); break;
+        case FieldKind::U32: w.fill(4); break;
+        case FieldKind::Block12: w.fill(12); break;
+        case FieldKind::Octets8:
+        case FieldKind::Chars8: w.counted(1, n, 1); break;
+        case FieldKind::Octets16:
+        case FieldKind::Chars16: w.counted(2, n, 1); break;
+        case FieldKind::U32List: w.counted(1, n, 4); break;
+        case FieldKind::Attributes: itemListWire(w, n, 2, 2, {kBytesRow}); break;
+        }
+    }
+}
+
+// u8 count, then per option kind, length and value; the kinds cycle through
+// the fixed ones (0 to 5) and raw ones of varying length.
+void optionListWire(Wire &w, uint32_t n) {
+    w.number(1, fit(n, 1));
+    for (uint32_t i = 0; i < fit(n, 1); ++i) {
+        const auto kind = static_cast<uint8_t>(i % 8);
+        uint8_t length = static_cast<uint8_t>(i * 5 % 17);
+        if (kind <= 5) trovEncCalc_OptionParam(kind, nullptr, &length); // the kind's own length
+        w.number(1, kind);
+        w.number(1, length);
+        w.fill(length);
+    }
+}
+
+// A record described for the structure codec: every count n, except inside
+// nested records and array elements (so that 256 hops stay small).
+void structureWire(Wire &w, const StructField *d, uint32_t n) {
+    uint32_t count = 0;
+    for (const StructField *f = d; f->number != 0; ++f) {
+        if (structIsScalar(f->kind) && f->countFlag != 0) w.number(f->size, count = fit(n, f->size));
+        else if (structIsScalar(f->kind)) w.fill(f->size);
+        else if (f->kind == kStructOctets || f->kind == kStructChars) w.fill(count);
+        else if (f->kind == kStructNested) structureWire(w, f->nested, n % 10);
+        else if (f->kind == kStructOptions) optionListWire(w, n);
+        else if (f->kind == kStructArray) {
+            for (uint32_t i = 0; i < count; ++i) structureWire(w, f->nested, (n + i) % 10);
+        } else if (f->kind == kStructAttribute) {
+            Wire value;
+            valueWire(value, shapeOfRow(kCharsRow), n, 1);
+            w.number(2, attributeId(kCharsRow));
+            w.number(2, static_cast<uint32_t>(value.bytes.size()));
+            w.append(value);
+        }
+        if (!structIsScalar(f->kind) && f->kind != kStructNested && f->kind != kStructOptions) count = 0;
+    }
+}
+
+// A value in scalar form (isArray 0) or array form; a selector type's
+// variant `selector`. Arrays of records hold up to two elements.
+void valueWire(Wire &w, const ValueShape &s, uint32_t n, uint8_t isArray, uint8_t selector) {
+    if (s.structure != nullptr) return structureWire(w, s.structure, n);
+    if (s.fixed != nullptr) {
+        if (s.fixed->prefixBytes == 0 || isArray == 0) return w.fill(s.fixed->wireBytes);
+        return w.counted(s.fixed->prefixBytes, n, s.fixed->wireBytes);
+    }
+    if (s.record->fields == nullptr) {
+        w.number(1, selector);
+        return layoutWire(w, parseLayout(s.record->variants[selector - 1]), n);
+    }
+    const Layout l = parseLayout(s.record->fields);
+    if (s.record->prefixBytes == 0 || isArray == 0) return layoutWire(w, l, n);
+    w.number(2, std::min(n, 2u));
+    for (uint32_t i = 0; i < std::min(n, 2u); ++i) layoutWire(w, l, n);
+}
+
+// ---- the two checks ----------------------------------------------------------------
+
+// At codec level: sizes the item, decodes it into exactly the extent and
+// checks the canary, the returned end and that the whole item was read. The
+// structure codec bounds its own writes and drops what does not fit, so for
+// it (`fillsExtent`) an under-reported extent shows as an end short of it.
+template <class Size, class Decode>
+void expectInsideExtent(Wire &w, Size size, Decode decode, bool fillsExtent = false) {
+    PacketCursor sizing = w.cursor();
+    RecordSize reported{};
+    ASSERT_EQ(size(sizing, reported), 0u);
+    ExactRoom room(reported.extent);
+    PacketCursor c = w.cursor();
+    const auto *end = static_cast<const uint8_t *>(decode(room.data(), c));
+    EXPECT_TRUE(room.canaryIntact()) << "the decode wrote past the extent of " << reported.extent;
+    EXPECT_TRUE(room.holds(end)) << "the decode ends " << (end - room.data()) << " bytes in, beyond the extent of "
+                                 << reported.extent;
+    EXPECT_TRUE(!fillsExtent || end == room.end()) << "the decode dropped data that the extent left no room for";
+    EXPECT_EQ(c.remaining, 0u);
+}
+
+void expectValueInsideExtent(const ValueCodecOps &ops, Wire &w, uint8_t isArray, bool structure = false) {
+    expectInsideExtent(
+        w, [&](PacketCursor &c, RecordSize &s) { return ops.decCalc(&c, isArray, &s, TROV_PROTOCOL_VERSION); },
+        [&](void *record, PacketCursor &c) { return ops.decode(record, &c, isArray, TROV_PROTOCOL_VERSION); },
+        structure);
+}
+
+std::vector<uint8_t> packet(uint16_t code, const Wire &body) {
+    Wire p;
+    p.number(2, TROV_PROTOCOL_MARK);
+    p.number(1, TROV_PROTOCOL_VERSION);
+    p.number(1, TROV_FLAG_EXTENSION16);
+    p.number(2, code);
+    p.number(2, 0);
+    p.number(2, static_cast<uint32_t>(body.bytes.size()));
+    p.number(4, 0);
+    p.number(4, 0);
+    p.number(2, 1); // unit type 1: every body is decoded
+    p.append(body);
+    return p.bytes;
+}
+
+// The room a decode asks of its caller's buffer: the smallest capacity it
+// accepts. A smaller buffer is refused (7) before anything is written, so
+// the search writes only into a block of the largest capacity.
+template <class Decode>
+uint32_t roomAskedFor(Decode decode) {
+    std::vector<uint8_t> large(0xFFFF);
+    if (decode(large.data(), 0xFFFFu) != TROV_RESULT_OK) return UINT32_MAX;
+    uint32_t lo = 0, hi = 0xFFFF;
+    while (lo < hi) {
+        const uint32_t mid = (lo + hi) / 2;
+        if (decode(large.data(), mid) == TROV_RESULT_OK) hi = mid;
+        else lo = mid + 1;
+    }
+    return lo;
+}
+
+// Through TROV_DecodeFU: a reply decoded into a caller's record whose
+// managed buffer, at `bufferOffset`, is exactly the room the decode asks
+// for. `check` looks at the decoded record.
+struct Reply {
+    TrovResult result;
+    std::vector<uint64_t> record; // 8-aligned
+
+    template <class T>
+    T field(size_t offset) const {
+        return loadField<T>(record.data(), offset);
+    }
+};
+
+template <class Check>
+void expectReplyInsideItsRoom(const std::vector<uint8_t> &p, size_t recordBytes, size_t bufferOffset, Check check) {
+    auto decode = [&](void *data, uint32_t capacity) {
+        Reply r{0, std::vector<uint64_t>((recordBytes + 7) / 8, 0)};
+        storeField(r.record.data(), bufferOffset, BufferDesc{data, static_cast<uint16_t>(capacity), 0});
+        DecodeResult result{r.record.data(), nullptr, 0};
+        HeaderInfo info{};
+        const PacketCursor c{const_cast<uint8_t *>(p.data()), static_cast<uint32_t>(p.size())};
+        r.result = TROV_DecodeFU(&info, &result, &c, nullptr);
+        return r;
+    };
+    const uint32_t asked = roomAskedFor([&](void *data, uint32_t capacity) { return decode(data, capacity).result; });
+    ASSERT_NE(asked, UINT32_MAX) << "the reply does not decode";
+    ExactRoom room(asked);
+    const Reply r = decode(room.data(), asked);
+    ASSERT_EQ(r.result, 0u);
+    EXPECT_TRUE(room.canaryIntact()) << "the decode wrote past the " << asked << " bytes it asked for";
+    check(r, room);
+}
+
+class ExtentBoundary : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
+};
+
+std::string named(const char *prefix, uint32_t v, const char *format = "%04X") {
+    char digits[8];
+    std::snprintf(digits, sizeof digits, format, v);
+    return prefix + std::string(digits);
+}
+
+// ---- attribute rows and data types ---------------------------------------------------
+
+class AttributeRowExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
+
+TEST_P(AttributeRowExtent, DecodeStaysInsideTheExtent) {
+    const ValueShape shape = shapeOfRow(GetParam());
+    const int variants = shape.record != nullptr && shape.record->fields == nullptr ? 4 : 1;
+    for (uint32_t n : kLengths)
+        for (uint8_t isArray = 0; isArray <= 1; ++isArray)
+            for (uint8_t variant = 1; variant <= variants; ++variant) {
+                SCOPED_TRACE(testing::Message() << "length " << n << ", array form " << int{isArray}
+                                                << ", variant " << int{variant});
+                Wire w;
+                valueWire(w, shape, n, isArray, variant);
+                expectValueInsideExtent(AttributeCodecTable[GetParam() - 1].ops, w, isArray,
+                                        shape.structure != nullptr);
+            }
+}
+
+std::vector<uint16_t> allRows() {
+    std::vector<uint16_t> rows;
+    for (uint16_t r = 1; AttributeCodecTable[r - 1].identifiers != nullptr; ++r) rows.push_back(r);
+    return rows;
+}
+INSTANTIATE_TEST_SUITE_P(EveryRow, AttributeRowExtent, testing::ValuesIn(allRows()),
+                         [](const auto &info) { return named("Row", info.param, "%03u"); });
+
+// The string data types: those without an attribute row, described as the
+// value families describe them, and the two character strings.
+constexpr FixedValueType kByteString{0, 1, 2, 1, 0, {1}};
+constexpr RecordValueType kStringArray8{0, 2, "o8", {}};
+constexpr RecordValueType kStringArray16{0, 2, "o16", {}};
+
+ValueShape dataTypeShape(uint16_t code) {
+    switch (code) {
+    case 0x16:
+    case 0x18: return {&kByteString, nullptr, nullptr};
+    case 0x19: return {nullptr, &kStringArray8, nullptr};
+    case 0x1A: return {nullptr, &kStringArray16, nullptr};
+    default: return shapeOfRow(code == 0x08 ? kCharsRow : 148);
+    }
+}
+
+class DataTypeExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
+
+TEST_P(DataTypeExtent, DecodeStaysInsideTheExtent) {
+    const DataTypeCodecRow *row = findRow(DataTypeCodecTable, GetParam(), TROV_PROTOCOL_VERSION);
+    ASSERT_NE(row, nullptr);
+    for (uint32_t n : kLengths) {
+        SCOPED_TRACE(testing::Message() << "length " << n);
+        Wire w;
+        valueWire(w, dataTypeShape(GetParam()), n, 1);
+        expectValueInsideExtent(row->ops, w, 1);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Strings, DataTypeExtent, testing::Values(0x16, 0x18, 0x19, 0x1A, 0x08, 0x09),
+                         [](const auto &info) { return named("Type", info.param); });
+
+// ---- events and event lists -------------------------------------------------------------
+
+void stringEventWire(Wire &w, const StringEventLayout &l, uint32_t n) {
+    for (const EventField &f : l.fields) {
+        switch (f.kind) {
+        case EventFieldKind::End: return;
+        case EventFieldKind::U8: w.fill(1); break;
+        case EventFieldKind::U16: w.fill(2); break;
+        case EventFieldKind::U32: w.fill(4); break;
+        case EventFieldKind::Gap8: break;
+        case EventFieldKind::Block: w.fill(f.bytes); break;
+        case EventFieldKind::Octets8: w.counted(1, n, 1); break;
+        case EventFieldKind::Octets16: w.counted(2, n, 1); break;
+        case EventFieldKind::Items: w.counted(1, n, 5); break;
+        case EventFieldKind::ReservedValue:
+            if (n % 2 == 0) { // type 0x14, a 12-byte value, has room reserved
+                w.number(2, 0x14);
+                w.fill(12);
+                break;
+            }
+            [[fallthrough]]; // type 0x08 has none and is read over
+        case EventFieldKind::Value:
+            w.number(2, 0x08);
+            valueWire(w, shapeOfRow(kCharsRow), n, 1);
+            break;
+        case EventFieldKind::Option: // a raw kind of n bytes
+            w.number(1, 6 + n % 3);
+            w.counted(1, n, 1);
+            break;
+        }
+    }
+}
+
+void attributeEventWire(Wire &w, const AttributeEventLayout &l, uint32_t n) {
+    uint32_t count = 0;
+    for (AttributeEventItem item : l.items) {
+        if (item == AttributeEventItem::End) return;
+        if (item == AttributeEventItem::Count8 || item == AttributeEventItem::Count16)
+            w.number(attributeEventWidth(item), count = fit(n, attributeEventWidth(item)));
+        else if (item == AttributeEventItem::Attributes) itemListWire(w, n, 2, 2, {kCharsRow, kRawRow, kProfileRow});
+        else if (attributeEventIsRun(item)) w.fill(count * attributeEventRun(item).wireBytes);
+        else w.fill(attributeEventWidth(item)); // a scalar; a head has no wire bytes
+    }
+}
+
+Wire eventWire(uint16_t code, uint32_t n) {
+    Wire w;
+    for (const StringEventLayout &l : kStringEventLayouts)
+        if (std::find(std::begin(l.codes), std::end(l.codes), code) != std::end(l.codes)) stringEventWire(w, l, n);
+    if (const int row = attributeEventLayoutOf(code); row >= 0) attributeEventWire(w, kAttributeEventLayouts[row], n);
+    if (code == 0xC4 || code == 0xC5) structureWire(w, structure_event::kBody, n);
+    return w;
+}
+
+// Body 0x4d carries events in the long framing, body 0x0a in the short one.
+struct Framing {
+    uint16_t code;
+    bool isLong;
+    size_t recordBytes, bufferOffset, entriesOffset, entryBytes, bodyOffset;
+};
+constexpr Framing kLong{0x4d, true, sizeof(EventListBody), offsetof(EventListBody, buffer),
+                        offsetof(EventListBody, entries), sizeof(EventEntry), offsetof(EventEntry, body)};
+constexpr Framing kShort{0x0a, false, sizeof(ShortEventListBody), offsetof(ShortEventListBody, buffer),
+                         offsetof(ShortEventListBody, entries), sizeof(EventBriefEntry),
+                         offsetof(EventBriefEntry, body)};
+
+// The list's block holds the entries, then every event record; each entry
+// points into it.
+void expectEventListInsideItsRoom(const Framing &f, const std::vector<std::pair<uint16_t, Wire>> &events) {
+    Wire body;
+    body.fill(f.isLong ? 10 : 4);
+    body.number(f.isLong ? 2 : 1, static_cast<uint32_t>(events.size()));
+    for (const auto &[code, event] : events) {
+        if (f.isLong) body.fill(11);
+        body.number(2, code);
+        if (!f.isLong) body.fill(1);
+        body.append(event);
+    }
+    expectReplyInsideItsRoom(packet(f.code, body), f.recordBytes, f.bufferOffset, [&](const Reply &r, const ExactRoom &room) {
+        const auto *entries = r.field<const uint8_t *>(f.entriesOffset);
+        if (events.empty()) return;
+        ASSERT_EQ(entries, room.data());
+        for (size_t i = 0; i < events.size(); ++i)
+            EXPECT_TRUE(room.holds(loadField<const void *>(entries + i * f.entryBytes, f.bodyOffset))) << "event " << i;
+    });
+}
+
+class EventExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
+
+TEST_P(EventExtent, DecodeStaysInsideTheExtentAloneAndInBothListFramings) {
+    const EventCodecRow *row = findRow(FUEventCodecTable, GetParam(), TROV_PROTOCOL_VERSION);
+    ASSERT_NE(row, nullptr);
+    for (uint32_t n : kLengths) {
+        SCOPED_TRACE(testing::Message() << "length " << n);
+        Wire w = eventWire(GetParam(), n);
+        expectInsideExtent(
+            w, [&](PacketCursor &c, RecordSize &s) { return row->decCalc(&c, 0, &s); },
+            [&](void *record, PacketCursor &c) { return row->decode(record, &c, 0); },
+            GetParam() == 0xC4 || GetParam() == 0xC5);
+        for (const Framing &f : {kLong, kShort}) {
+            SCOPED_TRACE(f.isLong ? "long framing" : "short framing");
+            expectEventListInsideItsRoom(f, {{GetParam(), w}});
+        }
+    }
+}
+
+std::vector<uint16_t> allEventCodes() {
+    std::vector<uint16_t> codes;
+    for (const EventCodecRow *r = FUEventCodecTable; r->code != 0; ++r) codes.push_back(r->code);
+    return codes;
+}
+INSTANTIATE_TEST_SUITE_P(EveryCode, EventExtent, testing::ValuesIn(allEventCodes()),
+                         [](const auto &info) { return named("Event", info.param); });
+
+class EventListExtent : public ExtentBoundary, public testing::WithParamInterface<Framing> {};
+
+TEST_P(EventListExtent, EventCountsAroundTheBoundaries) {
+    const uint16_t mix[] = {0x04, 0x30, 0xB1, 0xBE, 0x12C, 0xC4}; // strings, lists, a structure
+    for (uint32_t n : kLengths) {
+        const uint32_t count = fit(n, GetParam().isLong ? 2 : 1);
+        SCOPED_TRACE(testing::Message() << count << " events");
+        std::vector<std::pair<uint16_t, Wire>> events;
+        for (uint32_t i = 0; i < count; ++i) events.emplace_back(mix[i % 6], eventWire(mix[i % 6], i % 10));
+        expectEventListInsideItsRoom(GetParam(), events);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Framings, EventListExtent, testing::Values(kLong, kShort),
+                         [](const auto &info) { return info.param.isLong ? "Long" : "Short"; });
+
+// ---- method replies ------------------------------------------------------------------------
+
+// A method's reply parameters. Code 0x2000 has no row: its parameters are
+// the raw bytes to the end of the body.
+constexpr uint16_t kRawMethod = 0x2000;
+
+Wire methodReplyWire(uint16_t code, uint32_t n) {
+    Wire w;
+    const size_t i = methodIndex(code);
+    if (i == kMethodCount) w.fill(n);
+    else if (kMethods[i].reply == MethodReply::Structured) structureWire(w, kMethods[i].replyDescriptor, n);
+    else
+        for (const MethodField &f : kMethods[i].replyFields) {
+            if (f.kind == MethodFieldKind::Scalar || f.kind == MethodFieldKind::Block) w.fill(f.width);
+            if (f.kind == MethodFieldKind::List || f.kind == MethodFieldKind::Chars) w.counted(f.countBytes, n, f.width);
+        }
+    return w;
+}
+
+class MethodExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
+
+TEST_P(MethodExtent, ReplyStaysInsideTheExtentAloneAndThroughBody0x1d) {
+    const MethodCodecRow *row = findMethodRow(activeTables(), GetParam(), TROV_PROTOCOL_VERSION);
+    ASSERT_NE(row, nullptr);
+    const size_t i = methodIndex(GetParam());
+    const bool structured = i < kMethodCount && kMethods[i].reply == MethodReply::Structured;
+    for (uint32_t n : kLengths) {
+        SCOPED_TRACE(testing::Message() << "length " << n);
+        Wire w = methodReplyWire(GetParam(), n);
+        uint16_t length = 0;
+        expectInsideExtent(
+            w, [&](PacketCursor &c, RecordSize &s) { return row->decCalc(&c, &length, &s); },
+            [&](void *record, PacketCursor &c) { return row->decode(record, &c); }, structured);
+
+        Wire body;
+        body.fill(4);
+        body.number(2, GetParam());
+        body.append(w);
+        expectReplyInsideItsRoom(packet(0x1d, body), sizeof(MethodBody), offsetof(MethodBody, buffer),
+                                 [](const Reply &r, const ExactRoom &room) {
+                                     EXPECT_EQ(r.field<void *>(offsetof(MethodBody, params)), room.data());
+                                 });
+    }
+}
+
+std::vector<uint16_t> allMethodCodes() {
+    std::vector<uint16_t> codes;
+    for (const MethodInfo &m : kMethods) codes.push_back(m.code);
+    codes.push_back(kRawMethod);
+    return codes;
+}
+INSTANTIATE_TEST_SUITE_P(EveryCode, MethodExtent, testing::ValuesIn(allMethodCodes()),
+                         [](const auto &info) { return named("Method", info.param); });
+
+// ---- function-unit reply bodies ------------------------------------------------------------
+
+// Every reply layout with variable parts, and its decode operation, by which
+// the codes that reply with it are found in the body table.
+struct VariableReply {
+    const char *name;
+    const BodyLayout *layout;
+    BodyDecodeFn decode;
+};
+#define TROV_REPLY(L) VariableReply{#L, &k##L, &decodeBody<&k##L>}
+const VariableReply kVariableReplies[] = {
+    TROV_REPLY(AttributeBody),        TROV_REPLY(ByteBlockBody),         TROV_REPLY(ByteLongStringBody),
+    TROV_REPLY(BytePairLongStringBody), TROV_REPLY(ByteStringBody),      TROV_REPLY(LongStringBody),
+    TROV_REPLY(StringBody),           TROV_REPLY(U16AttributeBody),      TROV_REPLY(U16LongStringBody),
+    TROV_REPLY(U32AttributeBody),     TROV_REPLY(U32BlockBody),          TROV_REPLY(U32BytePairLongStringBody),
+    TROV_REPLY(U32PairByteLongStringBody), TROV_REPLY(U32PairLongStringBody), TROV_REPLY(U32PairStringBody),
+    TROV_REPLY(U32QuadLongStringBody), TROV_REPLY(U32QuadStringBody),    TROV_REPLY(U32StringPairBody),
+    TROV_REPLY(U32U16LongStringBody),
+};
+#undef TROV_REPLY
+
+// Every string and block n long; attribute values structures whose
+// characters and array are n long.
+Wire replyBodyWire(const BodyLayout &l, uint32_t n) {
+    Wire w;
+    for (uint32_t i = 0; i < l.count; ++i) {
+        const BodyField &f = l.fields[i];
+        if (f.kind == BodyFieldKind::String8) w.counted(1, n, 1);
+        else if (f.kind == BodyFieldKind::String16) w.counted(2, n, 1);
+        else if (f.kind == BodyFieldKind::Block) w.fill(n);
+        else if (f.kind == BodyFieldKind::Attribute) {
+            w.number(2, attributeId(kProfileRow));
+            valueWire(w, shapeOfRow(kProfileRow), n, 1);
+        } else {
+            w.fill(minimumWireBytes(f));
+        }
+    }
+    return w;
+}
+
+class ReplyBodyExtent : public ExtentBoundary, public testing::WithParamInterface<VariableReply> {};
+
+TEST_P(ReplyBodyExtent, DecodeStaysInsideTheBufferItAsksFor) {
+    const BodyLayout &l = *GetParam().layout;
+    int codes = 0;
+    for (const BodyCodecRow *row = FUCodecTable; row->code != 0; ++row) {
+        if (row->decode != GetParam().decode) continue;
+        ++codes;
+        for (uint32_t n : kLengths) {
+            SCOPED_TRACE(testing::Message() << "code 0x" << std::hex << row->code << std::dec << ", length " << n);
+            expectReplyInsideItsRoom(
+                packet(row->code, replyBodyWire(l, n)), layoutRecordBytes(l), bufferOffset(l),
+                [&](const Reply &r, const ExactRoom &room) {
+                    for (uint32_t k = 0; k < l.count; ++k) {
+                        const uint32_t at = fieldOffset(l, k);
+                        const auto s = r.field<OctetString>(at);
+                        if (l.fields[k].kind == BodyFieldKind::Attribute) {
+                            EXPECT_TRUE(room.holds(r.field<void *>(valueOffset(at))));
+                        } else if (isVariable(l.fields[k].kind)) {
+                            EXPECT_TRUE(s.length == 0 || room.holds(s.data, s.length));
+                        }
+                    }
+                });
+        }
+    }
+    EXPECT_GT(codes, 0) << "no body code replies with this layout";
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryVariableLayout, ReplyBodyExtent, testing::ValuesIn(kVariableReplies),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+// ---- extended event data -------------------------------------------------------------------
+
+// Event 0x30's byte string has a u16 length, so the items can be long. The
+// data holds n items (as far as the count byte holds), the first n long:
+// self-describing, raw values, character strings and byte arrays in turn;
+// with a schema, character strings, string arrays and records in turn.
+constexpr uint16_t kLongStringEvent = 0x30;
+
+class ExtendedDataExtent : public ExtentBoundary, public testing::WithParamInterface<bool> {};
+
+TEST_P(ExtendedDataExtent, DecodeStaysInsideTheBufferItAsksFor) {
+    const bool withSchema = GetParam();
+    for (uint32_t n : kLengths) {
+        SCOPED_TRACE(testing::Message() << "length " << n);
+        Wire data;
+        std::vector<EventExtendItemSpec> items;
+        if (!withSchema) itemListWire(data, n, 1, 1, {kRawRow, kCharsRow, kBytesRow});
+        for (uint32_t i = 0; withSchema && i < fit(n, 1); ++i) {
+            const uint32_t length = i == 0 ? n : (n + i) % 10;
+            if (i % 3 == 0) items.push_back({TROV_EXTEND_KIND_DATA_TYPE, 0x08});
+            if (i % 3 == 1) items.push_back({TROV_EXTEND_KIND_DATA_TYPE, 0x19});
+            if (i % 3 == 2) items.push_back({0, attributeId(3)});
+            valueWire(data, i % 3 == 2 ? shapeOfRow(3) : dataTypeShape(items.back().identifier), length, 1);
+        }
+        data.bytes.reserve(1); // a data pointer even without items
+        const EventExtendSchemaRow row{kLongStringEvent, static_cast<uint8_t>(items.size()), items.data()};
+        const EventExtendSchema schema{1, &row};
+        const OctetString string{static_cast<uint16_t>(data.bytes.size()), data.bytes.data()};
+        EventExtendList list{0, nullptr};
+        auto decode = [&](void *buffer, uint32_t capacity) {
+            BufferDesc b{buffer, static_cast<uint16_t>(capacity), 0};
+            return TROV_DecodeEventExtend(&list, &string, kLongStringEvent, withSchema ? &schema : nullptr,
+                                          TROV_PROTOCOL_VERSION, &b);
+        };
+        const uint32_t asked = roomAskedFor(decode);
+        ASSERT_NE(asked, UINT32_MAX) << "the data does not decode";
+        ExactRoom room(asked);
+        ASSERT_EQ(decode(room.data(), asked), 0u);
+        EXPECT_TRUE(room.canaryIntact()) << "the decode wrote past the " << asked << " bytes it asked for";
+        for (uint32_t i = 0; i < list.count; ++i) {
+            const EventExtendEntry &e = list.entries[i];
+            EXPECT_TRUE(room.holds(e.value)) << "item " << i;
+            if (withSchema || e.identifier != 0) continue;
+            const auto raw = loadField<EventExtendRawItem>(e.value, 0); // the record, then its bytes
+            EXPECT_TRUE(room.holds(e.value, sizeof raw) && room.holds(raw.data, raw.length)) << "item " << i;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, ExtendedDataExtent, testing::Bool(),
+                         [](const auto &info) { return info.param ? "Schema" : "SelfDescribing"; });
+
+} // namespace
+} // namespace trov

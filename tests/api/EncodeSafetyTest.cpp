@@ -70,6 +70,46 @@ TEST_F(EncodeSafety, RawMethodBodiesTheHeaderCannotFrameAreRefused) {
     }
 }
 
+// The longest raw parameters a body carries (0xFFF9 bytes, a 65535-byte
+// body) round to 0 in the record's 16-bit size: the decoder once copied
+// nothing and handed back a record that could not be encoded again. The
+// buffer now gets real room while its capacity keeps the wrapped figure.
+TEST_F(EncodeSafety, TheLongestRawMethodBodyRoundTrips) {
+    std::vector<uint8_t> params(0xFFF9);
+    for (size_t i = 0; i < params.size(); ++i) params[i] = uint8_t(i * 7);
+    MethodBody body{};
+    body.method = 0x2000;
+    body.params = params.data();
+    body.paramsLength = 0xFFF9;
+    HeaderInfo info = header(0x1d);
+    info.flags = 0x01;
+    info.extension = 1; // a unit type whose bodies are decoded
+    EncodeOutput packet{nullptr, 0};
+    ASSERT_EQ(TROV_EncodeFU(&info, &body, &packet), 0u);
+    ASSERT_EQ(packet.length, 20u + 0xFFFF);
+
+    HeaderInfo replyInfo{};
+    DecodeResult result{nullptr, nullptr, 0};
+    const PacketCursor cursor{packet.data, packet.length};
+    ASSERT_EQ(TROV_DecodeFU(&replyInfo, &result, &cursor, nullptr), 0u);
+    auto *decoded = static_cast<MethodBody *>(result.record);
+    ASSERT_NE(decoded, nullptr);
+    EXPECT_EQ(decoded->paramsLength, 0xFFF9);
+    EXPECT_EQ(decoded->buffer.capacity, 0); // (0xFFF9 + 7) & 0xFFF8
+    ASSERT_NE(decoded->params, nullptr);
+    EXPECT_EQ(std::memcmp(decoded->params, params.data(), params.size()), 0);
+
+    EncodeOutput again{nullptr, 0};
+    HeaderInfo againInfo = info;
+    ASSERT_EQ(TROV_EncodeFU(&againInfo, decoded, &again), 0u);
+    ASSERT_EQ(again.length, packet.length);
+    EXPECT_EQ(std::memcmp(again.data, packet.data, packet.length), 0);
+    trovFree(again.data);
+    trovFree(decoded->buffer.data);
+    trovFree(decoded);
+    trovFree(packet.data);
+}
+
 // Identifier 0x0806: 5-byte elements (u16 u16 u8, record stride 6) behind a
 // u16 count. Its size is reported in 16 bits, as the protocol defines, but
 // the encoders go by the true size.

@@ -229,9 +229,10 @@ TrovResult encodeEventExtend(const EventExtendList *list, OctetString *data, uin
         }
         slots[i].encode(&c, list->entries[i].value, kArrayForm, version);
     }
-    if (overrun(c)) {
+    if (total.extent != 0 && overrun(c)) {
         // A size pass that under-reported: the writers stopped at the end of
-        // the buffer. Nothing of this call stays behind.
+        // the buffer. Nothing of this call stays behind. (With nothing to
+        // write there may be no buffer at all, and nothing was written.)
         if (allocated) releaseOnFailure(&own, false, true);
         data->length = 0;
         data->data = nullptr;

@@ -19,22 +19,21 @@ void rawEncode(PacketCursor *cursor, const void *params, uint16_t paramsLength) 
 }
 
 // The params length is the remaining count taken as 16 bits; the record
-// takes it rounded up to a multiple of 8 with the 16-bit mask. The extent is
-// what rawDecode copies: everything, unless that rounding wraps, when it
-// copies nothing (a body that long cannot be a method invocation).
+// takes it rounded up to a multiple of 8 with the 16-bit mask, which wraps
+// to 0 for the longest parameters a body carries (0xFFF9 bytes and up). The
+// extent is what rawDecode copies, everything, rounded in 32 bits: the
+// buffer gets that much real room while its capacity keeps the wrapped
+// figure.
 TrovResult rawDecCalc(const PacketCursor *cursor, uint16_t *paramsLength, RecordSize *recordBytes) {
     const uint32_t n = cursor->remaining;
     *paramsLength = static_cast<uint16_t>(n);
     recordBytes->bytes = roundUp8u16(n);
-    recordBytes->extent = roundUp8u16(n) < n ? 0 : recordBytes->bytes;
+    recordBytes->extent = n > UINT32_MAX - 7 ? UINT32_MAX : (n + 7) & ~7u;
     return TROV_RESULT_OK;
 }
 
 void *rawDecode(void *record, PacketCursor *cursor) {
-    const uint32_t n = cursor->remaining;
-    if (n == 0 || record == nullptr) return record;
-    if (roundUp8u16(n) < n) return record;
-    return getBytes(*cursor, record, n);
+    return getBytes(*cursor, record, cursor->remaining);
 }
 
 } // namespace

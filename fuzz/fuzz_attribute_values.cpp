@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     trov::WireSize packet;
     if (ops->encCalc(block.get(), isArray, &packet, 0x10) == TROV_RESULT_OK && !packet.nullData &&
         packet.extent <= 0xFFFF) {
-        std::vector<uint8_t> out(packet.extent);
+        std::vector<uint8_t> out(packet.extent + size_t{1}); // never empty: data() is not null
         PacketCursor e{out.data(), packet.extent};
         ops->encode(&e, block.get(), isArray, 0x10);
         if (trov::overrun(e) || e.remaining != 0) __builtin_trap();

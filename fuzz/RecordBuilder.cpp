@@ -1,0 +1,849 @@
+// The record builder of the encode fuzz targets (see RecordBuilder.h).
+#include "RecordBuilder.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+#include "attributes/FixedValueCodec.h"
+#include "attributes/FixedValueTypes.h"
+#include "attributes/RecordValueCodec.h"
+#include "attributes/RecordValueTypes.h"
+#include "attributes/StructureValueTypes.h"
+#include "units/FunctionUnitBodies.h"
+
+namespace trovfuzz {
+
+using namespace trov;
+
+void fail(const char *what) {
+    std::fprintf(stderr, "broken invariant: %s\n", what);
+    __builtin_trap();
+}
+
+void storeWidth(uint8_t *p, uint32_t width, uint32_t value) {
+    switch (width) {
+    case 1: *p = static_cast<uint8_t>(value); break;
+    case 2: {
+        const auto v = static_cast<uint16_t>(value);
+        std::memcpy(p, &v, 2);
+        break;
+    }
+    default: std::memcpy(p, &value, 4); break;
+    }
+}
+
+void FuzzInput::fill(uint8_t *dst, size_t n) {
+    size_t k = n < 16 ? n : 16;
+    if (k > size_ - at_) k = size_ - at_;
+    if (k == 0) return;
+    std::memcpy(dst, data_ + at_, k);
+    at_ += k;
+    for (size_t done = k; done < n;) { // repeat what was taken, doubling
+        const size_t step = done < n - done ? done : n - done;
+        std::memcpy(dst + done, dst, step);
+        done += step;
+    }
+}
+
+// ---- the tables as the builder sees them ------------------------------------------
+
+namespace {
+
+// A body layout and the row operations the body table instantiates for it.
+struct LayoutOps {
+    const BodyLayout *layout;
+    BodyEncodeFn encode;
+    BodyDecodeFn decode;
+};
+
+template <const BodyLayout *L>
+constexpr LayoutOps layoutOps() {
+    return {L, &encodeBody<L>, &decodeBody<L>};
+}
+
+// Every layout of FunctionUnitBodies.h. checkTables() finds each encoding
+// row's layout here, so a layout added there and missing here is reported.
+constexpr LayoutOps kLayoutOps[] = {
+    layoutOps<&kNoReplyBody>(), layoutOps<&kEventListBody>(), layoutOps<&kShortEventListBody>(),
+    layoutOps<&kEventListHead>(), layoutOps<&kEmptyBody>(), layoutOps<&kAttributeBody>(),
+    layoutOps<&kBlockBody>(), layoutOps<&kLongStringBody>(), layoutOps<&kStringBody>(),
+    layoutOps<&kU16Body>(), layoutOps<&kU32Body>(), layoutOps<&kByteBody>(),
+    layoutOps<&kU16AttributeBody>(), layoutOps<&kU16Bytes12Body>(), layoutOps<&kU16Bytes16Body>(),
+    layoutOps<&kU16LongStringBody>(), layoutOps<&kU16StringBody>(), layoutOps<&kU16PairBody>(),
+    layoutOps<&kU16U32Body>(), layoutOps<&kU16ByteBody>(), layoutOps<&kU32AttributeBody>(),
+    layoutOps<&kU32BlockBody>(), layoutOps<&kU32LongStringBody>(), layoutOps<&kU32StringBody>(),
+    layoutOps<&kU32U16Body>(), layoutOps<&kU32PairBody>(), layoutOps<&kU32ByteBody>(),
+    layoutOps<&kByteAttributeBody>(), layoutOps<&kByteBlockBody>(), layoutOps<&kByteLongStringBody>(),
+    layoutOps<&kByteStringBody>(), layoutOps<&kByteU32Body>(), layoutOps<&kU16LongStringByteBody>(),
+    layoutOps<&kU16PairAttributeBody>(), layoutOps<&kU16PairLongStringBody>(),
+    layoutOps<&kU16PairStringBody>(), layoutOps<&kU16PairU32Body>(), layoutOps<&kU16U32AttributeBody>(),
+    layoutOps<&kU16U32StringBody>(), layoutOps<&kU16U32PairBody>(), layoutOps<&kU16ByteStringBody>(),
+    layoutOps<&kU16BytePairBody>(), layoutOps<&kU32LongStringPairBody>(),
+    layoutOps<&kU32LongStringByteBody>(), layoutOps<&kU32StringPairBody>(),
+    layoutOps<&kU32StringU16Body>(), layoutOps<&kU32StringByteBody>(), layoutOps<&kU32U16AttributeBody>(),
+    layoutOps<&kU32U16LongStringBody>(), layoutOps<&kU32U16StringBody>(), layoutOps<&kU32U16PairBody>(),
+    layoutOps<&kU32U16U32Body>(), layoutOps<&kU32PairAttributeBody>(), layoutOps<&kU32PairLongStringBody>(),
+    layoutOps<&kU32PairStringBody>(), layoutOps<&kU32PairU16Body>(), layoutOps<&kU32TripleBody>(),
+    layoutOps<&kU32PairByteBody>(), layoutOps<&kU32ByteAttributeBody>(), layoutOps<&kU32ByteLongStringBody>(),
+    layoutOps<&kU32ByteStringBody>(), layoutOps<&kU32ByteU32Body>(), layoutOps<&kByteU16StringBody>(),
+    layoutOps<&kByteU32LongStringBody>(), layoutOps<&kByteU32PairBody>(), layoutOps<&kBytePairLongStringBody>(),
+    layoutOps<&kBytePairStringBody>(), layoutOps<&kBytePairU16Body>(), layoutOps<&kU16TripleStringBody>(),
+    layoutOps<&kU16U32U16ByteBody>(), layoutOps<&kU32U16PairStringBody>(), layoutOps<&kU32U16ByteStringBody>(),
+    layoutOps<&kU32PairLongStringPairBody>(), layoutOps<&kU32PairStringByteBody>(),
+    layoutOps<&kU32PairU16LongStringBody>(), layoutOps<&kU32PairU16ByteBody>(),
+    layoutOps<&kU32TripleLongStringBody>(), layoutOps<&kU32TripleStringBody>(), layoutOps<&kU32QuadBody>(),
+    layoutOps<&kU32TripleByteBody>(), layoutOps<&kU32PairByteLongStringBody>(),
+    layoutOps<&kU32PairByteStringBody>(), layoutOps<&kU32PairByteU16Body>(), layoutOps<&kU32PairBytePairBody>(),
+    layoutOps<&kU32ByteU16U32Body>(), layoutOps<&kU32ByteU32PairBody>(), layoutOps<&kU32BytePairLongStringBody>(),
+    layoutOps<&kU32BytePairStringBody>(), layoutOps<&kByteU16PairU32Body>(), layoutOps<&kByteU32TripleBody>(),
+    layoutOps<&kBytePairU16U32Body>(), layoutOps<&kBytePairU32PairBody>(),
+    layoutOps<&kU32U16PairByteLongStringBody>(), layoutOps<&kU32U16U32PairByteBody>(),
+    layoutOps<&kU32PairU16PairU32Body>(), layoutOps<&kU32TripleU16ByteBody>(),
+    layoutOps<&kU32QuadLongStringBody>(), layoutOps<&kU32QuadStringBody>(), layoutOps<&kU32QuadU16Body>(),
+    layoutOps<&kU32QuadByteBody>(), layoutOps<&kU32TripleByteU16Body>(), layoutOps<&kU32ByteU32TripleBody>(),
+    layoutOps<&kByteU32QuadBody>(), layoutOps<&kU32TripleU16PairByteBody>(),
+};
+
+// The data types: those that share an attribute row's codec name the row;
+// the others have small types of their own, as the data-type table defines
+// them (a byte string, 12- and 16-byte values, arrays of strings).
+constexpr FixedValueType kOwnFixedTypes[] = {
+    {0, 1, 2, 1, 0, {1}},
+    {0, 12, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
+    {0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
+};
+constexpr Layout kOwnLayouts[] = {parseLayout("o8"), parseLayout("o16")};
+
+struct DataTypeShape {
+    uint16_t code;
+    uint16_t row;     // attribute row whose codec it shares; 0: its own type
+    int8_t ownFixed;  // index into kOwnFixedTypes, or -1
+    int8_t ownLayout; // index into kOwnLayouts, or -1
+};
+constexpr DataTypeShape kDataTypes[] = {
+    {0x02, 6, -1, -1},   {0x03, 6, -1, -1},   {0x04, 130, -1, -1}, {0x05, 130, -1, -1},
+    {0x06, 85, -1, -1},  {0x07, 85, -1, -1},  {0x08, 149, -1, -1}, {0x09, 148, -1, -1},
+    {0x15, 140, -1, -1}, {0x14, 0, 1, -1},    {0x17, 0, 2, -1},    {0x16, 0, 0, -1},
+    {0x18, 0, 0, -1},    {0x19, 0, -1, 0},    {0x1A, 0, -1, 1},
+};
+static_assert(std::size(kDataTypes) == 15);
+
+constexpr size_t kRows = 282;
+constexpr size_t kPlainByteRow = 6; // a single byte, no nesting
+
+// Record layouts parsed once, in kRecordValueTypes order; a selector type's
+// four variants sit in their own array.
+const std::vector<Layout> &recordLayouts() {
+    static const std::vector<Layout> layouts = [] {
+        std::vector<Layout> v;
+        for (const RecordValueType &t : kRecordValueTypes) v.push_back(parseLayout(t.fields));
+        return v;
+    }();
+    return layouts;
+}
+const std::array<Layout, 4> &selectorVariants() {
+    static const std::array<Layout, 4> variants = [] {
+        std::array<Layout, 4> v{};
+        for (const RecordValueType &t : kRecordValueTypes)
+            if (t.fields == nullptr)
+                for (int i = 0; i < 4; ++i) v[i] = parseLayout(t.variants[i]);
+        return v;
+    }();
+    return variants;
+}
+
+// Value types by attribute row (1 to 282).
+const std::array<ValueType, kRows + 1> &rowTypes() {
+    static const std::array<ValueType, kRows + 1> types = [] {
+        std::array<ValueType, kRows + 1> t{};
+        for (const FixedValueType &f : kFixedValueTypes)
+            t[f.row] = {ValueType::Family::Fixed, f.prefixBytes, &f, nullptr, nullptr};
+        for (size_t i = 0; i < std::size(kRecordValueTypes); ++i) {
+            const RecordValueType &r = kRecordValueTypes[i];
+            if (r.fields == nullptr)
+                t[r.row] = {ValueType::Family::Selector, 0, nullptr, selectorVariants().data(), nullptr};
+            else
+                t[r.row] = {ValueType::Family::Record, r.prefixBytes, nullptr, &recordLayouts()[i], nullptr};
+        }
+        for (const StructureValueType &s : kStructureValueTypes)
+            t[s.row] = {ValueType::Family::Structure, 0, nullptr, nullptr, s.fields};
+        return t;
+    }();
+    return types;
+}
+
+const ValueType kNoType{};
+
+using DecodeFn = void *(*)(void *, PacketCursor *, uint8_t, uint8_t);
+
+template <size_t... I>
+constexpr std::array<DecodeFn, sizeof...(I)> fixedDecoders(std::index_sequence<I...>) {
+    return {&FixedValueCodec<kFixedValueTypes, I>::decode...};
+}
+template <size_t... I>
+constexpr std::array<DecodeFn, sizeof...(I)> recordDecoders(std::index_sequence<I...>) {
+    return {&RecordValueCodec<kRecordValueTypes, I>::decode...};
+}
+template <size_t... I>
+constexpr std::array<DecodeFn, sizeof...(I)> structureDecoders(std::index_sequence<I...>) {
+    return {&StructureValueCodec<kStructureValueTypes, I>::decode...};
+}
+
+// The wire bytes of a layout element with every count 0.
+uint32_t layoutWire(const Layout &l) {
+    uint32_t n = 0;
+    for (int i = 0; i < l.count; ++i) {
+        switch (l.fields[i].kind) {
+        case FieldKind::U8:
+        case FieldKind::Octets8:
+        case FieldKind::Chars8:
+        case FieldKind::U32List: n += 1; break;
+        case FieldKind::U16:
+        case FieldKind::Octets16:
+        case FieldKind::Chars16:
+        case FieldKind::Attributes: n += 2; break;
+        case FieldKind::U32: n += 4; break;
+        case FieldKind::Block12: n += 12; break;
+        }
+    }
+    return n;
+}
+
+} // namespace
+
+const ValueType &attributeType(uint16_t id) {
+    // The row of every identifier, looked up once: records of many
+    // attributes ask for it again and again.
+    static const std::vector<uint16_t> rows = [] {
+        std::vector<uint16_t> v(0x10000);
+        for (uint32_t i = 0; i < v.size(); ++i) {
+            const AttributeCodecRow *row = findBuiltinAttributeRow(static_cast<uint16_t>(i));
+            v[i] = row == nullptr ? 0 : static_cast<uint16_t>(row - AttributeCodecTable + 1);
+        }
+        return v;
+    }();
+    return rows[id] == 0 ? kNoType : rowTypes()[rows[id]];
+}
+
+const ValueType &dataType(uint16_t code) {
+    static const std::array<ValueType, std::size(kDataTypes)> types = [] {
+        std::array<ValueType, std::size(kDataTypes)> t{};
+        for (size_t i = 0; i < t.size(); ++i) {
+            const DataTypeShape &d = kDataTypes[i];
+            if (d.row != 0) t[i] = rowTypes()[d.row];
+            else if (d.ownFixed >= 0)
+                t[i] = {ValueType::Family::Fixed, kOwnFixedTypes[d.ownFixed].prefixBytes,
+                        &kOwnFixedTypes[d.ownFixed], nullptr, nullptr};
+            else t[i] = {ValueType::Family::Record, 2, nullptr, &kOwnLayouts[d.ownLayout], nullptr};
+        }
+        return t;
+    }();
+    for (size_t i = 0; i < std::size(kDataTypes); ++i)
+        if (kDataTypes[i].code == code) return types[i];
+    return kNoType;
+}
+
+const BodyLayout *requestLayout(const BodyCodecRow &row) {
+    for (const LayoutOps &l : kLayoutOps)
+        if (row.encode != nullptr && row.encode == l.encode) return l.layout;
+    return nullptr;
+}
+
+const BodyLayout *replyLayout(const BodyCodecRow &row) {
+    for (const LayoutOps &l : kLayoutOps)
+        if (row.decode == l.decode) return l.layout;
+    return nullptr;
+}
+
+const MethodInfo *methodInfo(uint16_t code) {
+    const size_t i = methodIndex(code);
+    return i < kMethodCount ? &kMethods[i] : nullptr;
+}
+
+const MethodPlans *methodPlans(uint16_t code) {
+    const size_t i = methodIndex(code);
+    return i < kMethodCount ? &kMethodPlans[i] : nullptr;
+}
+
+void checkTables() {
+    static const bool checked = [] {
+        for (const BodyCodecRow *row = FUCodecTable; row->code != 0; ++row) {
+            if (row->encode == nullptr || row->code == 0x1d) continue;
+            int matches = 0;
+            for (const LayoutOps &l : kLayoutOps) matches += row->encode == l.encode;
+            check(matches == 1, "an encoding body row whose layout the builder does not list");
+        }
+        // Each value type's row holds the codec of that type.
+        constexpr auto fixed = fixedDecoders(std::make_index_sequence<std::size(kFixedValueTypes)>{});
+        constexpr auto record = recordDecoders(std::make_index_sequence<std::size(kRecordValueTypes)>{});
+        constexpr auto structures =
+            structureDecoders(std::make_index_sequence<std::size(kStructureValueTypes)>{});
+        for (size_t i = 0; i < fixed.size(); ++i)
+            check(AttributeCodecTable[kFixedValueTypes[i].row - 1].ops.decode == fixed[i],
+                  "a fixed-size type names the wrong attribute row");
+        for (size_t i = 0; i < record.size(); ++i)
+            check(AttributeCodecTable[kRecordValueTypes[i].row - 1].ops.decode == record[i],
+                  "a record type names the wrong attribute row");
+        for (size_t i = 0; i < structures.size(); ++i)
+            check(AttributeCodecTable[kStructureValueTypes[i].row - 1].ops.decode == structures[i],
+                  "a structure type names the wrong attribute row");
+        size_t rows = 0;
+        for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r) ++rows;
+        check(rows == kRows, "the attribute table no longer has 282 rows");
+        for (size_t row = 1; row <= kRows; ++row)
+            check(rowTypes()[row].family != ValueType::Family::None, "an attribute row without a value type");
+        size_t dataTypes = 0;
+        for (const DataTypeCodecRow *d = DataTypeCodecTable; d->code != 0; ++d, ++dataTypes) {
+            check(dataType(d->code).family != ValueType::Family::None, "a data type the builder does not know");
+            for (const DataTypeShape &s : kDataTypes)
+                if (s.code == d->code && s.row != 0)
+                    check(d->ops.decode == AttributeCodecTable[s.row - 1].ops.decode,
+                          "a data type names the wrong attribute row");
+        }
+        check(dataTypes == std::size(kDataTypes), "the data-type table changed");
+        return true;
+    }();
+    (void)checked;
+}
+
+// ---- the builder ------------------------------------------------------------------
+
+namespace {
+
+constexpr uint16_t kInterestingCounts[] = {0,      1,      2,      7,      8,      0xFF,   0x100,  0x101,
+                                           0xFFF8, 0xFFF9, 0xFFFA, 0xFFFB, 0xFFFC, 0xFFFD, 0xFFFE, 0xFFFF};
+constexpr uint32_t kChoices = std::size(kInterestingCounts) + 4;
+constexpr uint8_t kNullRates[] = {32, 0, 8, 128}; // of 256
+
+uint8_t *slot(uint8_t *base, uint32_t offset) { return base + offset; }
+void storePointer(uint8_t *at, const void *p) { std::memcpy(at, &p, sizeof p); }
+
+} // namespace
+
+RecordBuilder::RecordBuilder(const uint8_t *data, size_t size) : in_(data, size) {
+    const uint8_t hostility = in_.u8();
+    nullRate_ = kNullRates[hostility & 3];
+    junkHighBytes_ = (hostility & 4) != 0;
+}
+
+uint8_t *RecordBuilder::block(size_t n) {
+    // Every empty part shares one block of no bytes: any access to it is an
+    // overflow, and a record of many empty parts costs one allocation.
+    if (n == 0 && empty_ != nullptr) return empty_;
+    blocks_.push_back(std::make_unique<uint8_t[]>(n));
+    if (n == 0) empty_ = blocks_.back().get();
+    return blocks_.back().get();
+}
+
+bool RecordBuilder::nullPointer() { return in_.u8() >= 256 - nullRate_; }
+
+uint8_t *RecordBuilder::zeroed(size_t n, bool followed) {
+    if (nullPointer()) {
+        if (followed) mustFail_ = true;
+        return nullptr;
+    }
+    return block(n);
+}
+
+uint8_t *RecordBuilder::bytes(size_t n, bool followed) {
+    if (nullPointer()) {
+        if (followed) nullData_ = true;
+        return nullptr;
+    }
+    uint8_t *p = block(n);
+    in_.fill(p, n);
+    return p;
+}
+
+uint16_t RecordBuilder::count(uint8_t prefixBytes, uint32_t wireEach, uint32_t recordEach, bool built) {
+    const uint8_t b = in_.u8();
+    uint32_t n = 0;
+    if (b < 0xA0) {
+        n = b % 10;
+    } else if (b < 0xF0) {
+        const uint32_t pick = (b - 0xA0u) % kChoices;
+        if (pick < std::size(kInterestingCounts)) {
+            n = kInterestingCounts[pick];
+        } else { // just below and above the 16-bit boundary of the item
+            const uint32_t each = wireEach == 0 ? 1 : wireEach;
+            n = (0xFFFFu - prefixBytes) / each - 1 + (pick - std::size(kInterestingCounts));
+        }
+    } else {
+        n = in_.u16();
+    }
+    n = prefixBytes == 1 ? n & 0xFF : n & 0xFFFF;
+    const uint64_t memory = uint64_t{n} * recordEach;
+    if (memory > bytesLeft_ || (built && n > elementsLeft_)) return 0;
+    bytesLeft_ -= memory;
+    if (built) elementsLeft_ -= n;
+    return static_cast<uint16_t>(n);
+}
+
+uint8_t RecordBuilder::unusedHighByte() { return junkHighBytes_ ? in_.u8() : 0; }
+
+uint16_t RecordBuilder::attributeId() {
+    const uint8_t b = in_.u8();
+    if (depth_ >= kMaxDepth) return AttributeCodecTable[kPlainByteRow - 1].identifiers[0];
+    if (b >= 0xE0) return in_.u16();
+    const AttributeCodecRow *row = &AttributeCodecTable[in_.u16() % kRows];
+    while (row->identifiers[0] == 0) ++row; // a row without identifiers: the next
+    return row->identifiers[0];
+}
+
+uint16_t RecordBuilder::dataTypeCode() {
+    const uint8_t b = in_.u8();
+    return b < 0xF0 ? kDataTypes[b % std::size(kDataTypes)].code : in_.u16();
+}
+
+uint16_t RecordBuilder::methodCode() {
+    const uint8_t b = in_.u8();
+    return b < 0xC0 ? kMethods[b % kMethodCount].code : in_.u16();
+}
+
+void RecordBuilder::enter() {
+    ++depth_;
+    if (depth_ > deepest_) deepest_ = depth_;
+}
+
+void *RecordBuilder::attributeValue(uint16_t id) { return value(attributeType(id)); }
+void *RecordBuilder::dataTypeValue(uint16_t code) { return value(dataType(code)); }
+
+void *RecordBuilder::value(const ValueType &type) {
+    enter();
+    void *v = nullptr;
+    switch (type.family) {
+    case ValueType::Family::None: v = bytes(16, false); break; // no codec reads it
+    case ValueType::Family::Fixed: v = fixedValue(*type.fixed); break;
+    case ValueType::Family::Record:
+    case ValueType::Family::Selector: v = recordValue(type); break;
+    case ValueType::Family::Structure: {
+        uint8_t *record = block(structRecordSize(type.structure));
+        structure(type.structure, record);
+        v = record;
+        break;
+    }
+    }
+    leave();
+    return v;
+}
+
+void *RecordBuilder::fixedValue(const FixedValueType &type) {
+    if (type.prefixBytes == 0) { // scalar form only: the element itself
+        uint8_t *element = block(type.layoutBytes());
+        in_.fill(element, type.layoutBytes());
+        return element;
+    }
+    uint8_t *head = block(sizeof(AttributeArrayHeader));
+    const uint16_t n = count(type.prefixBytes, type.wireBytes, type.recordBytes);
+    if (type.prefixBytes == 1) {
+        head[0] = static_cast<uint8_t>(n);
+        head[1] = unusedHighByte();
+    } else {
+        storeWidth(head, 2, n);
+    }
+    storePointer(slot(head, 8), bytes(size_t{n} * type.recordBytes, n != 0));
+    return head;
+}
+
+void *RecordBuilder::recordValue(const ValueType &type) {
+    if (type.family == ValueType::Family::Selector) {
+        const uint8_t b = in_.u8();
+        if (b >= 0xF0) { // outside 1 to 4: refused before the variant is read
+            refuse();
+            uint8_t *record = block(1);
+            record[0] = (b & 1) != 0 ? 0 : static_cast<uint8_t>(5 + (b & 0x0F));
+            return record;
+        }
+        const uint8_t selector = static_cast<uint8_t>(1 + b % 4);
+        const Layout &variant = type.layout[selector - 1];
+        uint8_t *record = block(8u + variant.fixedBytes);
+        record[0] = selector;
+        recordElement(variant, record + 8);
+        return record;
+    }
+    const Layout &layout = *type.layout;
+    if (type.prefixBytes == 0) {
+        uint8_t *record = block(layout.fixedBytes);
+        recordElement(layout, record);
+        return record;
+    }
+    uint8_t *head = block(sizeof(AttributeArrayHeader));
+    const uint16_t n = count(2, layoutWire(layout), layout.fixedBytes, true);
+    storeWidth(head, 2, n);
+    uint8_t *elements = zeroed(size_t{n} * layout.fixedBytes, n != 0);
+    storePointer(slot(head, 8), elements);
+    if (elements != nullptr)
+        for (uint32_t i = 0; i < n; ++i) recordElement(layout, elements + size_t{i} * layout.fixedBytes);
+    return head;
+}
+
+void RecordBuilder::recordElement(const Layout &layout, uint8_t *element) {
+    for (int i = 0; i < layout.count; ++i) {
+        uint8_t *field = slot(element, layout.fields[i].offset);
+        switch (layout.fields[i].kind) {
+        case FieldKind::U8: in_.fill(field, 1); break;
+        case FieldKind::U16: in_.fill(field, 2); break;
+        case FieldKind::U32: in_.fill(field, 4); break;
+        case FieldKind::Block12: in_.fill(field, 12); break;
+        case FieldKind::Octets8:
+        case FieldKind::Chars8: {
+            const uint16_t n = count(1, 1, 1);
+            field[0] = static_cast<uint8_t>(n);
+            field[1] = unusedHighByte();
+            storePointer(slot(field, 8), bytes(n, n != 0));
+            break;
+        }
+        case FieldKind::Octets16:
+        case FieldKind::Chars16: {
+            const uint16_t n = count(2, 1, 1);
+            storeWidth(field, 2, n);
+            storePointer(slot(field, 8), bytes(n, n != 0));
+            break;
+        }
+        case FieldKind::U32List: {
+            const uint16_t n = count(1, 4, 4);
+            field[0] = static_cast<uint8_t>(n);
+            storePointer(slot(field, 8), bytes(size_t{n} * 4, n != 0));
+            break;
+        }
+        case FieldKind::Attributes: {
+            const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
+            storeWidth(field, 2, n);
+            uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
+            storePointer(slot(field, 8), entries);
+            if (entries != nullptr)
+                for (uint32_t k = 0; k < n; ++k)
+                    attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), EntryContext::List);
+            break;
+        }
+        }
+    }
+}
+
+void RecordBuilder::attributeEntry(uint8_t *at, EntryContext context) {
+    // A structure drops an attribute its codec refuses and goes on: such a
+    // record encodes, but to bytes that do not decode to it again.
+    const bool outerMustFail = mustFail_, outerNullData = nullData_;
+    if (context == EntryContext::Structure) mustFail_ = nullData_ = false;
+
+    AttributeEntry entry{};
+    entry.id = attributeId();
+    entry.length = in_.u16(); // ignored unless written raw
+    const ValueType &type = attributeType(entry.id);
+    if (type.family != ValueType::Family::None) {
+        void *value = attributeValue(entry.id);
+        if (nullPointer()) {
+            value = nullptr;
+            // Only a fixed-size scalar's size does not depend on its record.
+            if (type.family == ValueType::Family::Fixed && type.prefixBytes == 0) nullData_ = true;
+            else mustFail_ = true;
+        }
+        entry.value = value;
+    } else if (context == EntryContext::Event) { // raw: `length` bytes
+        entry.length = count(2, 1, 1);
+        entry.value = bytes(entry.length, entry.length != 0);
+    } else {
+        mustFail_ = true; // no codec for the identifier
+        entry.value = bytes(16, false);
+    }
+    std::memcpy(at, &entry, sizeof entry);
+
+    if (context == EntryContext::Structure) {
+        if (mustFail_) { // dropped, with whatever null bytes it held
+            lossy();
+            nullData_ = false;
+        }
+        mustFail_ = outerMustFail;
+        nullData_ = nullData_ || outerNullData;
+    }
+}
+
+void RecordBuilder::option(uint8_t *kind, uint8_t *length, uint8_t *valueSlot) {
+    const uint8_t b = in_.u8();
+    *kind = b < 0xC0 ? static_cast<uint8_t>(b % 6) : static_cast<uint8_t>(6 + b % 250);
+    uint8_t *value = nullptr;
+    if (*kind >= 6) {
+        *length = static_cast<uint8_t>(count(1, 1, 1));
+        value = bytes(*length, *length != 0);
+    } else {
+        *length = in_.u8(); // the kind decides; the length is not read
+        // The bytes the option encoder reads: u32, u16, or u32 then u16.
+        constexpr uint8_t kValueBytes[] = {0, 4, 4, 2, 2, 6};
+        value = bytes(kValueBytes[*kind], *kind != 0);
+    }
+    storePointer(valueSlot, value);
+}
+
+void RecordBuilder::structure(const StructField *d, uint8_t *record) {
+    // The codec's walk: each field's place depends on whether a count is
+    // pending, and counted fields take the last count-flagged scalar.
+    uint16_t offset = 0;
+    uint16_t pending = 0;
+    for (const StructField *f = d; f->number != 0; ++f) {
+        const StructPlacement place = structPlaceField(*f, offset, pending > 0);
+        uint8_t *at = slot(record, place.at);
+        if (structIsScalar(f->kind)) {
+            if (f->countFlag == 0) {
+                in_.fill(at, f->size);
+            } else {
+                // Size the count for the field that will take it.
+                uint32_t wireEach = 1, recordEach = 1;
+                bool built = false;
+                for (const StructField *next = f + 1; next->number != 0; ++next) {
+                    if (next->kind == kStructArray) {
+                        wireEach = structFixedWireSize(next->nested);
+                        recordEach = next->size;
+                        built = true;
+                    }
+                    if (next->kind == kStructOctets || next->kind == kStructChars || next->kind == kStructArray)
+                        break;
+                }
+                const uint16_t n = count(f->size == 1 ? 1 : 2, wireEach, recordEach, built);
+                // A wider count is taken as its first two bytes in memory:
+                // what lies above them is the host's business.
+                if (f->size == 1) {
+                    at[0] = static_cast<uint8_t>(n);
+                } else {
+                    in_.fill(at, f->size);
+                    std::memcpy(at, &n, 2);
+                }
+                pending = n;
+            }
+        } else {
+            switch (f->kind) {
+            case kStructOctets:
+            case kStructChars:
+                storePointer(at, bytes(pending, pending != 0));
+                pending = 0;
+                break;
+            case kStructNested:
+                enter();
+                structure(f->nested, at);
+                leave();
+                break;
+            case kStructOptions: {
+                const uint16_t n = count(1, 2, sizeof(StructOption), true);
+                at[0] = static_cast<uint8_t>(n);
+                uint8_t *options = zeroed(size_t{n} * sizeof(StructOption), n != 0);
+                storePointer(slot(at, 8), options);
+                if (options != nullptr)
+                    for (uint32_t i = 0; i < n; ++i) {
+                        uint8_t *o = options + size_t{i} * sizeof(StructOption);
+                        option(o, o + 1, o + offsetof(StructOption, value));
+                    }
+                break;
+            }
+            case kStructArray: {
+                uint8_t *elements = zeroed(size_t{pending} * f->size, pending != 0);
+                storePointer(at, elements);
+                if (elements != nullptr)
+                    for (uint32_t i = 0; i < pending; ++i) {
+                        enter();
+                        structure(f->nested, elements + size_t{i} * f->size);
+                        leave();
+                    }
+                pending = 0;
+                break;
+            }
+            case kStructAttribute:
+                attributeEntry(at, EntryContext::Structure);
+                pending = 0;
+                break;
+            default: break;
+            }
+        }
+        offset = place.next;
+    }
+}
+
+// ---- records --------------------------------------------------------------------------
+
+void *RecordBuilder::bodyRecord(const BodyLayout &layout) {
+    uint8_t *record = block(layoutRecordBytes(layout));
+    for (uint32_t i = 0; i < layout.count; ++i) {
+        const BodyField &f = layout.fields[i];
+        const uint32_t offset = fieldOffset(layout, i);
+        uint8_t *field = slot(record, offset);
+        switch (f.kind) {
+        case BodyFieldKind::U8: in_.fill(field, 1); break;
+        case BodyFieldKind::U16: in_.fill(field, 2); break;
+        case BodyFieldKind::U32: in_.fill(field, 4); break;
+        case BodyFieldKind::Bytes: in_.fill(field, f.bytes); break;
+        case BodyFieldKind::String8:
+        case BodyFieldKind::String16:
+        case BodyFieldKind::Block: {
+            const bool oneByte = f.kind == BodyFieldKind::String8;
+            const uint16_t n = count(oneByte ? 1 : 2, 1, 1);
+            storeWidth(field, 2, oneByte ? static_cast<uint16_t>(unusedHighByte() << 8 | n) : n);
+            storePointer(slot(field, offsetof(OctetString, data)), bytes(n, n != 0));
+            break;
+        }
+        case BodyFieldKind::Attribute: {
+            const uint16_t id = attributeId();
+            storeWidth(field, 2, id);
+            void *value = attributeValue(id);
+            if (attributeType(id).family == ValueType::Family::None) refuse();
+            if (nullPointer()) {
+                value = nullptr;
+                refuse();
+            }
+            storePointer(slot(record, valueOffset(offset)), value);
+            break;
+        }
+        }
+    }
+    return record;
+}
+
+void RecordBuilder::methodParams(const MethodPlan &plan, MethodBody &body) {
+    if (plan.count == 0) { // nothing is read
+        body.params = bytes(4, false);
+        return;
+    }
+    uint8_t *params = block(plan.record);
+    for (uint8_t k = 0; k < plan.count; ++k) {
+        const MethodStep &s = plan.steps[k];
+        uint8_t *field = slot(params, s.offset);
+        switch (s.kind) {
+        case MethodFieldKind::Scalar:
+        case MethodFieldKind::Block: in_.fill(field, s.width); break;
+        case MethodFieldKind::List:
+        case MethodFieldKind::Chars: {
+            const uint16_t n = count(s.countBytes, s.width, s.width);
+            storeWidth(field, s.countBytes, n);
+            storePointer(slot(field, 8), bytes(size_t{n} * s.width, n != 0));
+            break;
+        }
+        case MethodFieldKind::End: break;
+        }
+    }
+    if (nullPointer()) {
+        params = nullptr;
+        refuse();
+    }
+    body.params = params;
+}
+
+MethodBody *RecordBuilder::methodBody() {
+    auto *body = reinterpret_cast<MethodBody *>(block(sizeof(MethodBody)));
+    in_.fill(reinterpret_cast<uint8_t *>(&body->value0), 4);
+    body->method = methodCode();
+    if (const MethodPlans *plans = methodPlans(body->method)) {
+        body->paramsLength = in_.u16(); // the record says how long it is
+        methodParams(plans->request, *body);
+    } else if (body->method >= 0x2000) { // raw bytes, as long as the record says
+        body->paramsLength = count(2, 1, 1);
+        body->params = bytes(body->paramsLength, body->paramsLength != 0);
+    } else { // no codec for the method
+        refuse();
+        body->paramsLength = in_.u16();
+        body->params = nullptr;
+    }
+    return body;
+}
+
+// A string event's record: the fields at the plan's offsets, each variable
+// part a head and a pointer to its own block.
+void *RecordBuilder::stringEvent(const StringEventPlan &plan) {
+    using Kind = EventFieldKind;
+    uint8_t *record = block(plan.record);
+    for (uint8_t i = 0; i < plan.count; ++i) {
+        const EventStep &s = plan.steps[i];
+        uint8_t *field = slot(record, s.offset);
+        switch (s.kind) {
+        case Kind::U8:
+        case Kind::U16:
+        case Kind::U32:
+        case Kind::Block: in_.fill(field, s.wireBytes); break;
+        case Kind::Gap8: in_.fill(field, 1); break;
+        case Kind::Octets8:
+        case Kind::Octets16: {
+            const uint16_t n = count(static_cast<uint8_t>(s.wireBytes), 1, 1);
+            storeWidth(field, s.wireBytes, n);
+            storePointer(slot(record, s.pointer), bytes(n, n != 0));
+            break;
+        }
+        case Kind::Items: { // 8-byte items: u8 @0, u32 @4
+            const uint16_t n = count(1, 5, 8);
+            field[0] = static_cast<uint8_t>(n);
+            storePointer(slot(record, s.pointer), bytes(size_t{n} * 8, n != 0));
+            break;
+        }
+        case Kind::Option: option(field, field + 1, slot(record, s.pointer)); break;
+        case Kind::Value:
+        case Kind::ReservedValue: {
+            const uint16_t type = dataTypeCode();
+            storeWidth(field, 2, type);
+            void *value = dataTypeValue(type);
+            if (dataType(type).family == ValueType::Family::None) refuse();
+            if (nullPointer()) {
+                value = nullptr;
+                refuse();
+            }
+            storePointer(slot(record, s.pointer), value);
+            // A type without reserved room is read over on decoding and its
+            // value not kept.
+            if (s.kind == Kind::ReservedValue && reservedValueRoom(type) == 0) lossy();
+            break;
+        }
+        case Kind::End: break;
+        }
+    }
+    return record;
+}
+
+// An attribute event's record: fields, counted runs, the attribute list.
+void *RecordBuilder::attributeEvent(const AttributeEventPlan &plan) {
+    using Item = AttributeEventItem;
+    uint8_t *record = block(plan.record);
+    uint16_t pending = 0;
+    for (uint8_t s = 0; s < plan.count; ++s) {
+        const AttributeEventStep step = plan.steps[s];
+        uint8_t *field = slot(record, step.offset);
+        switch (step.item) {
+        case Item::U8:
+        case Item::U16:
+        case Item::U32: in_.fill(field, attributeEventWidth(step.item)); break;
+        case Item::Count8:
+        case Item::Count16: { // the run that follows takes the count
+            const AttributeEventRun run = attributeEventRun(plan.steps[s + 1].item);
+            const auto width = static_cast<uint8_t>(attributeEventWidth(step.item));
+            pending = count(width, run.wireBytes, run.stride);
+            storeWidth(field, width, pending);
+            break;
+        }
+        case Item::Attributes: {
+            const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
+            storeWidth(field, 2, n);
+            uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
+            storePointer(slot(field, offsetof(AttributeList, entries)), entries);
+            if (entries != nullptr)
+                for (uint32_t k = 0; k < n; ++k)
+                    attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), EntryContext::Event);
+            break;
+        }
+        default: // a run of `pending` elements at the run's stride
+            storePointer(field, bytes(size_t{pending} * attributeEventRun(step.item).stride, pending != 0));
+            break;
+        }
+    }
+    return record;
+}
+
+// 0xC4 and 0xC5: a head whose first 8 bytes point at the structure.
+void *RecordBuilder::structureEvent() {
+    uint8_t *head = block(16);
+    uint8_t *body = block(structRecordSize(structure_event::kBody));
+    structure(structure_event::kBody, body);
+    if (nullPointer()) {
+        body = nullptr;
+        refuse();
+    }
+    storePointer(head, body);
+    return head;
+}
+
+} // namespace trovfuzz

@@ -555,6 +555,12 @@ void RecordBuilder::attributeEntry(uint8_t *at, EntryContext context) {
         if (mustFail_) { // dropped, with whatever null bytes it held
             lossy();
             nullData_ = false;
+        } else if (const trov::AttributeCodecRow *row = trov::lookupAttribute(entry.id, 0)) {
+            // The codec may refuse a value this builder does not model as
+            // refused (a size limit of its own, a selector, a nested list
+            // refusing deeper down): a structure drops that too.
+            trov::WireSize size;
+            if (row->ops.encCalc(entry.value, 2, &size, 0) != TROV_RESULT_OK) lossy();
         }
         mustFail_ = outerMustFail;
         nullData_ = nullData_ || outerNullData;

@@ -13,6 +13,7 @@
 // Input: the builder's hostility byte, then the body code (a code without an
 // encoder picks a row by index), u16 value4, u32 value6, u32 value7, then the
 // record's decisions (RecordBuilder.h).
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -89,6 +90,11 @@ void roundTrip(const HeaderInfo &head, const Bytes &packet, bool faithful) {
     DecodeResult result{nullptr, nullptr, 0};
     const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
     if (r != TROV_RESULT_OK) {
+        if (faithful) {
+            std::fprintf(stderr, "body 0x%04x of %zu bytes decodes with %u:", head.code, packet.size(), r);
+            for (uint8_t b : packet) std::fprintf(stderr, " %02x", b);
+            std::fprintf(stderr, "\n");
+        }
         check(!faithful, "an encoded body does not decode");
         check(result.record == nullptr && result.type == 6, "a failed decode kept its record");
         return;

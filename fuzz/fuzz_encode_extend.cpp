@@ -17,6 +17,7 @@
 // 0x80: kind 99 and a data type, else kind 1 + b % 98 and an identifier),
 // without one a u16 kind and an identifier, then the value and its pointer
 // decision; the size of the growable buffer.
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -105,6 +106,13 @@ void roundTrip(const Call &call, const Bytes &bytes, bool faithful) {
     BufferDesc buffer{nullptr, 0, 0};
     const TrovResult r = TROV_DecodeEventExtend(&list, &data, call.eventCode, call.schema, call.version, &buffer);
     if (r != TROV_RESULT_OK) {
+        if (faithful)
+            std::fprintf(stderr, "event 0x%04x data of %zu bytes (schema %s) decodes with %u\n", call.eventCode,
+                         bytes.size(), call.schema != nullptr ? "yes" : "no", r);
+        if (faithful) {
+            for (uint8_t b : bytes) std::fprintf(stderr, " %02x", b);
+            std::fprintf(stderr, "\n");
+        }
         check(!faithful, "encoded extended data does not decode");
         check(buffer.data == nullptr, "a failed decode handed over a buffer");
         return;

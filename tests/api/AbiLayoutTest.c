@@ -4,12 +4,6 @@
 
 #include "TrovCodec.h"
 
-_Static_assert(sizeof(PacketCursor) == 16, "PacketCursor");
-_Static_assert(sizeof(HeaderInfo) == 24, "HeaderInfo");
-_Static_assert(sizeof(BufferDesc) == 16, "BufferDesc");
-_Static_assert(sizeof(DecodeResult) == 24, "DecodeResult");
-_Static_assert(sizeof(EncodeOutput) == 16, "EncodeOutput");
-
 /* Sizes and offsets, in a fixed order, as a C compiler lays them out. */
 size_t trovTestCLayout(size_t *out, size_t capacity) {
     const size_t figures[] = {

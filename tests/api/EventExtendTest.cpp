@@ -96,10 +96,6 @@ TEST_F(EventExtend, EmptyAndShortData) {
     EXPECT_EQ(list.entries, nullptr);
     EXPECT_EQ(in.data, nullptr); // nothing allocated
 
-    uint8_t byte = 0;
-    OctetString empty{0, &byte};
-    EXPECT_EQ(TROV_DecodeEventExtend(&list, &empty, 0x31, nullptr, kVersion, &in), TROV_RESULT_SHORT_INPUT);
-
     std::vector<uint8_t> cut = {1, 0x00}; // an item head of 1 byte
     EXPECT_EQ(decode(cut, list), TROV_RESULT_SHORT_INPUT);
     EXPECT_EQ(list.count, 1);

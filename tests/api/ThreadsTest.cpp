@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/ReplyPacket.h"
 
 namespace {
 
@@ -39,22 +40,12 @@ struct Digest {
     }
 };
 
-Bytes packet(uint16_t code, const Bytes &body) {
-    const auto n = uint16_t(body.size());
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8),
-                              uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    Bytes p(head, head + 20);
-    p.resize(20 + body.size());
-    std::copy(body.begin(), body.end(), p.begin() + 20);
-    return p;
-}
-
 // Decodes a reply into an allocated record, lets `read` digest it, then
 // frees the record and the managed buffer `bufferOf` names.
 template <class Record>
 void decodeReply(Digest &d, uint16_t code, const Bytes &body, void (*read)(Digest &, const Record &),
                  BufferDesc Record::*bufferOf) {
-    Bytes p = packet(code, body);
+    Bytes p = replyPacket(code, body);
     const PacketCursor cursor{p.data(), uint32_t(p.size())};
     HeaderInfo info{};
     DecodeResult result{nullptr, nullptr, 0};

@@ -552,15 +552,17 @@ void RecordBuilder::attributeEntry(uint8_t *at, EntryContext context) {
     std::memcpy(at, &entry, sizeof entry);
 
     if (context == EntryContext::Structure) {
-        if (mustFail_) { // dropped, with whatever null bytes it held
-            lossy();
-            nullData_ = false;
-        } else if (const trov::AttributeCodecRow *row = trov::lookupAttribute(entry.id, 0)) {
+        bool dropped = mustFail_;
+        if (const trov::AttributeCodecRow *row = trov::lookupAttribute(entry.id, 0); !dropped && row != nullptr) {
             // The codec may refuse a value this builder does not model as
             // refused (a size limit of its own, a selector, a nested list
             // refusing deeper down): a structure drops that too.
             trov::WireSize size;
-            if (row->ops.encCalc(entry.value, 2, &size, 0) != TROV_RESULT_OK) lossy();
+            dropped = row->ops.encCalc(entry.value, 2, &size, 0) != TROV_RESULT_OK;
+        }
+        if (dropped) { // with whatever null bytes it held
+            lossy();
+            nullData_ = false;
         }
         mustFail_ = outerMustFail;
         nullData_ = nullData_ || outerNullData;

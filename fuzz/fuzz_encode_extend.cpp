@@ -215,6 +215,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Bytes bytes;
     const TrovResult r = encodeAllocated(call, bytes);
     if (builder.mustFail()) {
+        if (r == TROV_RESULT_OK) {
+            std::fprintf(stderr, "event 0x%04x, schema %s, %u entries:", eventCode, withSchema ? "yes" : "no",
+                         list.count);
+            for (uint32_t i = 0; entries != nullptr && i < list.count; ++i)
+            {
+                trov::WireSize w;
+                const trov::AttributeCodecRow *arow = trov::lookupAttribute(entries[i].identifier, version);
+                const TrovResult er = arow != nullptr ? arow->ops.encCalc(entries[i].value, 1, &w, version) : 99;
+                std::fprintf(stderr, " (%u, 0x%04x, %s: %u %u/%u%s)", entries[i].kind, entries[i].identifier,
+                             entries[i].value != nullptr ? "value" : "NULL", er, w.bytes, w.extent,
+                             w.nullData ? " null data" : "");
+            }
+            std::fprintf(stderr, "\n");
+        }
         check(r != TROV_RESULT_OK, "a list that must be refused was encoded");
     } else {
         check(r == TROV_RESULT_OK || r == TROV_RESULT_SHORT_INPUT,

@@ -131,6 +131,10 @@ public:
     bool mustFail() const { return mustFail_ || nullData_; }
     // A successful encoding must decode and encode again to the same bytes.
     bool faithful() const { return faithful_ && deepest_ <= kFaithfulDepth; }
+    // Nested past the library's bounds: a structure that deep encodes as
+    // nothing, so a null pointer inside it is never looked at and the record
+    // need not be refused.
+    bool deep() const { return deepest_ > kFaithfulDepth; }
     // For the callers' own decisions (a zero version, a schema that does not
     // match the list, ...).
     void refuse() { mustFail_ = true; }

@@ -16,6 +16,7 @@
 
 #include "TrovCodec.h"
 #include "api/Memory.h"
+#include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
 
 namespace trov {
@@ -95,11 +96,8 @@ Outcome extendWithSchema() {
 
 // A reply of unit type 1 (every body is decoded) into a record the library
 // allocates; bufferOffset locates the record's managed buffer (0: none).
-Outcome decodeFU(uint16_t code, std::vector<uint8_t> body, size_t bufferOffset) {
-    const auto n = static_cast<uint16_t>(body.size());
-    std::vector<uint8_t> p = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8),
-                              uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    p.insert(p.end(), body.begin(), body.end());
+Outcome decodeFU(uint16_t code, const std::vector<uint8_t> &body, size_t bufferOffset) {
+    std::vector<uint8_t> p = replyPacket(code, body);
     const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
     HeaderInfo info{};
     DecodeResult result{nullptr, nullptr, 0};

@@ -146,6 +146,26 @@ TEST_F(EncodeSafety, AttributeArraysLongerThan16BitsAreReportedWrappedAndNeverWr
     }
 }
 
+// Event 0x30's byte string has a 16-bit length: 254 items of 255 bytes
+// (identifier 0x0842, u16 elements behind a u8 count of 127) with their
+// heads and the count byte make 65533 bytes, 255 of them 65791, which the
+// length cannot state.
+TEST_F(EncodeSafety, ExtendedDataLongerThanItsLengthFieldIsRefused) {
+    std::vector<uint16_t> elements(127, 0x0102);
+    AttributeArrayHeader array{127, elements.data()};
+    std::vector<EventExtendEntry> entries(255, EventExtendEntry{0, 0x0842, &array});
+    for (uint8_t count : {254, 255}) {
+        SCOPED_TRACE(int{count});
+        EventExtendList list{count, entries.data()};
+        OctetString data{0, nullptr};
+        BufferDesc buffer{nullptr, 0, 0};
+        const TrovResult r = TROV_EncodeEventExtend(&list, &data, 0x30, nullptr, 0x10, &buffer);
+        EXPECT_EQ(r, count == 254 ? 0u : 5u);
+        EXPECT_EQ(data.length, count == 254 ? 65533 : 0);
+        trovFree(buffer.data);
+    }
+}
+
 // A null pointer behind a non-zero count or length: sizes can still be
 // stated, but no encoder follows the pointer.
 TEST_F(EncodeSafety, NullDataBehindACountIsRefusedWithNullArgument) {

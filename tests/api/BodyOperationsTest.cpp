@@ -24,11 +24,6 @@ std::vector<uint8_t> packet(uint16_t code, uint8_t flags, uint8_t b18, uint8_t b
     return p;
 }
 
-// A packet whose 16-bit extension (flags bit 0) carries the unit type.
-std::vector<uint8_t> unitPacket(uint16_t unitType, uint16_t code) {
-    return packet(code, 0x01, uint8_t(unitType >> 8), uint8_t(unitType));
-}
-
 constexpr HeaderInfo kSentinelInfo{0x5A5A, 0x5A, 0x5A, 0x5A5A, 0x5A5A, 0x5A5A, 0x5A5A5A5A, 0x5A5A5A5A, 0x5A5A};
 constexpr uint16_t kSentinelType = 0xEEEE;
 
@@ -64,7 +59,7 @@ TEST_F(BodyOperations, DecodeFUTakesTheUnitTypeFromTheDecodedExtension) {
 // The checks before the body table, in order: arguments, mark, header codec,
 // header length. None of them touches the caller's records.
 TEST_F(BodyOperations, DecodersCheckArgumentsMarkVersionAndLengthInOrder) {
-    std::vector<uint8_t> good = unitPacket(1, 5);
+    std::vector<uint8_t> good = packet(5, 0x01, 0, 1); // unit type 1 in the 16-bit extension
     std::vector<uint8_t> wrongMark = good, v11 = good, wrongMarkV11 = good;
     wrongMark[1] = 0xE6;
     v11[2] = 0x11;

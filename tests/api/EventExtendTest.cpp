@@ -1,5 +1,5 @@
-// Extended event data through the exported interface: self-describing and
-// schema-driven round trips, raw items, the 16-bit length of event 0x30, and
+// Extended event data through the exported interface: self-describing
+// decoding, schema-driven round trips, raw items, the 16-bit length of event 0x30, and
 // every argument and schema check.
 #include <gtest/gtest.h>
 
@@ -27,20 +27,10 @@ protected:
     }
 };
 
-TEST_F(EventExtend, SelfDescribingBytesAndRoundTrip) {
-    uint8_t one = 0x5A;
-    uint16_t words[2] = {0x0102, 0xA0B0};
-    AttributeArrayHeader array{2, words};
-    EventExtendEntry items[] = {{0, 0x00CB, &one}, {0, 0x0070, &array}};
-    EventExtendList list{2, items};
-    OctetString data{};
-    ASSERT_EQ(TROV_EncodeEventExtend(&list, &data, 0x31, nullptr, kVersion, &out), 0u);
-    // count, then id, length, value per item; 0x0070 carries a u16 count.
-    const uint8_t golden[] = {2, 0x00, 0xCB, 1, 0x5A, 0x00, 0x70, 6, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0};
-    ASSERT_EQ(data.length & 0xFF, sizeof golden);
-    EXPECT_EQ(std::memcmp(data.data, golden, sizeof golden), 0);
-
-    std::vector<uint8_t> bytes(golden, golden + sizeof golden);
+// count, then id, length, value per item; 0x0070 carries a u16 count. (The
+// same bytes encoded from the decoded list: GuardPageTest.)
+TEST_F(EventExtend, SelfDescribingDecode) {
+    std::vector<uint8_t> bytes = {2, 0x00, 0xCB, 1, 0x5A, 0x00, 0x70, 6, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0};
     EventExtendList back{};
     ASSERT_EQ(decode(bytes, back), 0u);
     ASSERT_EQ(back.count, 2);
@@ -77,8 +67,8 @@ TEST_F(EventExtend, UnknownIdentifiersBecomeRawItems) {
 
 // A raw item's length is not checked against the data: what the data holds
 // is copied, the rest of the item reads as zero, and nothing past the data
-// is read.
-TEST_F(EventExtend, RawItemLongerThanTheDataStopsAtItsEnd) {
+// is read. A count of 0 allocates nothing. (Truncations: GuardPageTest.)
+TEST_F(EventExtend, RawItemLongerThanTheDataAndEmptyData) {
     std::vector<uint8_t> bytes = {1, 0x00, 0x01, 20, 0xAA, 0xBB};
     EventExtendList list{};
     ASSERT_EQ(decode(bytes, list), 0u);
@@ -86,20 +76,13 @@ TEST_F(EventExtend, RawItemLongerThanTheDataStopsAtItsEnd) {
     EXPECT_EQ(raw->length, 20);
     EXPECT_EQ(raw->data[1], 0xBB);
     EXPECT_EQ(raw->data[2], 0);
-}
-
-TEST_F(EventExtend, EmptyAndShortData) {
+    trovFree(in.data);
+    in = BufferDesc{};
     std::vector<uint8_t> zero = {0};
-    EventExtendList list{9, reinterpret_cast<EventExtendEntry *>(&list)};
     ASSERT_EQ(decode(zero, list), 0u);
     EXPECT_EQ(list.count, 0);
     EXPECT_EQ(list.entries, nullptr);
-    EXPECT_EQ(in.data, nullptr); // nothing allocated
-
-    std::vector<uint8_t> cut = {1, 0x00}; // an item head of 1 byte
-    EXPECT_EQ(decode(cut, list), TROV_RESULT_SHORT_INPUT);
-    EXPECT_EQ(list.count, 1);
-    EXPECT_EQ(list.entries, nullptr);
+    EXPECT_EQ(in.data, nullptr);
 }
 
 // 300 bytes: 74 one-byte items and a raw item of length 0. Event 0x30 reads

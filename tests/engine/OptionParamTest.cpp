@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/GuardedRegion.h"
 
 namespace {
 
@@ -35,59 +36,69 @@ const OptionCase kCases[] = {
 };
 
 // The in-memory value of a fixed kind (u32; u16; u32 with a u16 right after
-// it) and how many of its bytes a decode writes.
-struct Memory {
-    alignas(8) std::array<uint8_t, 8> bytes;
-    uint32_t used;
-};
-
-Memory memoryValue(uint8_t kind, uint32_t first, uint16_t second) {
-    Memory m{};
-    m.bytes.fill(0xCC);
-    m.used = 0;
-    if (kind == 1 || kind == 2) {
-        std::memcpy(m.bytes.data(), &first, 4);
-        m.used = 4;
-    } else if (kind == 3 || kind == 4) {
-        const auto v = uint16_t(first);
-        std::memcpy(m.bytes.data(), &v, 2);
-        m.used = 2;
-    } else if (kind == 5) {
-        std::memcpy(m.bytes.data(), &first, 4);
-        std::memcpy(m.bytes.data() + 4, &second, 2);
-        m.used = 6;
-    }
-    return m;
+// it), and how many of its bytes a decode writes.
+std::vector<uint8_t> memoryValue(const OptionCase &c) {
+    const auto u16 = uint16_t(c.first);
+    uint8_t m[8];
+    std::memcpy(m, &c.first, 4);
+    std::memcpy(m + 4, &c.second, 2);
+    if (c.kind == 3 || c.kind == 4) std::memcpy(m, &u16, 2);
+    const size_t used[] = {0, 4, 4, 2, 2, 6};
+    return std::vector<uint8_t>(m, m + (c.kind <= 5 ? used[c.kind] : 0));
 }
 
 void PrintTo(const OptionCase &c, std::ostream *os) { *os << "kind " << int(c.kind); }
 
 class OptionParam : public ::testing::TestWithParam<OptionCase> {};
 
-// The golden bytes, and nothing after them; a fixed kind's bytes decode
-// back to the value. (Short buffers and cursors: GuardPageTest.)
-TEST_P(OptionParam, EncodesTheGoldenBytesAndDecodesThemBack) {
-    const OptionCase &c = GetParam();
-    const Memory value = memoryValue(c.kind, c.first, c.second);
-    const auto n = uint32_t(c.wire.size());
-    std::array<uint8_t, 16> buf;
-    buf.fill(0xCC);
-    PacketCursor cursor{buf.data(), 16};
-    trovEncode_OptionParam(&cursor, c.kind, value.bytes.data());
-    EXPECT_EQ(std::vector<uint8_t>(buf.begin(), buf.begin() + n), c.wire);
-    for (uint32_t i = n; i < buf.size(); ++i) EXPECT_EQ(buf[i], 0xCC) << i;
-    EXPECT_EQ(cursor.position, buf.data() + n);
-    EXPECT_EQ(cursor.remaining, 16 - n);
-    if (c.kind > 5) return; // other kinds encode as the kind byte alone
+// Room for the longest option parameter before an inaccessible page, and a
+// canary margin before it.
+const GuardedRegion &region() {
+    static const GuardedRegion r(64);
+    return r;
+}
 
-    PacketCursor reader{buf.data() + 2, n - 2};
-    alignas(8) std::array<uint8_t, 16> out;
-    out.fill(0xCC);
-    EXPECT_EQ(trovDecode_OptionParam(c.kind, buf[1], out.data(), &reader),
-              out.data() + trovDecCalc_OptionParam(c.kind, buf[1]));
-    EXPECT_EQ(reader.remaining, 0u);
-    EXPECT_TRUE(std::equal(out.begin(), out.begin() + value.used, value.bytes.begin()));
-    EXPECT_EQ(out[8], 0xCC); // nothing past the value's slot
+// The golden bytes written into a buffer that ends at the guard, and nothing
+// into any shorter one; the value bytes (a raw kind's five) decode back from
+// the guard's edge, and nothing decodes from any truncation of them.
+TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
+    const OptionCase &c = GetParam();
+    std::vector<uint8_t> value = memoryValue(c);
+    value.resize(8, 0xCC);
+    const auto total = uint32_t(c.wire.size());
+    for (uint32_t n = 0; n <= total; ++n) {
+        SCOPED_TRACE(n);
+        std::memset(region().tail(n + 16), 0xCC, n + 16);
+        PacketCursor cursor{region().tail(n), n};
+        trovEncode_OptionParam(&cursor, c.kind, value.data());
+        EXPECT_EQ(cursor.position, n < total ? region().tail(n) : region().end());
+        std::vector<uint8_t> expected(16 + n, 0xCC);
+        if (n == total) std::copy(c.wire.begin(), c.wire.end(), expected.begin() + 16);
+        EXPECT_EQ(std::vector<uint8_t>(region().tail(n + 16), region().end()), expected);
+    }
+
+    const uint8_t raw[5] = {1, 2, 3, 4, 5};
+    const bool fixed = c.kind <= 5;
+    const uint8_t length = fixed ? c.wire[1] : 5;
+    const uint32_t read = fixed ? total - 2 : 5;
+    for (uint32_t n = 0; n <= read; ++n) {
+        SCOPED_TRACE(n);
+        PacketCursor reader{region().place(fixed ? c.wire.data() + 2 : raw, n), n};
+        const PacketCursor before = reader;
+        alignas(8) std::array<uint8_t, 16> out;
+        out.fill(0xCC);
+        void *next = trovDecode_OptionParam(c.kind, length, out.data(), &reader);
+        if (n < read) {
+            EXPECT_EQ(next, nullptr);
+            EXPECT_EQ(reader.position, before.position);
+            continue;
+        }
+        EXPECT_EQ(next, out.data() + (trovDecCalc_OptionParam(c.kind, length) + 7) / 8 * 8);
+        EXPECT_EQ(reader.position, region().end());
+        const std::vector<uint8_t> used = fixed ? memoryValue(c) : std::vector<uint8_t>(raw, raw + 5);
+        EXPECT_TRUE(std::equal(used.begin(), used.end(), out.begin()));
+        EXPECT_EQ(out[used.size()], 0xCC); // nothing past the value
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, OptionParam, ::testing::ValuesIn(kCases),
@@ -110,51 +121,31 @@ TEST(OptionParamArguments, MissingCursorOrValueReadsAndWritesNothing) {
     EXPECT_EQ(trovDecode_OptionParam(1, 4, buf.data(), &nowhere), nullptr);
 }
 
-TEST(OptionParamDecode, FixedKindsIgnoreTheLengthByte) {
-    uint8_t bytes[] = {0xBE, 0xEF, 0x11, 0x22, 0x33};
-    PacketCursor cursor{bytes, 2}; // the length byte says 5, but kind 3 needs 2
-    alignas(8) std::array<uint8_t, 8> dest;
-    dest.fill(0xCC);
-    EXPECT_EQ(trovDecode_OptionParam(3, 5, dest.data(), &cursor), dest.data() + 8);
-    EXPECT_EQ(cursor.position, bytes + 2);
-    EXPECT_EQ(cursor.remaining, 0u);
-    uint16_t v;
-    std::memcpy(&v, dest.data(), 2);
-    EXPECT_EQ(v, 0xBEEF);
-    EXPECT_EQ(dest[2], 0xCC);
-}
-
-TEST(OptionParamDecode, RawKindCopiesLengthBytesAndRoundsUp) {
-    uint8_t bytes[14] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 0x77};
-    PacketCursor cursor{bytes, sizeof bytes};
-    alignas(8) std::array<uint8_t, 24> dest;
-    dest.fill(0xCC);
-    EXPECT_EQ(trovDecode_OptionParam(200, 13, dest.data(), &cursor), dest.data() + 16);
-    EXPECT_EQ(cursor.position, bytes + 13);
-    EXPECT_TRUE(std::equal(dest.begin(), dest.begin() + 13, bytes));
-    EXPECT_EQ(dest[13], 0xCC);
-
-    // No length or no destination: nothing is read.
-    EXPECT_EQ(trovDecode_OptionParam(200, 0, dest.data() + 16, &cursor), dest.data() + 16);
-    trovDecode_OptionParam(200, 1, nullptr, &cursor);
-    EXPECT_EQ(cursor.position, bytes + 13);
-}
-
-// The returned address is destination + value bytes, rounded up to 8, also
+// The value bytes a decode reads: a fixed kind's own size whatever the
+// length byte says, a raw kind's length byte (none without a destination).
+// The returned address is destination + value bytes rounded up to 8, also
 // from a destination that is not itself on a boundary.
-TEST(OptionParamDecode, ReturnedAddressIsTheNextEightByteBoundary) {
-    const struct { uint8_t kind, length; uint32_t offset, next; } cases[] = {
-        {0, 0, 0, 0}, {0, 9, 3, 8}, {1, 4, 1, 8}, {2, 4, 4, 8}, {3, 2, 6, 8}, {4, 2, 7, 16},
-        {5, 6, 0, 8}, {5, 6, 1, 16}, {200, 13, 3, 16}, {255, 8, 0, 8}, {7, 0, 5, 8}, {6, 1, 8, 16},
+TEST(OptionParamDecode, ReadsTheValueAndReturnsTheNextEightByteBoundary) {
+    const struct { uint8_t kind, length; uint32_t offset, next, read; } cases[] = {
+        {0, 0, 0, 0, 0},  {0, 9, 3, 8, 0},      {1, 4, 1, 8, 4},    {2, 4, 4, 8, 4},    {3, 2, 6, 8, 2},
+        {3, 5, 0, 8, 2},  {4, 2, 7, 16, 2},     {5, 6, 0, 8, 6},    {5, 6, 1, 16, 6},   {200, 13, 3, 16, 13},
+        {200, 0, 0, 0, 0}, {255, 8, 0, 8, 8},   {7, 0, 5, 8, 0},    {6, 1, 8, 16, 1},
     };
-    std::vector<uint8_t> bytes(16, 0x5A);
+    uint8_t bytes[16];
+    for (uint8_t i = 0; i < 16; ++i) bytes[i] = uint8_t(0xB0 + i);
     for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << int(c.kind) << " at +" << c.offset);
-        PacketCursor cursor{bytes.data(), uint32_t(bytes.size())};
-        alignas(8) std::array<uint8_t, 32> dest{};
-        EXPECT_EQ(trovDecode_OptionParam(c.kind, c.length, dest.data() + c.offset, &cursor),
-                  dest.data() + c.next);
+        SCOPED_TRACE(testing::Message() << int(c.kind) << "/" << int(c.length) << " at +" << c.offset);
+        PacketCursor cursor{bytes, sizeof bytes};
+        alignas(8) std::array<uint8_t, 32> dest;
+        dest.fill(0xCC);
+        EXPECT_EQ(trovDecode_OptionParam(c.kind, c.length, dest.data() + c.offset, &cursor), dest.data() + c.next);
+        EXPECT_EQ(cursor.position, bytes + c.read);
+        EXPECT_EQ(dest[c.offset + c.read], 0xCC); // nothing past the value
+        EXPECT_TRUE(c.kind <= 5 || std::equal(bytes, bytes + c.read, dest.data() + c.offset));
     }
+    PacketCursor cursor{bytes, sizeof bytes};
+    trovDecode_OptionParam(200, 1, nullptr, &cursor);
+    EXPECT_EQ(cursor.position, bytes);
 }
 
 // The size passes: EncCalc gives the value bytes of a fixed kind and refuses

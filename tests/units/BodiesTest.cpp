@@ -70,29 +70,16 @@ const RequestCase kRequests[] = {
      {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x88, 0x99}},
     {"u8 u32 u32 u32", 0x11, [] { static ByteU32TripleBody r{0x80, 1, 0x100, 0xFFFFFFFF}; return &r; },
      {0x80, 0, 0, 0, 1, 0, 0, 1, 0, 0xFF, 0xFF, 0xFF, 0xFF}},
-    {"u16 and 12 raw bytes", 0x52,
-     [] {
-         static U16Bytes12Body r{0xBEEF, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}};
-         return &r;
-     },
+    {"u16 and 12 raw bytes", 0x52, [] { static U16Bytes12Body r{0xBEEF, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}}; return &r; },
      {0xBE, 0xEF, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
-    {"event-list head", 0x4d,
-     [] {
-         static EventListBody r{0x0A0B0C0D, 0xEE, 0x1234, 0x5678, 0x9A, 7, nullptr, {}};
-         return &r;
-     },
+    {"event-list head", 0x4d, [] { static EventListBody r{0x0A0B0C0D, 0xEE, 0x1234, 0x5678, 0x9A, 7, nullptr, {}}; return &r; },
      {0x0A, 0x0B, 0x0C, 0x0D, 0xEE, 0x12, 0x34, 0x56, 0x78, 0x9A}},
     {"u32 and a u8-counted string", 0x06,
      [] { static U32StringBody r{0xCAFEBABE, {3, abc}, {}}; return &r; },
      {0xCA, 0xFE, 0xBA, 0xBE, 3, 'a', 'b', 'c'}},
     {"empty string", 0x1a, [] { static StringBody r{{0, nullptr}, {}}; return &r; }, {0}},
-    {"copied block", 0x01, [] { static BlockBody r{{5, hello}, {}}; return &r; },
-     {'h', 'e', 'l', 'l', 'o'}},
-    {"two u16-counted strings", 0x7c,
-     [] {
-         static U32PairLongStringPairBody r{1, 2, {3, abc}, {5, hello}, {}};
-         return &r;
-     },
+    {"copied block", 0x01, [] { static BlockBody r{{5, hello}, {}}; return &r; }, {'h', 'e', 'l', 'l', 'o'}},
+    {"two u16-counted strings", 0x7c, [] { static U32PairLongStringPairBody r{1, 2, {3, abc}, {5, hello}, {}}; return &r; },
      {0, 0, 0, 1, 0, 0, 0, 2, 0, 3, 'a', 'b', 'c', 0, 5, 'h', 'e', 'l', 'l', 'o'}},
     {"AttributeBody", 0x12,
      [] { static AttributeBody r{kU32Attribute, &attributeValue, {}}; return &r; },

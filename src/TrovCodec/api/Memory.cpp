@@ -34,9 +34,32 @@ void failAllocationsFrom(uint32_t nth) {
     allocations = 0;
 }
 uint32_t allocationsSinceArmed() { return allocations; }
+
+namespace {
+AllocationLog *activeLog = nullptr;
+AllocationLog::Block *loggedBlock(void *p) {
+    for (uint32_t i = 0; activeLog != nullptr && i < activeLog->count; ++i)
+        if (activeLog->blocks[i].live && activeLog->blocks[i].pointer == p) return &activeLog->blocks[i];
+    return nullptr;
+}
+// Records a block of `size` bytes whose first `known` bytes are initialised.
+void logBlock(void *p, uint32_t size, uint32_t known) {
+    if (activeLog == nullptr || p == nullptr) return;
+    if (size > known) std::memset(static_cast<uint8_t *>(p) + known, 0xA5, size - known);
+    if (AllocationLog::Block *b = loggedBlock(p); b != nullptr) b->size = size;
+    else if (activeLog->count < AllocationLog::kMaxBlocks) activeLog->blocks[activeLog->count++] = {p, size, true};
+    else activeLog->overflow = true;
+}
+} // namespace
+void logAllocations(AllocationLog *log) {
+    if (log != nullptr) *log = AllocationLog{};
+    activeLog = log;
+}
 #define TROV_SEAM_FAILS() seamFails()
+#define TROV_SEAM_LOG(p, size, known) logBlock(p, size, known)
 #else
 #define TROV_SEAM_FAILS() false
+#define TROV_SEAM_LOG(p, size, known) ((void)0)
 #endif
 
 void *heapAlloc(uint32_t size) {
@@ -44,7 +67,9 @@ void *heapAlloc(uint32_t size) {
 #if defined(_WIN32)
     return LocalAlloc(0, size); // fixed memory, not zeroed
 #else
-    return std::malloc(size == 0 ? 1 : size);
+    void *p = std::malloc(size == 0 ? 1 : size);
+    TROV_SEAM_LOG(p, size, 0);
+    return p;
 #endif
 }
 
@@ -53,11 +78,22 @@ void *heapRealloc(void *p, uint32_t size) {
 #if defined(_WIN32)
     return LocalReAlloc(p, size, 0); // flags 0: grow in place or fail
 #else
-    return std::realloc(p, size == 0 ? 1 : size);
+    void *grown = std::realloc(p, size == 0 ? 1 : size);
+#if defined(TROV_ALLOC_SEAM)
+    // A logged block keeps its entry; one from before the log is added whole.
+    AllocationLog::Block *b = loggedBlock(p);
+    const uint32_t known = b == nullptr ? size : (b->size < size ? b->size : size);
+    if (b != nullptr && grown != nullptr) b->pointer = grown;
+    TROV_SEAM_LOG(grown, size, known);
+#endif
+    return grown;
 #endif
 }
 
 void heapFree(void *p) {
+#if defined(TROV_ALLOC_SEAM)
+    if (AllocationLog::Block *b = loggedBlock(p); b != nullptr) b->live = false;
+#endif
 #if defined(_WIN32)
     LocalFree(p);
 #else

@@ -80,6 +80,24 @@ void failAllocationAt(uint32_t nth);
 // As failAllocationAt, but every allocation from the nth on fails too.
 void failAllocationsFrom(uint32_t nth);
 uint32_t allocationsSinceArmed();
+
+// Test seam: while a log is set, every block heapAlloc hands out (filled with
+// 0xA5, so bytes the library never writes read the same in every build) is
+// recorded, heapRealloc updates its entry (or adds one) and heapFree marks it
+// dead. At most kMaxBlocks blocks per log; later ones set `overflow`.
+struct AllocationLog {
+    static constexpr uint32_t kMaxBlocks = 64;
+    struct Block {
+        void *pointer;
+        uint32_t size;
+        bool live;
+    };
+    Block blocks[kMaxBlocks];
+    uint32_t count;
+    bool overflow;
+};
+// Starts logging into `log` (emptied first); null stops logging.
+void logAllocations(AllocationLog *log);
 #endif
 
 } // namespace trov

@@ -197,16 +197,16 @@ uint32_t layoutWire(const Layout &l) {
     uint32_t n = 0;
     for (int i = 0; i < l.count; ++i) {
         switch (l.fields[i].kind) {
-        case FieldKind::U8:
-        case FieldKind::Octets8:
-        case FieldKind::Chars8:
-        case FieldKind::U32List: n += 1; break;
-        case FieldKind::U16:
-        case FieldKind::Octets16:
-        case FieldKind::Chars16:
-        case FieldKind::Attributes: n += 2; break;
-        case FieldKind::U32: n += 4; break;
-        case FieldKind::Block12: n += 12; break;
+        case ValueFieldKind::U8:
+        case ValueFieldKind::Octets8:
+        case ValueFieldKind::Chars8:
+        case ValueFieldKind::U32List: n += 1; break;
+        case ValueFieldKind::U16:
+        case ValueFieldKind::Octets16:
+        case ValueFieldKind::Chars16:
+        case ValueFieldKind::Attributes: n += 2; break;
+        case ValueFieldKind::U32: n += 4; break;
+        case ValueFieldKind::Block12: n += 12; break;
         }
     }
     return n;
@@ -484,32 +484,32 @@ void RecordBuilder::recordElement(const Layout &layout, uint8_t *element) {
     for (int i = 0; i < layout.count; ++i) {
         uint8_t *field = slot(element, layout.fields[i].offset);
         switch (layout.fields[i].kind) {
-        case FieldKind::U8: in_.fill(field, 1); break;
-        case FieldKind::U16: in_.fill(field, 2); break;
-        case FieldKind::U32: in_.fill(field, 4); break;
-        case FieldKind::Block12: in_.fill(field, 12); break;
-        case FieldKind::Octets8:
-        case FieldKind::Chars8: {
+        case ValueFieldKind::U8: in_.fill(field, 1); break;
+        case ValueFieldKind::U16: in_.fill(field, 2); break;
+        case ValueFieldKind::U32: in_.fill(field, 4); break;
+        case ValueFieldKind::Block12: in_.fill(field, 12); break;
+        case ValueFieldKind::Octets8:
+        case ValueFieldKind::Chars8: {
             const uint16_t n = count(1, 1, 1);
             field[0] = static_cast<uint8_t>(n);
             field[1] = unusedHighByte();
             storePointer(slot(field, 8), bytes(n, n != 0));
             break;
         }
-        case FieldKind::Octets16:
-        case FieldKind::Chars16: {
+        case ValueFieldKind::Octets16:
+        case ValueFieldKind::Chars16: {
             const uint16_t n = count(2, 1, 1);
             storeWidth(field, 2, n);
             storePointer(slot(field, 8), bytes(n, n != 0));
             break;
         }
-        case FieldKind::U32List: {
+        case ValueFieldKind::U32List: {
             const uint16_t n = count(1, 4, 4);
             field[0] = static_cast<uint8_t>(n);
             storePointer(slot(field, 8), bytes(size_t{n} * 4, n != 0));
             break;
         }
-        case FieldKind::Attributes: {
+        case ValueFieldKind::Attributes: {
             const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
             storeWidth(field, 2, n);
             uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
@@ -669,27 +669,20 @@ void RecordBuilder::structure(const StructField *d, uint8_t *record) {
 
 // ---- records --------------------------------------------------------------------------
 
-void *RecordBuilder::bodyRecord(const BodyLayout &layout) {
-    uint8_t *record = block(layoutRecordBytes(layout));
-    for (uint32_t i = 0; i < layout.count; ++i) {
-        const BodyField &f = layout.fields[i];
-        const uint32_t offset = fieldOffset(layout, i);
-        uint8_t *field = slot(record, offset);
+// A record of any layout of the field model: the fields at the plan's
+// offsets, each counted part a count and a pointer to its own block.
+uint8_t *RecordBuilder::planRecord(const Plan &plan, size_t recordBytes) {
+    uint8_t *record = block(recordBytes);
+    for (uint8_t i = 0; i < plan.count; ++i) {
+        const Field &f = plan.fields[i];
+        const KindInfo &k = kindInfo(f.kind);
+        uint8_t *field = slot(record, f.offset);
         switch (f.kind) {
-        case BodyFieldKind::U8: in_.fill(field, 1); break;
-        case BodyFieldKind::U16: in_.fill(field, 2); break;
-        case BodyFieldKind::U32: in_.fill(field, 4); break;
-        case BodyFieldKind::Bytes: in_.fill(field, f.bytes); break;
-        case BodyFieldKind::String8:
-        case BodyFieldKind::String16:
-        case BodyFieldKind::Block: {
-            const bool oneByte = f.kind == BodyFieldKind::String8;
-            const uint16_t n = count(oneByte ? 1 : 2, 1, 1);
-            storeWidth(field, 2, oneByte ? static_cast<uint16_t>(unusedHighByte() << 8 | n) : n);
-            storePointer(slot(field, offsetof(OctetString, data)), bytes(n, n != 0));
-            break;
-        }
-        case BodyFieldKind::Attribute: {
+        case FieldKind::Bytes: in_.fill(field, f.size); break;
+        case FieldKind::Reserved8: in_.fill(field, 1); break;
+        case FieldKind::Buffer: break;
+        case FieldKind::Option: option(field, field + 1, slot(record, f.data)); break;
+        case FieldKind::Attribute: {
             const uint16_t id = attributeId();
             storeWidth(field, 2, id);
             void *value = attributeValue(id);
@@ -698,7 +691,38 @@ void *RecordBuilder::bodyRecord(const BodyLayout &layout) {
                 value = nullptr;
                 refuse();
             }
-            storePointer(slot(record, valueOffset(offset)), value);
+            storePointer(slot(record, f.data), value);
+            break;
+        }
+        case FieldKind::TypedValue:
+        case FieldKind::ReservedValue: {
+            const uint16_t type = dataTypeCode();
+            storeWidth(field, 2, type);
+            void *value = dataTypeValue(type);
+            if (dataType(type).family == ValueType::Family::None) refuse();
+            if (nullPointer()) {
+                value = nullptr;
+                refuse();
+            }
+            storePointer(slot(record, f.data), value);
+            // A type without reserved room is read over on decoding and its
+            // value not kept.
+            if (f.kind == FieldKind::ReservedValue && type != 16 && type != 17 && type != 19 && type != 20)
+                lossy();
+            break;
+        }
+        default: {
+            if (!k.counted) {
+                in_.fill(field, k.wire);
+                break;
+            }
+            // Items are 8-byte elements; other elements are stored as wide as on the wire.
+            const uint8_t stride = f.kind == FieldKind::ByteU32Items ? 8 : k.wire;
+            const uint8_t prefix = f.kind == FieldKind::Rest ? 2 : f.prefix;
+            const uint16_t n = count(prefix, k.wire, stride);
+            if (f.countWidth > prefix) storeWidth(field, f.countWidth, static_cast<uint16_t>(unusedHighByte() << 8 | n));
+            else storeWidth(field, prefix, n);
+            storePointer(slot(record, f.data), bytes(size_t{n} * stride, n != 0));
             break;
         }
         }
@@ -706,28 +730,14 @@ void *RecordBuilder::bodyRecord(const BodyLayout &layout) {
     return record;
 }
 
-void RecordBuilder::methodParams(const MethodPlan &plan, MethodBody &body) {
+void *RecordBuilder::bodyRecord(const BodyLayout &layout) { return planRecord(*layout.plan, layout.recordBytes); }
+
+void RecordBuilder::methodParams(const Plan &plan, MethodBody &body) {
     if (plan.count == 0) { // nothing is read
         body.params = bytes(4, false);
         return;
     }
-    uint8_t *params = block(plan.record);
-    for (uint8_t k = 0; k < plan.count; ++k) {
-        const MethodStep &s = plan.steps[k];
-        uint8_t *field = slot(params, s.offset);
-        switch (s.kind) {
-        case MethodFieldKind::Scalar:
-        case MethodFieldKind::Block: in_.fill(field, s.width); break;
-        case MethodFieldKind::List:
-        case MethodFieldKind::Chars: {
-            const uint16_t n = count(s.countBytes, s.width, s.width);
-            storeWidth(field, s.countBytes, n);
-            storePointer(slot(field, 8), bytes(size_t{n} * s.width, n != 0));
-            break;
-        }
-        case MethodFieldKind::End: break;
-        }
-    }
+    uint8_t *params = planRecord(plan, plan.record);
     if (nullPointer()) {
         params = nullptr;
         refuse();
@@ -751,56 +761,6 @@ MethodBody *RecordBuilder::methodBody() {
         body->params = nullptr;
     }
     return body;
-}
-
-// A string event's record: the fields at the plan's offsets, each variable
-// part a head and a pointer to its own block.
-void *RecordBuilder::stringEvent(const StringEventPlan &plan) {
-    using Kind = EventFieldKind;
-    uint8_t *record = block(plan.record);
-    for (uint8_t i = 0; i < plan.count; ++i) {
-        const EventStep &s = plan.steps[i];
-        uint8_t *field = slot(record, s.offset);
-        switch (s.kind) {
-        case Kind::U8:
-        case Kind::U16:
-        case Kind::U32:
-        case Kind::Block: in_.fill(field, s.wireBytes); break;
-        case Kind::Gap8: in_.fill(field, 1); break;
-        case Kind::Octets8:
-        case Kind::Octets16: {
-            const uint16_t n = count(static_cast<uint8_t>(s.wireBytes), 1, 1);
-            storeWidth(field, s.wireBytes, n);
-            storePointer(slot(record, s.pointer), bytes(n, n != 0));
-            break;
-        }
-        case Kind::Items: { // 8-byte items: u8 @0, u32 @4
-            const uint16_t n = count(1, 5, 8);
-            field[0] = static_cast<uint8_t>(n);
-            storePointer(slot(record, s.pointer), bytes(size_t{n} * 8, n != 0));
-            break;
-        }
-        case Kind::Option: option(field, field + 1, slot(record, s.pointer)); break;
-        case Kind::Value:
-        case Kind::ReservedValue: {
-            const uint16_t type = dataTypeCode();
-            storeWidth(field, 2, type);
-            void *value = dataTypeValue(type);
-            if (dataType(type).family == ValueType::Family::None) refuse();
-            if (nullPointer()) {
-                value = nullptr;
-                refuse();
-            }
-            storePointer(slot(record, s.pointer), value);
-            // A type without reserved room is read over on decoding and its
-            // value not kept.
-            if (s.kind == Kind::ReservedValue && reservedValueRoom(type) == 0) lossy();
-            break;
-        }
-        case Kind::End: break;
-        }
-    }
-    return record;
 }
 
 // An attribute event's record: fields, counted runs, the attribute list.

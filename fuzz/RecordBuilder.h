@@ -173,7 +173,7 @@ public:
     // ---- records ----
     void *bodyRecord(const trov::BodyLayout &layout);
     MethodBody *methodBody();
-    void *stringEvent(const trov::StringEventPlan &plan);
+    void *stringEvent(const trov::Plan &plan) { return planRecord(plan, plan.record); }
     void *attributeEvent(const trov::AttributeEventPlan &plan);
     void *structureEvent(); // 0xC4, 0xC5
 
@@ -204,7 +204,8 @@ private:
     void structure(const trov::StructField *d, uint8_t *record);
     // An option parameter: its kind, its length and its value pointer.
     void option(uint8_t *kind, uint8_t *length, uint8_t *valueSlot);
-    void methodParams(const trov::MethodPlan &plan, MethodBody &body);
+    void methodParams(const trov::Plan &plan, MethodBody &body);
+    uint8_t *planRecord(const trov::Plan &plan, size_t recordBytes);
     // One level of nesting per nested record or value.
     void enter();
     void leave() { --depth_; }

@@ -123,20 +123,20 @@ void querySizes(const HeaderInfo &head, const trov::BodyLayout &layout, const vo
     uint16_t size = 0;
     TrovResult sized = TROV_RESULT_OK;
     const auto *base = static_cast<const uint8_t *>(record);
-    for (uint32_t i = 0; i < layout.count; ++i) {
-        const trov::BodyField &f = layout.fields[i];
-        const uint32_t offset = trov::fieldOffset(layout, i);
-        if (f.kind == trov::BodyFieldKind::Attribute) {
+    for (uint8_t i = 0; i < layout.plan->count; ++i) {
+        const trov::Field &f = layout.plan->fields[i];
+        const trov::KindInfo &k = trov::kindInfo(f.kind);
+        if (f.kind == trov::FieldKind::Attribute) {
             uint16_t id = 0;
             const void *value = nullptr;
-            std::memcpy(&id, base + offset, sizeof id);
-            std::memcpy(&value, base + trov::valueOffset(offset), sizeof value);
+            std::memcpy(&id, base + f.offset, sizeof id);
+            std::memcpy(&value, base + f.data, sizeof value);
             sized = TROV_GetAttributePacketSize(&head, id, value, 1, &size);
             ++attributes;
-        } else if (trov::isVariable(f.kind)) {
+        } else if (k.counted) {
             fixedOthers = false;
         } else {
-            others += trov::minimumWireBytes(f);
+            others += f.kind == trov::FieldKind::Bytes ? f.size : k.wire;
         }
     }
     if (attributes == 1 && fixedOthers && encoded == TROV_RESULT_OK)

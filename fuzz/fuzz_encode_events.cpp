@@ -27,7 +27,7 @@ struct EventCodec {
     void *(*decode)(void *record, PacketCursor *cursor, uint8_t flag);
     TrovResult (*encCalc)(const void *record, uint16_t *packetBytes);
     void (*encode)(PacketCursor *cursor, const void *record);
-    const trov::StringEventPlan *stringPlan;       // string events
+    const trov::Plan *stringPlan;                  // string events
     const trov::AttributeEventPlan *attributePlan; // attribute events; neither: 0xC4, 0xC5
 };
 

@@ -19,7 +19,7 @@ TEST(SelectorValue, SelectorOutsideOneToFourIsRefused) {
     TROV_InitCoder();
     const RecordValueType *selector = nullptr;
     for (const RecordValueType &t : kRecordValueTypes)
-        if (t.fields == nullptr) selector = &t;
+        if (t.variants != nullptr) selector = &t;
     ASSERT_NE(selector, nullptr);
     const ValueCodecOps &ops = AttributeCodecTable[selector->row - 1].ops;
     for (uint8_t bad : {0, 5, 0xFF}) {

@@ -148,20 +148,43 @@ void itemListWire(Wire &w, uint32_t n, uint32_t countWidth, uint32_t lengthWidth
     }
 }
 
-// One element of a record value type: every variable field n long.
-void layoutWire(Wire &w, const Layout &l, uint32_t n) {
-    for (int i = 0; i < l.count; ++i) {
-        switch (l.fields[i].kind) {
-        case FieldKind::U8: w.fill(1); break;
-        case FieldKind::U16: w.fill(2); break;
-        case FieldKind::U32: w.fill(4); break;
-        case FieldKind::Block12: w.fill(12); break;
-        case FieldKind::Octets8:
-        case FieldKind::Chars8: w.counted(1, n, 1); break;
-        case FieldKind::Octets16:
-        case FieldKind::Chars16: w.counted(2, n, 1); break;
-        case FieldKind::U32List: w.counted(1, n, 4); break;
-        case FieldKind::Attributes: itemListWire(w, n, 2, 2, {kBytesRow}); break;
+// The wire form of any layout of the field model with every count and
+// length n (as far as its prefix holds).
+void planWire(Wire &w, const Plan &p, uint32_t n) {
+    uint32_t count = 0;
+    for (uint8_t i = 0; i < p.count; ++i) {
+        const Field &f = p.fields[i];
+        const KindInfo &k = kindInfo(f.kind);
+        switch (f.kind) {
+        case FieldKind::Bytes: w.fill(f.size); break;
+        case FieldKind::Count: w.number(f.prefix, count = fit(n, f.prefix)); break;
+        case FieldKind::Rest: w.fill(n); break;
+        case FieldKind::Attribute:
+            w.number(2, attributeId(kProfileRow));
+            valueWire(w, shapeOfRow(kProfileRow), n, 1);
+            break;
+        case FieldKind::ReservedValue:
+            if (n % 2 == 0) { // type 0x14, a 12-byte value, has room reserved
+                w.number(2, 0x14);
+                w.fill(12);
+                break;
+            }
+            [[fallthrough]]; // type 0x08 has none and is read over
+        case FieldKind::TypedValue:
+            w.number(2, 0x08);
+            valueWire(w, shapeOfRow(kCharsRow), n, 1);
+            break;
+        case FieldKind::Option: // a raw kind of n bytes
+            w.number(1, 6 + n % 3);
+            w.counted(1, n, 1);
+            break;
+        case FieldKind::Attributes: itemListWire(w, n, 2, 2, {kBytesRow}); break; // nested: known rows only
+        case FieldKind::EventAttributes: itemListWire(w, n, 2, 2, {kCharsRow, kRawRow, kProfileRow}); break;
+        default:
+            if (!k.counted) w.fill(k.wire);
+            else if (f.prefix == 0) w.fill(count * k.wire);
+            else w.counted(f.prefix, n, k.wire);
+            break;
         }
     }
 }
@@ -211,14 +234,14 @@ void valueWire(Wire &w, const ValueShape &s, uint32_t n, uint8_t isArray, uint8_
         if (s.fixed->prefixBytes == 0 || isArray == 0) return w.fill(s.fixed->wireBytes);
         return w.counted(s.fixed->prefixBytes, n, s.fixed->wireBytes);
     }
-    if (s.record->fields == nullptr) {
+    if (s.record->variants != nullptr) {
         w.number(1, selector);
-        return layoutWire(w, parseLayout(s.record->variants[selector - 1]), n);
+        return planWire(w, valuePlan(s.record->variants->variant[selector - 1]), n);
     }
-    const Layout l = parseLayout(s.record->fields);
-    if (s.record->prefixBytes == 0 || isArray == 0) return layoutWire(w, l, n);
+    const Plan l = valuePlan(s.record->fields);
+    if (s.record->prefixBytes == 0 || isArray == 0) return planWire(w, l, n);
     w.number(2, std::min(n, 2u));
-    for (uint32_t i = 0; i < std::min(n, 2u); ++i) layoutWire(w, l, n);
+    for (uint32_t i = 0; i < std::min(n, 2u); ++i) planWire(w, l, n);
 }
 
 // ---- the two checks ----------------------------------------------------------------
@@ -366,7 +389,7 @@ class AttributeRowExtent : public ExtentBoundary, public testing::WithParamInter
 
 TEST_P(AttributeRowExtent, DecodeStaysInsideTheExtent) {
     const ValueShape shape = shapeOfRow(GetParam());
-    const int variants = shape.record != nullptr && shape.record->fields == nullptr ? 4 : 1;
+    const int variants = shape.record != nullptr && shape.record->variants != nullptr ? 4 : 1;
     for (uint32_t n : kLengths)
         for (uint8_t isArray = 0; isArray <= 1; ++isArray)
             for (uint8_t variant = 1; variant <= variants; ++variant) {
@@ -394,8 +417,8 @@ INSTANTIATE_TEST_SUITE_P(EveryRow, AttributeRowExtent, testing::ValuesIn(allRows
 constexpr FixedValueType kByteString{0, 1, 2, 1, 0, {1}};
 constexpr FixedValueType kBlock12{0, 12, 0, 12, 0, {12}};
 constexpr FixedValueType kBlock16{0, 16, 0, 16, 0, {16}};
-constexpr RecordValueType kStringArray8{0, 2, "o8", {}};
-constexpr RecordValueType kStringArray16{0, 2, "o16", {}};
+constexpr RecordValueType kStringArray8{0, 2, {fields::oct8}};
+constexpr RecordValueType kStringArray16{0, 2, {fields::oct16}};
 
 ValueShape dataTypeShape(uint16_t code) {
     switch (code) {
@@ -437,37 +460,6 @@ INSTANTIATE_TEST_SUITE_P(EveryType, DataTypeExtent,
 
 // ---- events and event lists -------------------------------------------------------------
 
-void stringEventWire(Wire &w, const StringEventLayout &l, uint32_t n) {
-    for (const EventField &f : l.fields) {
-        switch (f.kind) {
-        case EventFieldKind::End: return;
-        case EventFieldKind::U8: w.fill(1); break;
-        case EventFieldKind::U16: w.fill(2); break;
-        case EventFieldKind::U32: w.fill(4); break;
-        case EventFieldKind::Gap8: break;
-        case EventFieldKind::Block: w.fill(f.bytes); break;
-        case EventFieldKind::Octets8: w.counted(1, n, 1); break;
-        case EventFieldKind::Octets16: w.counted(2, n, 1); break;
-        case EventFieldKind::Items: w.counted(1, n, 5); break;
-        case EventFieldKind::ReservedValue:
-            if (n % 2 == 0) { // type 0x14, a 12-byte value, has room reserved
-                w.number(2, 0x14);
-                w.fill(12);
-                break;
-            }
-            [[fallthrough]]; // type 0x08 has none and is read over
-        case EventFieldKind::Value:
-            w.number(2, 0x08);
-            valueWire(w, shapeOfRow(kCharsRow), n, 1);
-            break;
-        case EventFieldKind::Option: // a raw kind of n bytes
-            w.number(1, 6 + n % 3);
-            w.counted(1, n, 1);
-            break;
-        }
-    }
-}
-
 void attributeEventWire(Wire &w, const AttributeEventLayout &l, uint32_t n) {
     uint32_t count = 0;
     for (AttributeEventItem item : l.items) {
@@ -483,7 +475,7 @@ void attributeEventWire(Wire &w, const AttributeEventLayout &l, uint32_t n) {
 Wire eventWire(uint16_t code, uint32_t n) {
     Wire w;
     for (const StringEventLayout &l : kStringEventLayouts)
-        if (std::find(std::begin(l.codes), std::end(l.codes), code) != std::end(l.codes)) stringEventWire(w, l, n);
+        if (std::find(std::begin(l.codes), std::end(l.codes), code) != std::end(l.codes)) planWire(w, kStringEventPlans[static_cast<size_t>(&l - kStringEventLayouts)], n);
     if (const int row = attributeEventLayoutOf(code); row >= 0) attributeEventWire(w, kAttributeEventLayouts[row], n);
     if (code == 0xC4 || code == 0xC5) structureWire(w, structure_event::kBody, n);
     return w;
@@ -576,11 +568,7 @@ Wire methodReplyWire(uint16_t code, uint32_t n) {
     const size_t i = methodIndex(code);
     if (i == kMethodCount) w.fill(n);
     else if (kMethods[i].reply == MethodReply::Structured) structureWire(w, kMethods[i].replyDescriptor, n);
-    else
-        for (const MethodField &f : kMethods[i].replyFields) {
-            if (f.kind == MethodFieldKind::Scalar || f.kind == MethodFieldKind::Block) w.fill(f.width);
-            if (f.kind == MethodFieldKind::List || f.kind == MethodFieldKind::Chars) w.counted(f.countBytes, n, f.width);
-        }
+    else planWire(w, kMethodPlans[i].reply, n);
     return w;
 }
 
@@ -644,19 +632,14 @@ const VariableReply kVariableReplies[] = {
 // characters and array are n long.
 Wire replyBodyWire(const BodyLayout &l, uint32_t n) {
     Wire w;
-    for (uint32_t i = 0; i < l.count; ++i) {
-        const BodyField &f = l.fields[i];
-        if (f.kind == BodyFieldKind::String8) w.counted(1, n, 1);
-        else if (f.kind == BodyFieldKind::String16) w.counted(2, n, 1);
-        else if (f.kind == BodyFieldKind::Block) w.fill(n);
-        else if (f.kind == BodyFieldKind::Attribute) {
-            w.number(2, attributeId(kProfileRow));
-            valueWire(w, shapeOfRow(kProfileRow), n, 1);
-        } else {
-            w.fill(minimumWireBytes(f));
-        }
-    }
+    planWire(w, *l.plan, n);
     return w;
+}
+
+uint32_t bufferOf(const BodyLayout &l) {
+    for (uint8_t k = 0; k < l.plan->count; ++k)
+        if (l.plan->fields[k].kind == FieldKind::Buffer) return l.plan->fields[k].offset;
+    return 0;
 }
 
 class ReplyBodyExtent : public ExtentBoundary, public testing::WithParamInterface<VariableReply> {};
@@ -670,14 +653,14 @@ TEST_P(ReplyBodyExtent, DecodeStaysInsideTheBufferItAsksFor) {
         for (uint32_t n : kLengths) {
             SCOPED_TRACE(testing::Message() << "code 0x" << std::hex << row->code << std::dec << ", length " << n);
             expectReplyInsideItsRoom(
-                packet(row->code, replyBodyWire(l, n)), layoutRecordBytes(l), bufferOffset(l),
+                packet(row->code, replyBodyWire(l, n)), l.recordBytes, bufferOf(l),
                 [&](const Reply &r, const ExactRoom &room) {
-                    for (uint32_t k = 0; k < l.count; ++k) {
-                        const uint32_t at = fieldOffset(l, k);
-                        const auto s = r.field<OctetString>(at);
-                        if (l.fields[k].kind == BodyFieldKind::Attribute) {
-                            EXPECT_TRUE(room.holds(r.field<void *>(valueOffset(at))));
-                        } else if (isVariable(l.fields[k].kind)) {
+                    for (uint8_t k = 0; k < l.plan->count; ++k) {
+                        const Field &f = l.plan->fields[k];
+                        const auto s = r.field<OctetString>(f.offset);
+                        if (f.kind == FieldKind::Attribute) {
+                            EXPECT_TRUE(room.holds(r.field<void *>(f.data)));
+                        } else if (isCounted(f.kind)) {
                             EXPECT_TRUE(s.length == 0 || room.holds(s.data, s.length));
                         }
                     }

@@ -17,6 +17,7 @@
 
 #include "api/RecordLayout.h"
 #include "api/TrovCodec.h"
+#include "engine/CodecTypes.h"
 
 namespace trov {
 
@@ -32,58 +33,6 @@ struct HeaderCodecRow {
     TrovResult (*setToPacket)(uint32_t index, const PacketCursor *cursor, const void *value);
     uint8_t *(*encodeHeader)(const HeaderInfo *info, const PacketCursor *cursor);
     const uint8_t *(*decodeHeader)(const PacketCursor *cursor, HeaderInfo *info);
-};
-
-// What a decode size pass reports. `bytes` is the record size in the
-// protocol's own 16-bit arithmetic, which wraps on purpose and is what the
-// protocol reports, sums and records as capacity. `extent` is what the decode
-// pass really writes, in 32 bits; it equals `bytes` for all but oversized
-// input, and whoever allocates for a decode gives the block at least `extent`
-// bytes of real room, so a wrapped figure never lets a decode write past its
-// block.
-struct RecordSize {
-    uint16_t bytes;
-    uint32_t extent;
-};
-
-// What an encode size pass reports. `bytes` is the packet size in the
-// protocol's own 16-bit arithmetic: it wraps for a value longer than 65535
-// bytes, and it is what the size query reports and what length fields
-// carry. `extent` is what Encode really writes, in 32 bits (saturating, so
-// that no sum of a hostile record wraps back into range). Whoever reserves
-// room for an encode goes by `extent` and refuses what its length fields
-// cannot frame, so a wrapped figure never lets an encode write past its
-// buffer. `nullData` tells that the write pass would follow a null pointer
-// (array elements, string bytes or a value behind a non-zero count or
-// length): the size is still what the record states, so a size query answers
-// as usual, but every encoder refuses such a record with 1.
-struct WireSize {
-    uint16_t bytes = 0;
-    uint32_t extent = 0;
-    bool nullData = false;
-
-    static constexpr WireSize of(uint32_t n) { return WireSize{static_cast<uint16_t>(n), n, false}; }
-    constexpr void add(const WireSize &s) {
-        bytes = static_cast<uint16_t>(bytes + s.bytes);
-        extent = s.extent > UINT32_MAX - extent ? UINT32_MAX : extent + s.extent;
-        nullData = nullData || s.nullData;
-    }
-    constexpr void add(uint32_t n) { add(of(n)); }
-};
-
-// The four operations of a value codec (attribute and data-type rows).
-// EncCalc reports packet bytes (1 when it cannot size the value without
-// following a null pointer; a null pointer that only Encode would follow is
-// reported in `nullData`); Encode writes them unchecked; DecCalc checks
-// the packet holds the value, moves past it and reports record bytes; Decode
-// fills the record area unchecked and returns the next free 8-aligned address.
-struct ValueCodecOps {
-    TrovResult (*encCalc)(const void *value, uint8_t isArray, WireSize *packetBytes,
-                          uint8_t version);
-    void (*encode)(PacketCursor *cursor, const void *value, uint8_t isArray, uint8_t version);
-    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t isArray, RecordSize *recordBytes,
-                          uint8_t version);
-    void *(*decode)(void *record, PacketCursor *cursor, uint8_t isArray, uint8_t version);
 };
 
 struct AttributeCodecRow {

@@ -13,17 +13,6 @@
 
 namespace trov {
 
-// Sizes of a decoded item: the protocol's 16-bit figure and the true extent.
-struct Sizes {
-    uint16_t bytes = 0;
-    uint32_t extent = 0;
-    void add(uint16_t b, uint32_t e) {
-        bytes = static_cast<uint16_t>(bytes + b);
-        extent += e;
-    }
-    void add(const RecordSize &r) { add(r.bytes, r.extent); }
-};
-
 // Packet bytes of a list: 2 for the count in array form, plus 4 and the
 // value's size per entry. An identifier without a codec gives 10 at once;
 // null entries behind a non-zero count give 1.

@@ -51,8 +51,8 @@ constexpr FixedValueType kOwnFixedTypes[] = {
     {0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}}, // 0x17
 };
 constexpr RecordValueType kOwnRecordTypes[] = {
-    {0, 2, "o8", {}},  // 0x19
-    {0, 2, "o16", {}}, // 0x1A
+    {0, 2, {fields::oct8}},  // 0x19
+    {0, 2, {fields::oct16}}, // 0x1A
 };
 
 constexpr ValueCodecOps kByteString = FixedValueCodec<kOwnFixedTypes, 0>::ops;

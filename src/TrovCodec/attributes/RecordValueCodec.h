@@ -1,5 +1,7 @@
 // The record value codec: one implementation for every record value type,
-// instantiated per type with its parsed field string (see RecordValueType.h).
+// instantiated per type with its plans (see RecordValueType.h). The fields of
+// an element are run by the field model's walker; this codec adds the value
+// forms around them: scalar or array form, and the selector.
 #pragma once
 
 #include <array>
@@ -11,28 +13,11 @@
 
 namespace trov {
 
-// The generic walks over one element of a layout.
-// Adds the packet bytes of one element to packetBytes (marking nullData for
-// a null pointer behind a non-zero length or count); 1 for a nested list whose
-// entries are null behind a non-zero count.
-TrovResult layoutEncCalc(const Layout &layout, const uint8_t *record, WireSize &packetBytes,
-                         uint8_t isArray, uint8_t version);
-void layoutEncode(const Layout &layout, PacketCursor &cursor, const uint8_t *record,
-                  uint8_t isArray, uint8_t version);
-// Checks the packet holds one element, moves past it, and adds the bytes of
-// its data area (not its fixed part).
-TrovResult layoutDecCalc(const Layout &layout, PacketCursor &cursor, Sizes &data, uint8_t isArray,
-                         uint8_t version);
-// Reads one element into `record`, its variable data from `data` on;
-// returns where the data area ends.
-uint8_t *layoutDecode(const Layout &layout, PacketCursor &cursor, uint8_t *record, uint8_t *data,
-                      uint8_t isArray, uint8_t version);
-
 // The four operations over a whole value (scalar or array form, or selector).
 struct RecordValueShape {
     uint8_t prefixBytes;
-    const Layout *layout;                 // null for a selector type
-    const std::array<Layout, 4> *variants; // a selector type's variants
+    const Plan *layout;                  // null for a selector type
+    const std::array<Plan, 4> *variants; // a selector type's variants
 };
 TrovResult recordEncCalc(const RecordValueShape &s, const void *value, uint8_t isArray,
                          WireSize *packetBytes, uint8_t version);
@@ -46,14 +31,16 @@ void *recordDecode(const RecordValueShape &s, void *record, PacketCursor *cursor
 template <const RecordValueType *Types, size_t I>
 struct RecordValueCodec {
     static constexpr const RecordValueType &T = Types[I];
-    static constexpr bool kSelector = T.fields == nullptr;
-    static constexpr Layout kLayout = parseLayout(T.fields);
-    static constexpr std::array<Layout, 4> kVariants{parseLayout(T.variants[0]), parseLayout(T.variants[1]),
-                                                     parseLayout(T.variants[2]), parseLayout(T.variants[3])};
-    static_assert(kSelector ? kVariants[0].valid && kVariants[1].valid && kVariants[2].valid &&
-                                  kVariants[3].valid
-                            : kLayout.valid,
-                  "a field string does not parse");
+    static constexpr bool kSelector = T.variants != nullptr;
+    static constexpr Plan kLayout = valuePlan(T.fields);
+    static constexpr std::array<Plan, 4> kVariants =
+        kSelector ? std::array<Plan, 4>{valuePlan(T.variants->variant[0]), valuePlan(T.variants->variant[1]),
+                                        valuePlan(T.variants->variant[2]), valuePlan(T.variants->variant[3])}
+                  : std::array<Plan, 4>{};
+    static_assert(kSelector ? kVariants[0].count && kVariants[1].count && kVariants[2].count &&
+                                  kVariants[3].count
+                            : kLayout.count != 0 && kLayout.valid,
+                  "a value type without fields");
     static_assert(T.prefixBytes == 0 || T.prefixBytes == 2);
     static_assert(!kSelector || T.prefixBytes == 0, "selector types have the scalar form only");
     static constexpr RecordValueShape kShape{T.prefixBytes, kSelector ? nullptr : &kLayout, &kVariants};

@@ -15,11 +15,10 @@
 // 0x36, 0x37, 0x39, 0x49, 0x54, 0x56 and 0x131.
 //
 // Every layout is one row of kStringEventLayouts: its codes and its fields in
-// wire order. The record offsets, the fixed wire bytes and the size of the
-// record's fixed part are derived from the field list at compile time and
-// checked against the figures each row states; one generic walk per operation
-// (StringEvents.cpp) runs over the derived plan, so the four operations of a
-// layout cannot drift apart. Codes that share a row share its functions.
+// wire order, in the field model's spellings. The plan (record offsets, fixed
+// wire bytes, the record's fixed part) is derived at compile time and checked
+// against the figures each row states; the field model's walker runs it.
+// Codes that share a row share its functions.
 #pragma once
 
 #include <array>
@@ -29,50 +28,9 @@
 #include <utility>
 
 #include "api/Dispatch.h"
-#include "engine/Cursor.h"
+#include "engine/Field.h"
 
 namespace trov {
-
-// ---- field lists ---------------------------------------------------------------
-
-enum class EventFieldKind : uint8_t {
-    End,      // ends a field list
-    U8,       // big-endian scalars: natural width and alignment in the record
-    U16,
-    U32,
-    Gap8,     // a u8 record field that no wire byte fills
-    Block,    // `bytes` octets copied as they stand; record alignment 1
-    Octets8,  // u8 length L, L octets -> 8-aligned {u8 length, data @+8}
-    Octets16, // u16 length L, L octets -> 8-aligned {u16 length, data @+8}
-    Items,    // u8 count M, M items of (u8, u32) -> 8-aligned {u8 count, items @+8};
-              // each item decodes into 8 bytes: u8 @0, u32 @4
-    Value,    // u16 data type T, then a value in the wire form of data-type code T
-              // (array form) -> u16 type, then 8-aligned a pointer to the decoded
-              // value, which takes the room its codec reports
-    ReservedValue, // as Value, but the room is fixed by T (reservedValueRoom);
-                   // a type without room is read over and not stored
-    Option,   // option parameter: u8 kind, u8 length, value -> 8-aligned
-              // {u8 kind, u8 length @+1, value @+8}
-};
-
-struct EventField {
-    EventFieldKind kind;
-    uint16_t bytes; // Block: its length; otherwise 0
-};
-static_assert(sizeof(EventField) == 4);
-
-// The room a ReservedValue keeps behind the fixed part for the value of data
-// type T: 54 bytes (rounded up to 8) for types 16 and 17, 24 for types 19
-// and 20, nothing for any other type.
-constexpr uint32_t reservedValueRoom(uint16_t type) {
-    switch (type) {
-    case 16:
-    case 17: return (54 + 7) & ~7u;
-    case 19:
-    case 20: return 24;
-    default: return 0;
-    }
-}
 
 inline constexpr int kMaxEventFields = 20;
 inline constexpr int kMaxLayoutCodes = 4;
@@ -81,7 +39,7 @@ inline constexpr int kMaxLayoutCodes = 4;
 // derived plan must reproduce.
 struct StringEventLayout {
     uint16_t codes[kMaxLayoutCodes];    // 0-terminated
-    EventField fields[kMaxEventFields]; // wire order, End-terminated
+    Field fields[kMaxEventFields];      // wire order, End-terminated
     uint16_t prefix; // wire bytes when every count and length is 0; for the
                      // one-string layouts, the bytes before the string data
     uint16_t record; // bytes of the record's fixed part, a multiple of 8
@@ -92,80 +50,15 @@ struct StringEventLayout {
     uint8_t slack;
 };
 
-// ---- derived plans -----------------------------------------------------------
-
-struct EventStep {
-    EventFieldKind kind;
-    uint16_t wireBytes; // fixed wire bytes: a scalar or block, or a count/length/type prefix
-    uint16_t offset;    // record offset of the field, of a variable part's head, or of a type
-    uint16_t pointer;   // record offset of a variable part's pointer
-};
-
-struct StringEventPlan {
-    std::array<EventStep, kMaxEventFields> steps;
-    uint8_t count;
-    uint16_t prefix; // fixed wire bytes of the whole layout
-    uint16_t record; // fixed part of the record, rounded up to 8
-    uint8_t slack;
-};
-
-constexpr StringEventPlan planStringEvent(const StringEventLayout &layout) {
-    StringEventPlan plan{};
-    uint32_t wire = 0, end = 0;
-    for (int i = 0; i < kMaxEventFields && layout.fields[i].kind != EventFieldKind::End; ++i) {
-        const EventField f = layout.fields[i];
-        EventStep s{f.kind, 0, 0, 0};
-        switch (f.kind) {
-        case EventFieldKind::U8: s.wireBytes = 1; [[fallthrough]];
-        case EventFieldKind::Gap8: s.offset = static_cast<uint16_t>(end); end += 1; break;
-        case EventFieldKind::U16: s.wireBytes = 2; s.offset = alignTo(end, 2); end = s.offset + 2u; break;
-        case EventFieldKind::U32: s.wireBytes = 4; s.offset = alignTo(end, 4); end = s.offset + 4u; break;
-        case EventFieldKind::Block:
-            s.wireBytes = f.bytes;
-            s.offset = static_cast<uint16_t>(end);
-            end += f.bytes;
-            break;
-        case EventFieldKind::Octets8:
-        case EventFieldKind::Items:
-        case EventFieldKind::Octets16:
-        case EventFieldKind::Option:
-            s.wireBytes = f.kind == EventFieldKind::Octets16 || f.kind == EventFieldKind::Option ? 2 : 1;
-            s.offset = alignTo(end, 8);
-            s.pointer = static_cast<uint16_t>(s.offset + 8);
-            end = s.offset + 16u;
-            break;
-        case EventFieldKind::Value:
-        case EventFieldKind::ReservedValue:
-            s.wireBytes = 2;
-            s.offset = alignTo(end, 2);
-            s.pointer = alignTo(s.offset + 2u, 8);
-            end = s.pointer + 8u;
-            break;
-        case EventFieldKind::End: break;
-        }
-        wire += s.wireBytes;
-        plan.steps[plan.count++] = s;
-    }
-    plan.prefix = static_cast<uint16_t>(wire);
-    plan.record = alignTo(end, 8);
-    plan.slack = layout.slack;
-    return plan;
-}
-
 // ---- the layouts ---------------------------------------------------------------
 
 namespace string_event_fields {
-inline constexpr EventField u8{EventFieldKind::U8, 0};
-inline constexpr EventField u16{EventFieldKind::U16, 0};
-inline constexpr EventField u32{EventFieldKind::U32, 0};
-inline constexpr EventField gap8{EventFieldKind::Gap8, 0};
-inline constexpr EventField str8{EventFieldKind::Octets8, 0};
-inline constexpr EventField str16{EventFieldKind::Octets16, 0};
-inline constexpr EventField items{EventFieldKind::Items, 0};
-inline constexpr EventField value{EventFieldKind::Value, 0};
-inline constexpr EventField reservedValue{EventFieldKind::ReservedValue, 0};
-inline constexpr EventField option{EventFieldKind::Option, 0};
-constexpr EventField block(uint16_t n) { return {EventFieldKind::Block, n}; }
+using namespace fields;
+inline constexpr Field gap8 = reserved8;
+inline constexpr Field str8 = oct8;
+inline constexpr Field str16 = oct16;
+inline constexpr Field items = items8;
+constexpr Field block(uint16_t n) { return bytes(n); }
 
 inline constexpr StringEventLayout kStringEventLayouts[] = {
     // Fixed fields, then one u8-counted string.
@@ -242,8 +135,11 @@ inline constexpr size_t kStringEventLayoutCount = std::size(kStringEventLayouts)
 inline constexpr size_t kRegularStringEventLayouts = 43; // the first rows: fields, then one u8 string
 
 inline constexpr auto kStringEventPlans = [] {
-    std::array<StringEventPlan, kStringEventLayoutCount> plans{};
-    for (size_t i = 0; i < kStringEventLayoutCount; ++i) plans[i] = planStringEvent(kStringEventLayouts[i]);
+    std::array<Plan, kStringEventLayoutCount> plans{};
+    for (size_t i = 0; i < kStringEventLayoutCount; ++i) {
+        const StringEventLayout &l = kStringEventLayouts[i];
+        plans[i] = makePlan(l.fields, kMaxEventFields, PlanRules{.slack = l.slack});
+    }
     return plans;
 }();
 
@@ -256,17 +152,17 @@ inline constexpr auto kStringEventPlans = [] {
 // typed value is larger than the room its type reserves); 13 a typed value's
 // type has no data-type codec; a data-type codec's own result. On failure the
 // cursor and size are unchanged.
-TrovResult stringEventDecCalc(const StringEventPlan &plan, PacketCursor *cursor, RecordSize *size);
+TrovResult stringEventDecCalc(const Plan &plan, PacketCursor *cursor, RecordSize *size);
 // Reads a body that DecCalc accepted into `record` (8-aligned, at least
 // `extent` bytes), variable parts behind the fixed part in field order, each
 // 8-aligned. Returns the first 8-aligned address behind everything written.
-void *stringEventDecode(const StringEventPlan &plan, void *record, PacketCursor *cursor);
+void *stringEventDecode(const Plan &plan, void *record, PacketCursor *cursor);
 // The packet bytes of a record. Results: 0; 1 record or packetBytes null, or a
 // non-empty part with a null pointer; 13 a typed value without a data-type
 // codec; 5 more than 65535 bytes; a data-type codec's own result.
-TrovResult stringEventEncCalc(const StringEventPlan &plan, const void *record, uint16_t *packetBytes);
+TrovResult stringEventEncCalc(const Plan &plan, const void *record, uint16_t *packetBytes);
 // Writes the body of a record; the cursor must hold what EncCalc reported.
-void stringEventEncode(const StringEventPlan &plan, PacketCursor *cursor, const void *record);
+void stringEventEncode(const Plan &plan, PacketCursor *cursor, const void *record);
 
 // ---- the operations of each layout and the code list ---------------------------
 
@@ -280,7 +176,7 @@ struct StringEventOps {
 // The flag of the event operations is ignored.
 template <size_t I>
 struct StringEventLayoutOps {
-    static constexpr const StringEventPlan &kPlan = kStringEventPlans[I];
+    static constexpr const Plan &kPlan = kStringEventPlans[I];
     static TrovResult decCalc(PacketCursor *c, uint8_t, RecordSize *s) { return stringEventDecCalc(kPlan, c, s); }
     static void *decode(void *r, PacketCursor *c, uint8_t) { return stringEventDecode(kPlan, r, c); }
     static TrovResult encCalc(const void *r, uint16_t *n) { return stringEventEncCalc(kPlan, r, n); }
@@ -329,7 +225,7 @@ constexpr const StringEventOps *findStringEventOps(uint16_t code) {
 }
 
 // The plan of an event code of this family (the first layout's for any other).
-constexpr const StringEventPlan &stringEventPlan(uint16_t code) {
+constexpr const Plan &stringEventPlan(uint16_t code) {
     for (size_t i = 0; i < kStringEventLayoutCount; ++i)
         for (uint16_t c : kStringEventLayouts[i].codes)
             if (c == code) return kStringEventPlans[i];
@@ -341,26 +237,19 @@ constexpr const StringEventPlan &stringEventPlan(uint16_t code) {
 constexpr bool stringEventLayoutsHold() {
     for (size_t i = 0; i < kStringEventLayoutCount; ++i) {
         const StringEventLayout &l = kStringEventLayouts[i];
-        const StringEventPlan &p = kStringEventPlans[i];
-        if (p.prefix != l.prefix || p.record != l.record || p.record % 8 != 0) return false;
-        if (l.codes[0] == 0 || p.count == 0 || p.count == kMaxEventFields) return false;
-        const EventFieldKind last = p.steps[p.count - 1].kind;
-        bool variable = false;
-        for (int k = 0; k < p.count; ++k) {
-            const EventFieldKind kind = p.steps[k].kind;
-            if (kind == EventFieldKind::Block && p.steps[k].wireBytes == 0) return false;
-            const bool scalar = kind <= EventFieldKind::Block;
-            variable |= !scalar;
+        const Plan &p = kStringEventPlans[i];
+        if (!p.valid || p.wireFixed != l.prefix || p.record != l.record || l.codes[0] == 0) return false;
+        for (uint8_t k = 0; k < p.count; ++k) {
+            const FieldKind kind = p.fields[k].kind;
+            const bool plain = kind == FieldKind::U8 || kind == FieldKind::U16 || kind == FieldKind::U32 ||
+                               kind == FieldKind::Bytes || kind == FieldKind::Reserved8;
             // Slack is for plain fields and strings only: the typed values and
             // options hand the cursor to other codecs, which must see real bytes.
-            if (l.slack != 0 && !scalar && kind != EventFieldKind::Octets8 && kind != EventFieldKind::Octets16)
-                return false;
-            // The regular rows are scalars and one u8 string, last.
-            if (i < kRegularStringEventLayouts && !scalar && (kind != EventFieldKind::Octets8 || k != p.count - 1))
+            if (l.slack != 0 && !plain && kind != FieldKind::Octets) return false;
+            // The regular rows are plain fields and one u8 string, last.
+            if (i < kRegularStringEventLayouts && !plain && (kind != FieldKind::Octets || k != p.count - 1))
                 return false;
         }
-        // Each layout ends with a counted string, or has no variable part at all.
-        if (variable && last != EventFieldKind::Octets8 && last != EventFieldKind::Octets16) return false;
     }
     for (size_t i = 1; i < kStringEventCodeCount; ++i)
         if (kStringEventCodecs[i - 1].code >= kStringEventCodecs[i].code) return false; // no duplicates
@@ -369,10 +258,11 @@ constexpr bool stringEventLayoutsHold() {
 static_assert(stringEventLayoutsHold(), "a string event layout disagrees with its stated figures");
 static_assert(kStringEventLayoutCount == kRegularStringEventLayouts + 5 + 8);
 static_assert(kStringEventCodeCount == 69);
-static_assert(stringEventPlan(0x3C).steps[1].kind == EventFieldKind::Gap8 &&
-                  stringEventPlan(0x3C).steps[2].offset == 2 && stringEventPlan(0x3C).count == 10,
+static_assert(stringEventPlan(0x3C).fields[1].kind == FieldKind::Reserved8 &&
+                  stringEventPlan(0x3C).fields[2].offset == 2 && stringEventPlan(0x3C).count == 10,
               "0x3C keeps its unfilled record field");
-static_assert(stringEventPlan(0x30).steps[9].kind == EventFieldKind::Octets16 && stringEventPlan(0x30).slack == 16,
+static_assert(stringEventPlan(0x30).fields[9].kind == FieldKind::Octets &&
+                  stringEventPlan(0x30).fields[9].prefix == 2 && stringEventPlan(0x30).rules.slack == 16,
               "0x30: a u16 length at 85-86, tested against 71 bytes");
 
 } // namespace trov

@@ -13,23 +13,10 @@
 //   reply    none | one byte | structured (a structure-codec descriptor) |
 //            specific (fixed fields and counted strings and lists)
 //
-// Every side but the structured reply is a field list (MethodField) in wire
-// order: scalars, byte blocks, counted lists and counted character strings.
-// On the wire the fields follow one another big-endian without padding; a
-// counted part is its count (u8 or u16) and then its elements. In the record
-// each scalar sits at its natural width and alignment, a block at any offset,
-// and a counted part is a 16-byte head aligned to 8: the count (u8 or u16,
-// as wide as the wire prefix) at +0 and a pointer to the elements at +8.
-// Elements are stored at their natural width (u16, u32) in host order.
-// A decoded record is its fixed part, rounded up to 8, and then each counted
-// part's elements in field order, each starting 8-aligned; characters get a
-// terminating zero, an empty part no room and a null pointer.
-//
-// Each method is one row of kMethods: its code, its two shapes and field
-// lists. The record offsets and wire sizes are derived from the field lists
-// at compile time (planMethodFields), four generic walks (MethodCodecs.cpp)
-// run over the derived plans, and each table row's operations are thin
-// instantiations that hand their plan to the walks.
+// Every side but the structured reply is a layout of the field model
+// (engine/Field.h) in wire order: scalars, byte blocks, counted lists and
+// counted character strings, run by the shared walker. Each method is one
+// row of kMethods: its code, its two shapes and field lists.
 #pragma once
 
 #include <array>
@@ -39,43 +26,10 @@
 #include <iterator>
 
 #include "api/Dispatch.h"
+#include "engine/Field.h"
 #include "engine/StructureCodec.h"
 
 namespace trov {
-
-// ---- field lists ---------------------------------------------------------------
-
-enum class MethodFieldKind : uint8_t {
-    End,    // ends a field list
-    Scalar, // `width` 1, 2 or 4 bytes, big-endian; natural alignment in the record
-    Block,  // `width` bytes copied as they stand, in record order; alignment 1
-    List,   // count of `countBytes` (1 or 2), then count elements of `width`
-            // bytes (1, 2 or 4) -> head {count, elements @+8}
-    Chars,  // count of `countBytes`, then count characters -> head as List;
-            // decoded with a terminating zero
-};
-
-struct MethodField {
-    MethodFieldKind kind;
-    uint8_t width;      // scalar or element width; block length
-    uint8_t countBytes; // List and Chars: the count prefix, 1 or 2
-};
-static_assert(sizeof(MethodField) == 3);
-
-namespace method_fields {
-inline constexpr MethodField u8{MethodFieldKind::Scalar, 1, 0};
-inline constexpr MethodField u16{MethodFieldKind::Scalar, 2, 0};
-inline constexpr MethodField u32{MethodFieldKind::Scalar, 4, 0};
-inline constexpr MethodField block2{MethodFieldKind::Block, 2, 0};
-inline constexpr MethodField oct8{MethodFieldKind::List, 1, 1};   // u8 length, octets
-inline constexpr MethodField oct16{MethodFieldKind::List, 1, 2};  // u16 length, octets
-inline constexpr MethodField chr8{MethodFieldKind::Chars, 1, 1};  // u8 length, characters
-inline constexpr MethodField chr16{MethodFieldKind::Chars, 1, 2}; // u16 length, characters
-inline constexpr MethodField u16s8{MethodFieldKind::List, 2, 1};  // u8 count, u16 elements
-inline constexpr MethodField u16s16{MethodFieldKind::List, 2, 2}; // u16 count, u16 elements
-inline constexpr MethodField u32s8{MethodFieldKind::List, 4, 1};  // u8 count, u32 elements
-inline constexpr MethodField u32s16{MethodFieldKind::List, 4, 2}; // u16 count, u32 elements
-} // namespace method_fields
 
 inline constexpr int kMaxMethodFields = 6;
 
@@ -105,9 +59,9 @@ struct MethodInfo {
     uint16_t code;
     MethodRequest request;
     uint8_t prefix; // request wire bytes with every count 0: the fixed families' constant
-    MethodField requestFields[kMaxMethodFields];
+    Field requestFields[kMaxMethodFields];
     MethodReply reply;
-    MethodField replyFields[kMaxMethodFields]; // None: empty; OneByte: {u8}; Specific
+    Field replyFields[kMaxMethodFields]; // None: empty; OneByte: {u8}; Specific
     const StructField *replyDescriptor;       // Structured only
 };
 
@@ -139,6 +93,8 @@ static_assert(structDescriptorValid(kMethodReplyC0) && structRecordSize(kMethodR
 // ---- the methods, in table order -----------------------------------------------------
 
 namespace method_fields {
+using namespace fields;
+inline constexpr Field block2 = bytes(2);
 using R = MethodRequest;
 using A = MethodReply;
 
@@ -236,93 +192,48 @@ inline constexpr MethodInfo kMethods[] = {
 using method_fields::kMethods;
 inline constexpr size_t kMethodCount = std::size(kMethods);
 
-// ---- derived plans -----------------------------------------------------------
-
-struct MethodStep {
-    MethodFieldKind kind;
-    uint8_t width;
-    uint8_t countBytes;
-    uint16_t offset; // record offset of the field, or of a counted part's head
-};
-
-struct MethodPlan {
-    std::array<MethodStep, kMaxMethodFields> steps;
-    uint8_t count;
-    uint8_t parts;   // counted parts (List and Chars)
-    uint16_t prefix; // wire bytes with every count 0
-    uint16_t record; // the record's fixed part, rounded up to 8
-    // The decode size pass reports the wire bytes it walked as the params
-    // length, except for the one-byte reply, whose params length is 0 although
-    // it reads a byte.
-    bool reportsLength;
-};
-
-constexpr uint16_t methodAlign(uint32_t v, uint32_t a) {
-    return static_cast<uint16_t>((v + a - 1) / a * a);
-}
-
-constexpr MethodPlan planMethodFields(const MethodField (&fields)[kMaxMethodFields], bool reportsLength) {
-    MethodPlan plan{};
-    uint32_t wire = 0, end = 0;
-    for (const MethodField &f : fields) {
-        if (f.kind == MethodFieldKind::End) break;
-        MethodStep s{f.kind, f.width, f.countBytes, 0};
-        if (f.kind == MethodFieldKind::Scalar || f.kind == MethodFieldKind::Block) {
-            s.offset = f.kind == MethodFieldKind::Scalar ? methodAlign(end, f.width) : static_cast<uint16_t>(end);
-            end = s.offset + uint32_t{f.width};
-            wire += f.width;
-        } else {
-            s.offset = methodAlign(end, 8);
-            end = s.offset + 16u;
-            wire += f.countBytes;
-            ++plan.parts;
-        }
-        plan.steps[plan.count++] = s;
-    }
-    plan.prefix = static_cast<uint16_t>(wire);
-    plan.record = methodAlign(end, 8);
-    plan.reportsLength = reportsLength;
-    return plan;
-}
+// ---- plans -------------------------------------------------------------------
 
 struct MethodPlans {
-    MethodPlan request;
-    MethodPlan reply; // None, OneByte and Specific replies
+    Plan request;
+    Plan reply; // None, OneByte and Specific replies
+    // The decode size pass reports the wire bytes it walked as the params
+    // length, except for the one-byte reply, whose params length is 0
+    // although it reads a byte.
+    bool replyReportsLength;
 };
 
 inline constexpr auto kMethodPlans = [] {
     std::array<MethodPlans, kMethodCount> plans{};
     for (size_t i = 0; i < kMethodCount; ++i)
-        plans[i] = {planMethodFields(kMethods[i].requestFields, true),
-                    planMethodFields(kMethods[i].replyFields, kMethods[i].reply != MethodReply::OneByte)};
+        plans[i] = {makePlan(kMethods[i].requestFields),
+                    makePlan(kMethods[i].replyFields, PlanRules{.terminateChars = true}),
+                    kMethods[i].reply != MethodReply::OneByte};
     return plans;
 }();
 
 // ---- the generic operations (MethodCodecs.cpp) ---------------------------------
 
-// The packet bytes of a parameter record: the plan's prefix plus each counted
-// part's count times its element width. An empty field list needs no record.
-// Results: 0; 1 wireBytes null, params null for a non-empty field list, or a
-// counted part with a count above 0 and a null pointer; 5 more than 65535
-// bytes (a u16 length or count near its top).
-TrovResult methodEncCalc(const MethodPlan &plan, const void *params, uint16_t *wireBytes);
-// Writes a record that methodEncCalc accepted; the cursor must hold the bytes
-// it reported. Nothing is written when the cursor, its position or params is null.
-void methodEncode(const MethodPlan &plan, PacketCursor *cursor, const void *params);
-// Checks that the cursor holds the item (every count before it is used, every
-// byte before it is counted) without moving the cursor, and reports the wire
-// bytes walked as the params length (0 if the plan says so) and the record
-// size: the fixed part plus each counted part's elements rounded up to 8,
-// `bytes` in 16-bit arithmetic and `extent` in 32 bits, both multiples of 8.
-// Results: 0; 1 a null argument or cursor position (non-empty list); 5 the
-// cursor ends before the item. On failure the out-parameters are unchanged.
-TrovResult methodDecCalc(const MethodPlan &plan, const PacketCursor *cursor, uint16_t *paramsLength,
-                         RecordSize *size);
+// The packet bytes of a parameter record. An empty field list needs no
+// record. Results: 0; 1 wireBytes null, params null for a non-empty field
+// list, or a counted part with a count above 0 and a null pointer; 5 more
+// than 65535 bytes (a u16 length or count near its top).
+TrovResult methodEncCalc(const Plan &plan, const void *params, uint16_t *wireBytes);
+// Writes a record that methodEncCalc accepted. Nothing is written when the
+// cursor, its position or params is null.
+void methodEncode(const Plan &plan, PacketCursor *cursor, const void *params);
+// Checks that the cursor holds the item without moving the cursor, and
+// reports the wire bytes walked as the params length (0 when the method's
+// reply does not report it) and the record size: the fixed part plus each
+// counted part's elements rounded up to 8. Results: 0; 1 a null argument or
+// cursor position (non-empty list); 5 the cursor ends before the item. On
+// failure the out-parameters are unchanged.
+TrovResult methodDecCalc(const Plan &plan, bool reportsLength, const PacketCursor *cursor,
+                         uint16_t *paramsLength, RecordSize *size);
 // Reads the item into `record` (8-aligned, at least the extent methodDecCalc
 // reports), counted parts behind the fixed part, and advances the cursor.
-// It trusts methodDecCalc: call it only on bytes that passed. Returns the first
-// free address behind what was written (the record itself on null arguments).
-void *methodDecode(const MethodPlan &plan, void *record, PacketCursor *cursor);
+// Returns the first free address behind what was written.
+void *methodDecode(const Plan &plan, void *record, PacketCursor *cursor);
 
 // Structured replies: the structure codec's size pass on a copy of the cursor
 // (record size from the descriptor's record size; params length the wire
@@ -351,7 +262,7 @@ struct MethodRowOps {
         if constexpr (kMethod.reply == MethodReply::Structured)
             return structuredReplyDecCalc(kMethod.replyDescriptor, cursor, paramsLength, size);
         else
-            return methodDecCalc(kPlans.reply, cursor, paramsLength, size);
+            return methodDecCalc(kPlans.reply, kPlans.replyReportsLength, cursor, paramsLength, size);
     }
     static void *decode(void *record, PacketCursor *cursor) {
         if constexpr (kMethod.reply == MethodReply::Structured)
@@ -378,98 +289,51 @@ constexpr MethodCodecRow methodRow() {
 
 // ---- compile-time checks -------------------------------------------------------
 
-constexpr bool methodFieldsAre(const MethodPlan &p, std::initializer_list<MethodField> want) {
-    if (p.count != want.size()) return false;
-    size_t k = 0;
-    for (const MethodField &f : want) {
-        const MethodStep &s = p.steps[k++];
-        if (s.kind != f.kind || s.width != f.width || s.countBytes != f.countBytes) return false;
+// Each side has the shape its family states: the fixed families' constant
+// wire size, the one-field families their one field, the reply shapes theirs.
+constexpr bool methodHolds(const MethodInfo &m, const MethodPlans &p) {
+    const Plan &q = p.request;
+    auto only = [](const Plan &plan, FieldKind kind, uint8_t prefix) {
+        return plan.count == 1 && plan.fields[0].kind == kind && plan.fields[0].prefix == prefix;
+    };
+    uint8_t parts = 0;
+    bool wide = false;
+    for (uint8_t k = 0; k < q.count; ++k) {
+        const FieldKind kind = q.fields[k].kind;
+        parts += isCounted(kind);
+        wide |= kind == FieldKind::U16s || kind == FieldKind::U32s;
     }
-    return true;
-}
-
-constexpr bool methodFieldValid(const MethodStep &s) {
-    switch (s.kind) {
-    case MethodFieldKind::Scalar: return s.countBytes == 0 && (s.width == 1 || s.width == 2 || s.width == 4);
-    case MethodFieldKind::Block: return s.countBytes == 0 && s.width > 0;
-    case MethodFieldKind::List:
-    case MethodFieldKind::Chars:
-        return (s.countBytes == 1 || s.countBytes == 2) &&
-               (s.width == 1 || ((s.width == 2 || s.width == 4) && s.kind == MethodFieldKind::List));
-    case MethodFieldKind::End: return false;
-    }
-    return false;
-}
-
-// Each request family has the shape its wire size formula states.
-constexpr bool methodRequestHolds(const MethodInfo &m, const MethodPlan &p) {
-    using namespace method_fields;
-    bool wide = false, bytes = true;
-    for (uint8_t k = 0; k < p.count; ++k) {
-        if (!methodFieldValid(p.steps[k])) return false;
-        if (p.steps[k].kind == MethodFieldKind::List || p.steps[k].kind == MethodFieldKind::Chars) {
-            wide |= p.steps[k].width > 1;
-            bytes &= p.steps[k].width == 1;
-        }
-    }
-    if (p.prefix != m.prefix) return false;
+    if (!q.valid || !p.reply.valid || q.wireFixed != m.prefix) return false;
+    bool request = false;
     switch (m.request) {
-    case MethodRequest::None: return p.count == 0;
-    case MethodRequest::OneByte: return methodFieldsAre(p, {u8});
-    case MethodRequest::TwoBytes: return methodFieldsAre(p, {block2});
-    case MethodRequest::Fixed: {
-        const int fixedSizes[] = {3, 4, 5, 6, 7, 8, 9, 13, 14};
-        bool stated = false;
-        for (int n : fixedSizes) stated |= p.prefix == n;
-        return stated && p.parts == 0;
+    case MethodRequest::None: request = q.count == 0; break;
+    case MethodRequest::OneByte: request = only(q, FieldKind::U8, 0); break;
+    case MethodRequest::TwoBytes: request = q.count == 1 && q.fields[0].kind == FieldKind::Bytes && q.fields[0].size == 2; break;
+    case MethodRequest::Fixed: request = parts == 0 && q.wireFixed >= 3; break;
+    case MethodRequest::Length16: request = only(q, FieldKind::Octets, 2); break;
+    case MethodRequest::Length8: request = only(q, FieldKind::Octets, 1); break;
+    case MethodRequest::Count8U16: request = only(q, FieldKind::U16s, 1); break;
+    case MethodRequest::Count16U32: request = only(q, FieldKind::U32s, 2); break;
+    case MethodRequest::LengthFields: request = parts > 0 && !wide && q.wireFixed > parts; break;
+    case MethodRequest::Computed: request = wide; break;
     }
-    case MethodRequest::Length16: return methodFieldsAre(p, {oct16});
-    case MethodRequest::Length8: return methodFieldsAre(p, {oct8});
-    case MethodRequest::Count8U16: return methodFieldsAre(p, {u16s8});
-    case MethodRequest::Count16U32: return methodFieldsAre(p, {u32s16});
-    case MethodRequest::LengthFields: return p.parts > 0 && bytes && p.prefix > p.parts;
-    case MethodRequest::Computed: return wide;
-    }
-    return false;
-}
-
-constexpr bool methodReplyHolds(const MethodInfo &m, const MethodPlan &p) {
-    using namespace method_fields;
-    for (uint8_t k = 0; k < p.count; ++k)
-        if (!methodFieldValid(p.steps[k])) return false;
     switch (m.reply) {
-    case MethodReply::None: return p.count == 0 && m.replyDescriptor == nullptr;
-    case MethodReply::OneByte: return methodFieldsAre(p, {u8}) && p.record == 8 && !p.reportsLength;
-    case MethodReply::Structured: return p.count == 0 && m.replyDescriptor != nullptr;
-    case MethodReply::Specific: return p.count > 0 && m.replyDescriptor == nullptr && p.record % 8 == 0;
+    case MethodReply::None: return request && p.reply.count == 0 && m.replyDescriptor == nullptr;
+    case MethodReply::OneByte: return request && only(p.reply, FieldKind::U8, 0) && p.reply.record == 8;
+    case MethodReply::Structured: return request && p.reply.count == 0 && m.replyDescriptor != nullptr;
+    case MethodReply::Specific: return request && p.reply.count > 0 && m.replyDescriptor == nullptr;
     }
     return false;
 }
 
 constexpr bool methodsHold() {
-    for (size_t i = 0; i < kMethodCount; ++i) {
-        if (!methodRequestHolds(kMethods[i], kMethodPlans[i].request)) return false;
-        if (!methodReplyHolds(kMethods[i], kMethodPlans[i].reply)) return false;
-        if (kMethods[i].code == 0 || methodIndex(kMethods[i].code) != i) return false; // no duplicates
-    }
+    for (size_t i = 0; i < kMethodCount; ++i)
+        if (!methodHolds(kMethods[i], kMethodPlans[i]) || kMethods[i].code == 0 ||
+            methodIndex(kMethods[i].code) != i) // no duplicates
+            return false;
     return true;
 }
 static_assert(methodsHold(), "a method's field lists disagree with its family");
 static_assert(kMethodCount == 87);
-
-// The fixed families' wire sizes, as the protocol tabulates them.
-constexpr bool methodFixedSizeIs(uint16_t code, uint16_t bytes) {
-    const size_t i = methodIndex(code);
-    return i < kMethodCount && kMethods[i].request == MethodRequest::Fixed && kMethodPlans[i].request.prefix == bytes;
-}
-static_assert(methodFixedSizeIs(0x8c, 3) && methodFixedSizeIs(0xa3, 3));
-static_assert(methodFixedSizeIs(0x9c, 4) && methodFixedSizeIs(0xae, 4));
-static_assert(methodFixedSizeIs(0x65, 5) && methodFixedSizeIs(0xa1, 5));
-static_assert(methodFixedSizeIs(0x7e, 6) && methodFixedSizeIs(0xaa, 6));
-static_assert(methodFixedSizeIs(0x7f, 7));
-static_assert(methodFixedSizeIs(0x98, 8) && methodFixedSizeIs(0x8e, 8) && methodFixedSizeIs(0xba, 8));
-static_assert(methodFixedSizeIs(0x9b, 9) && methodFixedSizeIs(0x9f, 9));
-static_assert(methodFixedSizeIs(0x97, 13) && methodFixedSizeIs(0xa0, 13));
-static_assert(methodFixedSizeIs(0x69, 14));
 
 } // namespace trov

@@ -1,0 +1,375 @@
+// The exported layout descriptions (TrovLayout.h).
+//
+// Every description is built at compile time from the plans the codecs run
+// on: the body layouts, the method field lists, the two event families'
+// layouts, the attribute value types and the data types. A lookup finds the
+// codec row through the same tables and rules as the codecs (so nothing is
+// described before TROV_InitCoder, and the first matching row wins), then
+// answers with the description that belongs to that row.
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <iterator>
+#include <utility>
+
+#include "api/Dispatch.h"
+#include "api/LayoutRegistry.h"
+#include "api/TrovLayout.h"
+#include "attributes/FixedValueTypes.h"
+#include "attributes/RecordValueTypes.h"
+#include "attributes/StructureValueTypes.h"
+#include "events/AttributeEvents.h"
+#include "events/StringEvents.h"
+#include "units/MethodCodecs.h"
+
+namespace trov {
+namespace {
+
+template <class Row>
+constexpr bool within(const Row *row, const Row *first, size_t n) {
+    const std::less<const Row *> before;
+    return !before(row, first) && before(row, first + n);
+}
+
+constexpr TrovLayoutInfo info(const char *record, uint16_t recordBytes, uint16_t count,
+                              const TrovFieldInfo *fields, uint8_t form, uint8_t arrayCountBytes,
+                              uint16_t wireFixed) {
+    return TrovLayoutInfo{record, recordBytes, count, fields, form, arrayCountBytes, wireFixed};
+}
+
+// ---- events ------------------------------------------------------------------------
+
+struct StringEventFields {
+    static constexpr FieldList make(size_t i) { return describePlan(kStringEventPlans[i]); }
+};
+
+template <size_t... I>
+constexpr std::array<TrovLayoutInfo, sizeof...(I)> stringEventInfos(std::index_sequence<I...>) {
+    return {info(nullptr, kStringEventPlans[I].record, fieldCount<StringEventFields, I>(),
+                 fieldArray<StringEventFields, I>(), TROV_LAYOUT_FIELDS, 0, kStringEventPlans[I].wireFixed)...};
+}
+constexpr auto kStringEventInfos = stringEventInfos(std::make_index_sequence<kStringEventLayoutCount>{});
+
+// An attribute event's steps in the field model's kinds: runs behind their
+// counts hold a pointer alone, the list is an AttributeList head.
+constexpr Field attributeEventField(const AttributeEventStep &s) {
+    using I = AttributeEventItem;
+    Field f{FieldKind::U8};
+    switch (s.item) {
+    case I::U8: break;
+    case I::U16: f = fields::u16; break;
+    case I::U32: f = fields::u32; break;
+    case I::Count8: f = fields::count8; break;
+    case I::Count16: f = fields::count16; break;
+    case I::Octets: f = fields::octets; break;
+    case I::BytePairs: f = fields::pairs; break;
+    case I::U32s: f = fields::u32s; break;
+    case I::U32U8Items: f = fields::items5; break;
+    default: f = fields::eventAttrs; break;
+    }
+    f.offset = s.offset;
+    f.data = attributeEventIsRun(s.item) ? s.offset : kNoData;
+    return f;
+}
+
+struct AttributeEventFields {
+    static constexpr FieldList make(size_t i) {
+        const AttributeEventPlan &p = kAttributeEventPlans[i];
+        FieldList out;
+        for (uint8_t s = 0; s < p.count; ++s) {
+            const bool countBefore = s > 0 && (p.steps[s - 1].item == AttributeEventItem::Count8 ||
+                                               p.steps[s - 1].item == AttributeEventItem::Count16);
+            out.at[out.count++] = describeField(attributeEventField(p.steps[s]), s, countBefore);
+        }
+        return out;
+    }
+};
+
+template <size_t... I>
+constexpr std::array<TrovLayoutInfo, sizeof...(I)> attributeEventInfos(std::index_sequence<I...>) {
+    // The wire bytes include the list's u16 count.
+    return {info(nullptr, kAttributeEventPlans[I].record, fieldCount<AttributeEventFields, I>(),
+                 fieldArray<AttributeEventFields, I>(), TROV_LAYOUT_FIELDS, 0,
+                 static_cast<uint16_t>(kAttributeEventPlans[I].wireFixed + 2))...};
+}
+constexpr auto kAttributeEventInfos =
+    attributeEventInfos(std::make_index_sequence<kAttributeEventLayoutCount>{});
+
+// The rows of the built-in FU event table: every code of the two families.
+constexpr size_t kEventRows = kStringEventCodecs.size() + kAttributeEventCodecs.size();
+
+// 0xC4 and 0xC5: a 16-byte head pointing at the structure, the structure behind it.
+constexpr TrovLayoutInfo kStructureEventInfo =
+    info(nullptr, sizeof(structure_event::Event), 0, nullptr, TROV_LAYOUT_STRUCTURE, 0, 0);
+
+// The description of the event a row decodes: the family is the one whose
+// operations the row holds.
+const TrovLayoutInfo *describeEventRow(const EventCodecRow &row) {
+    if (const StringEventOps *s = findStringEventOps(row.code); s != nullptr && s->decode == row.decode)
+        for (size_t i = 0; i < kStringEventLayoutCount; ++i)
+            for (uint16_t c : kStringEventLayouts[i].codes)
+                if (c != 0 && c == row.code) return &kStringEventInfos[i];
+    const AttributeEventCodec *a = findAttributeEventCodec(row.code);
+    if (a == nullptr || a->decode != row.decode) return nullptr;
+    const int layout = attributeEventLayoutOf(row.code);
+    return layout >= 0 ? &kAttributeEventInfos[static_cast<size_t>(layout)] : &kStructureEventInfo;
+}
+
+// ---- methods -------------------------------------------------------------------------
+
+struct MethodRequestFields {
+    static constexpr FieldList make(size_t i) { return describePlan(kMethodPlans[i].request); }
+};
+struct MethodReplyFields {
+    static constexpr FieldList make(size_t i) { return describePlan(kMethodPlans[i].reply); }
+};
+
+template <size_t I>
+constexpr TrovLayoutInfo methodRequestInfo() {
+    const Plan &p = kMethodPlans[I].request;
+    return info(nullptr, p.count == 0 ? uint16_t{0} : p.record, fieldCount<MethodRequestFields, I>(),
+                fieldArray<MethodRequestFields, I>(), p.count == 0 ? TROV_LAYOUT_NONE : TROV_LAYOUT_FIELDS,
+                0, p.wireFixed);
+}
+
+template <size_t I>
+constexpr TrovLayoutInfo methodReplyInfo() {
+    const MethodInfo &m = kMethods[I];
+    const Plan &p = kMethodPlans[I].reply;
+    switch (m.reply) {
+    case MethodReply::Structured:
+        return info(nullptr, structRecordSize(m.replyDescriptor), 0, nullptr, TROV_LAYOUT_STRUCTURE, 0, 0);
+    case MethodReply::None: return info(nullptr, 0, 0, nullptr, TROV_LAYOUT_NONE, 0, 0);
+    default:
+        return info(nullptr, p.record, fieldCount<MethodReplyFields, I>(), fieldArray<MethodReplyFields, I>(),
+                    TROV_LAYOUT_FIELDS, 0, p.wireFixed);
+    }
+}
+
+template <size_t... I>
+constexpr auto methodInfos(std::index_sequence<I...>) {
+    struct Sides {
+        std::array<TrovLayoutInfo, sizeof...(I)> request, reply;
+    };
+    return Sides{{methodRequestInfo<I>()...}, {methodReplyInfo<I>()...}};
+}
+constexpr auto kMethodInfos = methodInfos(std::make_index_sequence<kMethodCount>{});
+
+// Codes of 0x2000 and above without a method: the parameters are the bytes.
+constexpr TrovLayoutInfo kRawMethodInfo = info(nullptr, 0, 0, nullptr, TROV_LAYOUT_RAW, 0, 0);
+
+// ---- attribute values and data types ----------------------------------------------------
+
+// A fixed-size type: its fields by width at their natural alignment.
+constexpr FieldList describeFixed(const FixedValueType &t) {
+    Field list[kMaxFixedFields]{};
+    const int n = t.fieldCount();
+    for (int k = 0; k < n; ++k)
+        list[k] = t.fields[k] == 1 ? fields::u8 : t.fields[k] == 2 ? fields::u16 : fields::u32;
+    const Plan plan = makePlan(list, static_cast<size_t>(n));
+    FieldList out = describePlan(plan);
+    for (int k = 0; k < n; ++k) // the codec's own offsets
+        if (out.at[k].offset != t.fieldOffset(k)) return FieldList{};
+    return out;
+}
+
+// A record type: the plan its codec runs.
+constexpr FieldList describeRecord(const RecordValueType &t) { return describePlan(valuePlan(t.fields)); }
+
+// The data types' own record types (0x19, 0x1A).
+constexpr RecordValueType kOctets8Type{0, 2, {fields::oct8}};
+constexpr RecordValueType kOctets16Type{0, 2, {fields::oct16}};
+
+constexpr size_t kAttributeRows = 282;
+
+template <class Type, size_t N>
+constexpr size_t typeOfRow(const Type (&types)[N], size_t row) {
+    for (size_t i = 0; i < N; ++i)
+        if (types[i].row == row) return i;
+    return N;
+}
+
+struct AttributeRowFields {
+    static constexpr FieldList make(size_t row) {
+        if (size_t i = typeOfRow(kFixedValueTypes, row); i < std::size(kFixedValueTypes))
+            return describeFixed(kFixedValueTypes[i]);
+        if (size_t i = typeOfRow(kRecordValueTypes, row); i < std::size(kRecordValueTypes)) {
+            const RecordValueType &t = kRecordValueTypes[i];
+            if (t.variants == nullptr) return describeRecord(t);
+            FieldList out; // a selector type: the selector byte
+            out.at[0] = describeField(fields::u8, 0, false);
+            out.at[0].name = "selector";
+            out.count = 1;
+            return out;
+        }
+        return FieldList{}; // a structure type
+    }
+};
+
+template <size_t Row>
+constexpr TrovLayoutInfo attributeRowInfo() {
+    constexpr uint16_t n = fieldCount<AttributeRowFields, Row>();
+    constexpr const TrovFieldInfo *f = fieldArray<AttributeRowFields, Row>();
+    if constexpr (constexpr size_t i = typeOfRow(kFixedValueTypes, Row); i < std::size(kFixedValueTypes)) {
+        constexpr const FixedValueType &t = kFixedValueTypes[i];
+        static_assert(n == t.fieldCount(), "a fixed value type's fields moved");
+        return info(nullptr, t.recordBytes, n, f, TROV_LAYOUT_FIELDS, t.prefixBytes, t.wireBytes);
+    } else if constexpr (constexpr size_t j = typeOfRow(kRecordValueTypes, Row);
+                         j < std::size(kRecordValueTypes)) {
+        constexpr const RecordValueType &t = kRecordValueTypes[j];
+        if constexpr (t.variants == nullptr) {
+            constexpr Plan plan = valuePlan(t.fields);
+            static_assert(n == plan.count);
+            return info(nullptr, plan.record, n, f, TROV_LAYOUT_FIELDS, t.prefixBytes, plan.wireFixed);
+        } else { // the selector at 0, the largest variant's record at 8
+            uint16_t variant = 0;
+            for (const ValueFields &v : t.variants->variant)
+                if (valuePlan(v).record > variant) variant = valuePlan(v).record;
+            return info(nullptr, static_cast<uint16_t>(8 + variant), n, f, TROV_LAYOUT_SELECTOR, 0, 1);
+        }
+    } else {
+        constexpr size_t k = typeOfRow(kStructureValueTypes, Row);
+        static_assert(k < std::size(kStructureValueTypes), "an attribute row without a value type");
+        return info(nullptr, structRecordSize(kStructureValueTypes[k].fields), 0, nullptr, TROV_LAYOUT_STRUCTURE,
+                    0, 0);
+    }
+}
+
+// Index r - 1 describes row r.
+template <size_t... I>
+constexpr std::array<TrovLayoutInfo, sizeof...(I)> attributeInfos(std::index_sequence<I...>) {
+    return {attributeRowInfo<I + 1>()...};
+}
+constexpr auto kAttributeInfos = attributeInfos(std::make_index_sequence<kAttributeRows>{});
+
+// The data types without an attribute row of their own.
+constexpr FixedValueType kByteStringType{0, 1, 2, 1, 0, {1}};
+constexpr FixedValueType kBytes12Type{0, 12, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}};
+constexpr FixedValueType kBytes16Type{0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}};
+
+struct OwnTypeFields {
+    static constexpr FieldList make(size_t i) {
+        switch (i) {
+        case 0: return describeFixed(kByteStringType);
+        case 1: return describeFixed(kBytes12Type);
+        case 2: return describeFixed(kBytes16Type);
+        case 3: return describeRecord(kOctets8Type);
+        default: return describeRecord(kOctets16Type);
+        }
+    }
+};
+
+template <size_t I>
+constexpr TrovLayoutInfo fixedOwnInfo(const FixedValueType &t) {
+    return info(nullptr, t.recordBytes, fieldCount<OwnTypeFields, I>(), fieldArray<OwnTypeFields, I>(),
+                TROV_LAYOUT_FIELDS, t.prefixBytes, t.wireBytes);
+}
+template <size_t I>
+constexpr TrovLayoutInfo recordOwnInfo(const RecordValueType &t) {
+    const Plan plan = valuePlan(t.fields);
+    return info(nullptr, plan.record, fieldCount<OwnTypeFields, I>(), fieldArray<OwnTypeFields, I>(),
+                TROV_LAYOUT_FIELDS, t.prefixBytes, plan.wireFixed);
+}
+constexpr TrovLayoutInfo kOwnTypeInfos[] = {
+    fixedOwnInfo<0>(kByteStringType), fixedOwnInfo<1>(kBytes12Type), fixedOwnInfo<2>(kBytes16Type),
+    recordOwnInfo<3>(kOctets8Type), recordOwnInfo<4>(kOctets16Type)};
+
+// Which codec each data type runs: an attribute row's, or one of its own.
+struct DataTypeEntry {
+    uint16_t code;
+    uint16_t attributeRow;     // 0: its own codec
+    const TrovLayoutInfo *own; // attributeRow 0 only
+};
+constexpr DataTypeEntry kDataTypes[] = {
+    {0x02, 6, nullptr},   {0x03, 6, nullptr},   {0x04, 130, nullptr},           {0x05, 130, nullptr},
+    {0x06, 85, nullptr},  {0x07, 85, nullptr},  {0x08, 149, nullptr},           {0x09, 148, nullptr},
+    {0x15, 140, nullptr}, {0x16, 0, &kOwnTypeInfos[0]}, {0x18, 0, &kOwnTypeInfos[0]},
+    {0x14, 0, &kOwnTypeInfos[1]}, {0x17, 0, &kOwnTypeInfos[2]}, {0x19, 0, &kOwnTypeInfos[3]},
+    {0x1A, 0, &kOwnTypeInfos[4]},
+};
+
+// ---- every description holds -------------------------------------------------------------
+
+// Fields in wire order inside the record, with names, and pointers inside it.
+constexpr bool holds(const TrovLayoutInfo &l) {
+    if ((l.fieldCount == 0) != (l.fields == nullptr)) return false;
+    for (uint16_t i = 0; i < l.fieldCount; ++i) {
+        const TrovFieldInfo &f = l.fields[i];
+        if (f.name == nullptr || f.name[0] == '\0' || f.offset + f.width > l.recordBytes) return false;
+        if (f.dataOffset != TROV_NO_DATA && f.dataOffset + 8 > f.offset + f.width) return false;
+        if (i > 0 && f.offset < l.fields[i - 1].offset + l.fields[i - 1].width &&
+            l.fields[i - 1].kindId != TROV_KIND_RESERVED)
+            return false;
+    }
+    return true;
+}
+template <size_t N>
+constexpr bool allHold(const std::array<TrovLayoutInfo, N> &infos) {
+    for (const TrovLayoutInfo &l : infos)
+        if (!holds(l)) return false;
+    return true;
+}
+static_assert(allHold(kStringEventInfos) && allHold(kAttributeEventInfos));
+static_assert(allHold(kMethodInfos.request) && allHold(kMethodInfos.reply));
+static_assert(allHold(kAttributeInfos));
+static_assert(kAttributeInfos[0].fieldCount == 5 && kAttributeInfos[0].fields[4].offset == 4);
+
+TrovResult answer(const TrovLayoutInfo *found, TrovResult missing, TrovLayoutInfo *out) {
+    if (found == nullptr) return missing;
+    *out = *found;
+    return TROV_RESULT_OK;
+}
+
+} // namespace
+} // namespace trov
+
+using namespace trov;
+
+TROV_API TrovResult TROV_DescribeBody(uint16_t code, uint8_t version, int request, TrovLayoutInfo *out) {
+    if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    const BodyCodecRow *row = findBodyRow(activeTables(), code, version, 1);
+    const BodyDescriptions *d = row != nullptr ? bodyDescriptionsOf(row) : nullptr;
+    if (d == nullptr) return TROV_RESULT_NO_BODY_CODEC;
+    return answer(request != 0 ? d->request : d->reply, TROV_RESULT_NO_BODY_CODEC, out);
+}
+
+TROV_API TrovResult TROV_DescribeEvent(uint16_t code, uint8_t version, TrovLayoutInfo *out) {
+    if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    const Tables t = activeTables();
+    const EventCodecRow *row = findEventRow(t, code, version, 1);
+    if (row == nullptr || !within(row, FUEventCodecTable, kEventRows)) return TROV_RESULT_NO_EVENT_CODEC;
+    return answer(describeEventRow(*row), TROV_RESULT_NO_EVENT_CODEC, out);
+}
+
+TROV_API TrovResult TROV_DescribeMethod(uint16_t code, uint8_t version, int request, TrovLayoutInfo *out) {
+    if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    const MethodCodecRow *row = findMethodRow(activeTables(), code, version);
+    if (row == &RawMethodCodecRow) return answer(&kRawMethodInfo, TROV_RESULT_NO_METHOD_CODEC, out);
+    if (row == nullptr || !within(row, FUMethodCodecTable, kMethodCount)) return TROV_RESULT_NO_METHOD_CODEC;
+    const size_t i = static_cast<size_t>(row - FUMethodCodecTable);
+    return answer(request != 0 ? &kMethodInfos.request[i] : &kMethodInfos.reply[i], TROV_RESULT_NO_METHOD_CODEC,
+                  out);
+}
+
+TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLayoutInfo *out) {
+    if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    const AttributeCodecRow *row = findAttributeRow(activeTables().attributes, id, version);
+    if (row == nullptr || !within(row, AttributeCodecTable, kAttributeRows)) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
+    return answer(&kAttributeInfos[static_cast<size_t>(row - AttributeCodecTable)], TROV_RESULT_NO_ATTRIBUTE_CODEC,
+                  out);
+}
+
+TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLayoutInfo *out) {
+    if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    const DataTypeCodecRow *row = findRow(activeTables().dataTypes, code, version);
+    if (row == nullptr) return TROV_RESULT_NO_DATA_TYPE_CODEC;
+    for (const DataTypeEntry &e : kDataTypes) {
+        if (e.code != row->code) continue;
+        if (e.attributeRow == 0) return answer(e.own, TROV_RESULT_NO_DATA_TYPE_CODEC, out);
+        // The row runs that attribute row's codec, or the entry is stale.
+        const AttributeCodecRow &a = AttributeCodecTable[e.attributeRow - 1];
+        if (a.ops.decode != row->ops.decode) break;
+        return answer(&kAttributeInfos[e.attributeRow - 1], TROV_RESULT_NO_DATA_TYPE_CODEC, out);
+    }
+    return TROV_RESULT_NO_DATA_TYPE_CODEC;
+}

@@ -1,0 +1,206 @@
+// Layout descriptions built at compile time from the plans the codecs run on,
+// and which descriptions belong to a function-unit body row.
+//
+// A description is a TrovLayoutInfo (TrovLayout.h) pointing at a constant
+// array of TrovFieldInfo, both static data of the library. Fields without a
+// member name of their own get a generated one: the kind's group and the
+// field's index in the layout (value3, string1, ...).
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "api/Dispatch.h"
+#include "api/TrovLayout.h"
+#include "engine/Field.h"
+#include "units/BodyLayout.h"
+
+namespace trov {
+
+// The public kind numbers are the field model's.
+static_assert(TROV_KIND_U8 == int(FieldKind::U8) && TROV_KIND_RESERVED == int(FieldKind::Reserved8) &&
+              TROV_KIND_BYTES12 == int(FieldKind::Bytes12) && TROV_KIND_WIDE_U32S == int(FieldKind::WideU32s) &&
+              TROV_KIND_U32U8_ITEMS == int(FieldKind::U32ByteItems) && TROV_KIND_REST == int(FieldKind::Rest) &&
+              TROV_KIND_COUNT == int(FieldKind::Count) && TROV_KIND_ATTRIBUTE == int(FieldKind::Attribute) &&
+              TROV_KIND_RESERVED_VALUE == int(FieldKind::ReservedValue) &&
+              TROV_KIND_EVENT_ATTRIBUTES == int(FieldKind::EventAttributes) &&
+              TROV_KIND_BUFFER == int(FieldKind::Buffer));
+
+namespace layout_names {
+
+enum Group : uint8_t { Value, String, Bytes, Array, Count, Reserved, Option, Attributes, Attribute, Groups };
+inline constexpr const char *kPrefixes[Groups] = {"value", "string",  "bytes",      "array", "count",
+                                                  "reserved", "option", "attributes", "attribute"};
+inline constexpr int kIndices = kMaxFields;
+
+struct Table {
+    char text[Groups][kIndices][16];
+};
+
+// "value0" ... "attribute23", generated once.
+inline constexpr Table kTable = [] {
+    Table t{};
+    for (int g = 0; g < Groups; ++g)
+        for (int i = 0; i < kIndices; ++i) {
+            int n = 0;
+            for (const char *p = kPrefixes[g]; *p != '\0'; ++p) t.text[g][i][n++] = *p;
+            if (i >= 10) t.text[g][i][n++] = static_cast<char>('0' + i / 10);
+            t.text[g][i][n++] = static_cast<char>('0' + i % 10);
+        }
+    return t;
+}();
+
+constexpr Group groupOf(FieldKind k) {
+    switch (k) {
+    case FieldKind::Octets:
+    case FieldKind::Chars:
+    case FieldKind::Rest: return String;
+    case FieldKind::Bytes:
+    case FieldKind::Bytes12: return Bytes;
+    case FieldKind::U16s:
+    case FieldKind::U32s:
+    case FieldKind::WideU32s:
+    case FieldKind::ByteU32Items:
+    case FieldKind::U32ByteItems:
+    case FieldKind::BytePairs: return Array;
+    case FieldKind::Count: return Count;
+    case FieldKind::Reserved8: return Reserved;
+    case FieldKind::Option: return Option;
+    case FieldKind::Attributes:
+    case FieldKind::EventAttributes: return Attributes;
+    case FieldKind::Attribute: return Attribute;
+    default: return Value;
+    }
+}
+
+constexpr const char *nameOf(FieldKind k, int index) {
+    if (k == FieldKind::Buffer) return "buffer";
+    return kTable.text[groupOf(k)][index];
+}
+
+} // namespace layout_names
+
+// One field of a plan (or of a plan-shaped list whose offsets are set), at
+// `index`; `counted` tells that the field before it holds its count.
+constexpr TrovFieldInfo describeField(const Field &f, int index, bool countBefore) {
+    const KindInfo &k = kindInfo(f.kind);
+    const bool attributes = f.kind == FieldKind::Attributes || f.kind == FieldKind::EventAttributes;
+    const bool pointerOnly = k.counted && f.prefix == 0 && f.kind != FieldKind::Rest;
+    TrovFieldInfo out{};
+    out.name = f.name != nullptr ? f.name : layout_names::nameOf(f.kind, index);
+    out.kind = k.name;
+    out.kindId = static_cast<uint8_t>(f.kind);
+    out.offset = f.offset;
+    out.dataOffset = f.data;
+    out.countField = countBefore && pointerOnly ? static_cast<int16_t>(index - 1) : int16_t{-1};
+    uint32_t width = k.record;
+    switch (f.kind) {
+    case FieldKind::Bytes: width = f.size; break;
+    case FieldKind::Count:
+        width = f.prefix;
+        out.countBytes = f.prefix;
+        break;
+    case FieldKind::Attribute:
+    case FieldKind::TypedValue:
+    case FieldKind::ReservedValue: width = f.data + 8u - f.offset; break;
+    default: break;
+    }
+    if (attributes) { // a u16 count and the entries' pointer: an AttributeList head
+        out.countBytes = 2;
+        out.countRecordBytes = 2;
+        out.dataOffset = static_cast<uint16_t>(f.offset + 8);
+    } else if (pointerOnly) {
+        width = 8;
+    } else if (k.counted) { // a 16-byte head: the count at +0, the pointer at +8
+        out.countBytes = f.prefix;
+        out.countRecordBytes = f.countWidth != 0 ? f.countWidth : f.prefix != 0 ? f.prefix : 2;
+    }
+    out.width = static_cast<uint16_t>(width);
+    return out;
+}
+
+// The fields of a layout, at most kMaxFields.
+struct FieldList {
+    std::array<TrovFieldInfo, kMaxFields> at{};
+    uint16_t count = 0;
+};
+
+constexpr FieldList describePlan(const Plan &p) {
+    FieldList out;
+    for (uint8_t i = 0; i < p.count; ++i)
+        out.at[out.count++] = describeField(p.fields[i], i, i > 0 && p.fields[i - 1].kind == FieldKind::Count);
+    return out;
+}
+
+// A list cut to its length, as static data.
+template <class Maker, size_t I>
+inline constexpr auto kFieldArray = [] {
+    constexpr FieldList all = Maker::make(I);
+    std::array<TrovFieldInfo, all.count> out{};
+    for (size_t k = 0; k < all.count; ++k) out[k] = all.at[k];
+    return out;
+}();
+
+template <class Maker, size_t I>
+constexpr const TrovFieldInfo *fieldArray() {
+    if constexpr (kFieldArray<Maker, I>.size() == 0) return nullptr;
+    else return kFieldArray<Maker, I>.data();
+}
+
+template <class Maker, size_t I>
+constexpr uint16_t fieldCount() {
+    return static_cast<uint16_t>(kFieldArray<Maker, I>.size());
+}
+
+// ---- function-unit bodies ----------------------------------------------------------
+
+// The description of a body layout.
+template <const BodyLayout *L>
+struct BodyFields {
+    static constexpr FieldList make(size_t) {
+        return L->plan != nullptr ? describePlan(*L->plan) : FieldList{};
+    }
+};
+
+constexpr uint8_t bodyForm(BodyKind kind) {
+    switch (kind) {
+    case BodyKind::Fields: return TROV_LAYOUT_FIELDS;
+    case BodyKind::NoReply: return TROV_LAYOUT_NONE;
+    default: return TROV_LAYOUT_EVENT_LIST;
+    }
+}
+
+template <const BodyLayout *L>
+inline constexpr TrovLayoutInfo kBodyInfo = {
+    L->name,
+    L->kind == BodyKind::EventList        ? uint16_t{sizeof(EventListBody)}
+    : L->kind == BodyKind::ShortEventList ? uint16_t{sizeof(ShortEventListBody)}
+                                          : L->recordBytes,
+    fieldCount<BodyFields<L>, 0>(),
+    fieldArray<BodyFields<L>, 0>(),
+    bodyForm(L->kind),
+    0,
+    L->kind == BodyKind::Fields ? L->plan->wireFixed : uint16_t{0},
+};
+
+template <const BodyLayout *L>
+constexpr const TrovLayoutInfo *describedBody() {
+    if constexpr (L == nullptr) return nullptr;
+    else return &kBodyInfo<L>;
+}
+
+// Body 0x1d: the method invocation, both ways.
+inline constexpr TrovLayoutInfo kMethodCallInfo = {
+    "MethodBody", sizeof(MethodBody), 0, nullptr, TROV_LAYOUT_METHOD_CALL, 0, 0};
+
+struct BodyDescriptions {
+    const TrovLayoutInfo *request; // null: the body is decode-only
+    const TrovLayoutInfo *reply;
+};
+
+// The descriptions of a row of the built-in FU body table; null for a row of
+// any other table.
+const BodyDescriptions *bodyDescriptionsOf(const BodyCodecRow *row);
+
+} // namespace trov

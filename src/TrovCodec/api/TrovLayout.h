@@ -1,0 +1,147 @@
+/*
+ * TrovLayout.h - a read-only description of every record the library codes.
+ *
+ * For a body, an event, a method's parameters, an attribute value or a typed
+ * value, the functions below answer with the layout of the record the codec
+ * reads or writes: the record's size and, field by field in wire order, each
+ * field's name, its kind, where it sits in the record and how it travels.
+ * The answers come from the same tables the codecs run on, so a description
+ * never disagrees with what an encoder writes or a decoder fills.
+ *
+ * Ownership: every TrovLayoutInfo the functions fill points at constant data
+ * of the library (the field array and every string). It lives as long as the
+ * library is loaded, is never freed and must not be written to.
+ *
+ * The codec tables are only usable after TROV_InitCoder; before it, every
+ * lookup answers that there is no codec, as the codecs themselves do.
+ *
+ * Plain C; usable from C and C++.
+ */
+#ifndef TROVLAYOUT_H
+#define TROVLAYOUT_H
+
+#include <stdint.h>
+
+#include "TrovCodec.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Field kinds (TrovFieldInfo.kindId). Wire forms are big-endian. */
+enum {
+    TROV_KIND_U8 = 1,          /* "u8": one byte */
+    TROV_KIND_U16 = 2,         /* "u16": two bytes */
+    TROV_KIND_U32 = 3,         /* "u32": four bytes */
+    TROV_KIND_RESERVED = 4,    /* "reserved": a u8 of the record that no wire byte fills */
+    TROV_KIND_BYTES = 5,       /* "bytes": `width` bytes as they stand */
+    TROV_KIND_BYTES12 = 6,     /* "bytes": 12 bytes as they stand, in a 16-byte slot */
+    TROV_KIND_OCTETS = 7,      /* "octets": counted bytes */
+    TROV_KIND_CHARS = 8,       /* "chars": counted characters (or bytes) with one spare
+                                  byte kept behind non-empty data */
+    TROV_KIND_U16S = 9,        /* "u16s": counted u16, stored in host order */
+    TROV_KIND_U32S = 10,       /* "u32s": counted u32, stored in host order, 4 bytes each */
+    TROV_KIND_WIDE_U32S = 11,  /* "u32s": counted u32, stored in host order, 8 bytes each */
+    TROV_KIND_U8U32_ITEMS = 12, /* "u8u32items": counted (u8, u32) items, 8-byte elements */
+    TROV_KIND_U32U8_ITEMS = 13, /* "u32u8items": counted (u32, u8) items, 8-byte elements */
+    TROV_KIND_BYTE_PAIRS = 14, /* "bytepairs": counted byte pairs */
+    TROV_KIND_REST = 15,       /* "rest": the bytes up to the end of the body, no count */
+    TROV_KIND_COUNT = 16,      /* "count": the count of the next field, kept in a field
+                                  of its own (countBytes wide on the wire and in the record) */
+    TROV_KIND_ATTRIBUTE = 17,  /* "attribute": u16 attribute identifier, then the value
+                                  as that attribute's codec writes it (array form) */
+    TROV_KIND_VALUE = 18,      /* "value": u16 data type, then the value of that type */
+    TROV_KIND_RESERVED_VALUE = 19, /* "value": as TROV_KIND_VALUE, with the room the type reserves */
+    TROV_KIND_OPTION = 20,     /* "option": u8 kind, u8 length, the value */
+    TROV_KIND_ATTRIBUTES = 21, /* "attributes": u16 count, then (u16 id, u16 length, value) */
+    TROV_KIND_EVENT_ATTRIBUTES = 22, /* "attributes": as TROV_KIND_ATTRIBUTES, in an event */
+    TROV_KIND_BUFFER = 23      /* "buffer": record only, the BufferDesc of decoded data */
+};
+
+/* What a layout is (TrovLayoutInfo.form). */
+enum {
+    TROV_LAYOUT_FIELDS = 0,        /* the fields below are the whole record */
+    TROV_LAYOUT_NONE = 1,          /* nothing travels: a body without a reply */
+    TROV_LAYOUT_EVENT_LIST = 2,    /* an event list: EventListBody or ShortEventListBody;
+                                      the events are described one by one */
+    TROV_LAYOUT_METHOD_CALL = 3,   /* a method invocation: MethodBody; its parameters
+                                      are described by TROV_DescribeMethod */
+    TROV_LAYOUT_STRUCTURE = 4,     /* a structured record; fieldCount is 0 */
+    TROV_LAYOUT_SELECTOR = 5,      /* a u8 selector (the one field), then the selected
+                                      variant's record at offset 8 (not described) */
+    TROV_LAYOUT_RAW = 6            /* opaque bytes, as many as the body carries */
+};
+
+/* The record offset value that means "no pointer". */
+#define TROV_NO_DATA 0xFFFFu
+
+/* One field of a layout, in wire order. */
+typedef struct TrovFieldInfo {
+    /* The field's name: the public record's member name where the record is a
+     * public type; otherwise value<i> (scalars and typed values), string<i>
+     * (counted bytes and characters), bytes<i> (byte blocks), array<i>
+     * (counted numbers and items), count<i>, reserved<i>, option<i>,
+     * attributes<i>, where i is the field's index in the layout. */
+    const char *name;
+    /* The kind's name (several kinds share a name, kindId tells them apart). */
+    const char *kind;
+    uint8_t kindId;           /* TROV_KIND_* */
+    uint8_t countBytes;       /* wire width of the count prefix (1 or 2); 0 without one,
+                                 or when a count field holds it; for TROV_KIND_COUNT the
+                                 count's width */
+    uint8_t countRecordBytes; /* record width of the count at the start of a counted
+                                 field's 16-byte head (may be wider than countBytes);
+                                 0 when the field has no head count */
+    uint8_t reserved;         /* 0 */
+    uint16_t offset;          /* record offset of the field (of its head, of an identifier
+                                 or data type) */
+    uint16_t width;           /* record bytes of the field; the block length for bytes */
+    uint16_t dataOffset;      /* record offset of the data pointer; TROV_NO_DATA for none */
+    int16_t countField;       /* index of the field holding this field's count, or -1 */
+} TrovFieldInfo;
+
+/* A layout: the record and its fields. */
+typedef struct TrovLayoutInfo {
+    const char *record;          /* the public record type's name; NULL when the record
+                                    has no public type of its own */
+    uint16_t recordBytes;        /* the record's size (its fixed part; decoded variable
+                                    data follows it or goes to its buffer) */
+    uint16_t fieldCount;
+    const TrovFieldInfo *fields; /* fieldCount fields; NULL when fieldCount is 0 */
+    uint8_t form;                /* TROV_LAYOUT_* */
+    uint8_t arrayCountBytes;     /* attribute and typed values: the count prefix of the
+                                    array form (1 or 2), whose elements are each one record
+                                    of this layout; 0: scalar form only. 0 elsewhere. */
+    uint16_t wireFixed;          /* wire bytes of the fields with every count 0 and no
+                                    values (0 for forms other than FIELDS and SELECTOR) */
+} TrovLayoutInfo;
+
+/* Results of every function: 0 found (out filled); 1 out NULL; the "no codec"
+ * result of the family for codes the codec tables do not know (and for every
+ * code before TROV_InitCoder). out is left alone unless the result is 0. */
+
+/* The request (request non-zero) or reply record of function-unit body
+ * `code`. No request layout for a decode-only body: 9. */
+TROV_API TrovResult TROV_DescribeBody(uint16_t code, uint8_t version, int request,
+                                      TrovLayoutInfo *out);
+
+/* The record of function-unit event `code`. Unknown: 12. */
+TROV_API TrovResult TROV_DescribeEvent(uint16_t code, uint8_t version, TrovLayoutInfo *out);
+
+/* The parameter record of method `code` on a request (request non-zero) or a
+ * reply. Codes of 0x2000 and above without a method of their own are raw
+ * bytes (TROV_LAYOUT_RAW). Unknown: 11. */
+TROV_API TrovResult TROV_DescribeMethod(uint16_t code, uint8_t version, int request,
+                                        TrovLayoutInfo *out);
+
+/* One element of the value of attribute `id`. Unknown: 10. */
+TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLayoutInfo *out);
+
+/* One element of a value of data type `code`. Unknown: 13. */
+TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLayoutInfo *out);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* TROVLAYOUT_H */

@@ -1,0 +1,228 @@
+// The layout descriptions against the codecs they describe, through the
+// exported interface: a record built field by field from a body's
+// description must encode to the bytes the description predicts and decode
+// back to the same fields; a description exists exactly for the codes the
+// decoders know; every layout keeps its fields inside its record.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "TrovLayout.h"
+#include "api/ReplyPacket.h"
+
+namespace {
+
+// Names present and unique, fields inside the record, pointers inside their fields.
+void expectWellFormed(const TrovLayoutInfo &l, const std::string &what) {
+    std::set<std::string> names;
+    ASSERT_EQ(l.fields == nullptr, l.fieldCount == 0) << what;
+    for (uint16_t i = 0; i < l.fieldCount; ++i) {
+        const TrovFieldInfo &f = l.fields[i];
+        ASSERT_TRUE(f.name != nullptr && f.name[0] != '\0') << what << " field " << i;
+        EXPECT_TRUE(names.insert(f.name).second) << what << " repeats " << f.name;
+        EXPECT_LE(f.offset + f.width, l.recordBytes) << what << " " << f.name;
+        if (f.dataOffset != TROV_NO_DATA) {
+            EXPECT_LE(f.dataOffset + 8u, f.offset + f.width) << what << " " << f.name;
+        }
+        if (f.countField >= 0) {
+            EXPECT_EQ(l.fields[f.countField].kindId, TROV_KIND_COUNT) << what << " " << f.name;
+        }
+    }
+}
+
+void putHost(uint8_t *rec, uint16_t offset, uint32_t v, unsigned width) {
+    if (width == 1) rec[offset] = uint8_t(v);
+    if (width == 2) { const uint16_t x = uint16_t(v); std::memcpy(rec + offset, &x, 2); }
+    if (width == 4) std::memcpy(rec + offset, &v, 4);
+}
+uint32_t getHost(const uint8_t *rec, uint16_t offset, unsigned width) {
+    uint32_t v = 0;
+    if (width == 1) v = rec[offset];
+    if (width == 2) { uint16_t x; std::memcpy(&x, rec + offset, 2); v = x; }
+    if (width == 4) std::memcpy(&v, rec + offset, 4);
+    return v;
+}
+void putWire(std::vector<uint8_t> &w, uint32_t v, unsigned width) {
+    for (unsigned k = width; k-- > 0;) w.push_back(uint8_t(v >> (8 * k)));
+}
+
+struct Built {
+    alignas(8) uint8_t record[512] = {};
+    std::vector<std::string> strings; // the data of counted fields, by field
+    std::vector<uint8_t> wire;
+    bool complete = true; // every field of a kind this test can fill
+};
+
+// Fills every field with a value of its own and predicts the body bytes.
+void build(const TrovLayoutInfo &l, Built &b) {
+    b.strings.resize(l.fieldCount);
+    for (uint16_t i = 0; i < l.fieldCount; ++i) {
+        const TrovFieldInfo &f = l.fields[i];
+        const uint32_t pattern = 0x81A2C3E4u + 0x01010101u * i;
+        switch (f.kindId) {
+        case TROV_KIND_U8: case TROV_KIND_U16: case TROV_KIND_U32:
+            putHost(b.record, f.offset, pattern, f.width);
+            putWire(b.wire, pattern, f.width);
+            break;
+        case TROV_KIND_BYTES:
+            for (uint16_t k = 0; k < f.width; ++k) b.record[f.offset + k] = uint8_t(0x40 + i + k);
+            b.wire.insert(b.wire.end(), b.record + f.offset, b.record + f.offset + f.width);
+            break;
+        case TROV_KIND_OCTETS: case TROV_KIND_CHARS: case TROV_KIND_REST: {
+            b.strings[i] = "s" + std::to_string(i) + "xyz";
+            const uint8_t *data = reinterpret_cast<const uint8_t *>(b.strings[i].data());
+            const uint32_t n = uint32_t(b.strings[i].size());
+            putHost(b.record, f.offset, n, f.countRecordBytes);
+            std::memcpy(b.record + f.dataOffset, &data, sizeof data);
+            putWire(b.wire, n, f.countBytes);
+            b.wire.insert(b.wire.end(), data, data + n);
+            break;
+        }
+        case TROV_KIND_BUFFER: break;
+        default: b.complete = false; break;
+        }
+    }
+}
+
+// Reads the fields back from a decoded record through the description.
+void expectFields(const TrovLayoutInfo &l, const Built &b, const uint8_t *decoded, uint16_t code) {
+    for (uint16_t i = 0; i < l.fieldCount; ++i) {
+        const TrovFieldInfo &f = l.fields[i];
+        if (f.kindId <= TROV_KIND_U32 || f.kindId == TROV_KIND_BYTES) {
+            EXPECT_EQ(std::memcmp(decoded + f.offset, b.record + f.offset, f.width), 0) << code << " " << f.name;
+        } else if (f.kindId != TROV_KIND_BUFFER) {
+            const uint8_t *data;
+            std::memcpy(&data, decoded + f.dataOffset, sizeof data);
+            ASSERT_EQ(getHost(decoded, f.offset, f.countRecordBytes),
+                      b.strings[i].size()) << code << " " << f.name;
+            EXPECT_EQ(std::string(reinterpret_cast<const char *>(data), b.strings[i].size()), b.strings[i])
+                << code << " " << f.name;
+        }
+    }
+}
+
+class LayoutDescription : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
+};
+
+TEST_F(LayoutDescription, BodiesEncodeAndDecodeAsDescribed) {
+    int encoded = 0, decoded = 0;
+    for (uint16_t code = 0; code <= 0xFF; ++code) {
+        TrovLayoutInfo req, rep;
+        const TrovResult r = TROV_DescribeBody(code, 0x10, 1, &req);
+        const TrovResult q = TROV_DescribeBody(code, 0x10, 0, &rep);
+        if (q != 0) { EXPECT_EQ(q, TROV_RESULT_NO_BODY_CODEC) << code; EXPECT_EQ(r, q) << code; continue; }
+        expectWellFormed(rep, "reply " + std::to_string(code));
+        if (r != 0) { EXPECT_EQ(r, TROV_RESULT_NO_BODY_CODEC) << code; continue; }
+        expectWellFormed(req, "request " + std::to_string(code));
+        if (req.form != TROV_LAYOUT_FIELDS) continue;
+        Built b;
+        build(req, b);
+        if (!b.complete) continue;
+        HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 0, code, 0, 0, 0, 0, 0};
+        EncodeOutput out{nullptr, 0};
+        ASSERT_EQ(TROV_EncodeFU(&info, b.record, &out), 0u) << code;
+        ASSERT_EQ(out.length, 20u + b.wire.size()) << code;
+        EXPECT_EQ(std::vector<uint8_t>(out.data + 20, out.data + out.length), b.wire) << code;
+        trovFree(out.data);
+        ++encoded;
+        if (rep.form != TROV_LAYOUT_FIELDS || std::strcmp(rep.record, req.record) != 0) continue;
+        std::vector<uint8_t> packet = replyPacket(code, b.wire);
+        PacketCursor cursor{packet.data(), uint32_t(packet.size())};
+        DecodeResult result{nullptr, nullptr, 0};
+        ASSERT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), 0u) << code;
+        expectFields(rep, b, static_cast<const uint8_t *>(result.record), code);
+        if (result.buffer != nullptr) trovFree(result.buffer->data);
+        trovFree(result.record);
+        ++decoded;
+    }
+    EXPECT_EQ(encoded, 103); // every request layout without an attribute field
+    EXPECT_EQ(decoded, 22);
+}
+
+// A short event list (body 0x0a) with one event of `code` and zeros behind it.
+TrovResult decodeOneEvent(uint16_t code) {
+    std::vector<uint8_t> body = {0, 0, 0, 1, 1, uint8_t(code >> 8), uint8_t(code), 0};
+    body.resize(body.size() + 600, 0);
+    std::vector<uint8_t> packet = replyPacket(0x0a, body);
+    PacketCursor cursor{packet.data(), uint32_t(packet.size())};
+    HeaderInfo info;
+    DecodeResult result{nullptr, nullptr, 0};
+    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    if (r == 0) {
+        if (result.buffer != nullptr) trovFree(result.buffer->data);
+        trovFree(result.record);
+    }
+    return r;
+}
+
+TEST_F(LayoutDescription, EventsDescribedExactlyWhenDecoded) {
+    int described = 0;
+    for (uint16_t code = 0; code <= 0x13F; ++code) {
+        TrovLayoutInfo l;
+        const TrovResult r = TROV_DescribeEvent(code, 0x10, &l);
+        EXPECT_EQ(r == 0, decodeOneEvent(code) != TROV_RESULT_NO_EVENT_CODEC) << code;
+        if (r != 0) { EXPECT_EQ(r, TROV_RESULT_NO_EVENT_CODEC) << code; continue; }
+        expectWellFormed(l, "event " + std::to_string(code));
+        EXPECT_EQ(l.fieldCount == 0, l.form == TROV_LAYOUT_STRUCTURE) << code;
+        ++described;
+    }
+    EXPECT_EQ(described, 120);
+}
+
+TEST_F(LayoutDescription, ValuesAndMethodsKeepTheirFieldsInside) {
+    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 0, 0, 0, 0, 0, 0, 0};
+    alignas(8) static const uint8_t zeros[512] = {};
+    int attributes = 0;
+    for (uint32_t id = 1; id <= 0x3800; ++id) {
+        TrovLayoutInfo l;
+        uint16_t size = 0;
+        const TrovResult r = TROV_DescribeAttribute(uint16_t(id), 0x10, &l);
+        const TrovResult sized = TROV_GetAttributePacketSize(&info, uint16_t(id), zeros, 0, &size);
+        EXPECT_EQ(r == 0, sized != TROV_RESULT_NO_ATTRIBUTE_CODEC) << id;
+        if (r != 0) { EXPECT_EQ(r, TROV_RESULT_NO_ATTRIBUTE_CODEC) << id; continue; }
+        expectWellFormed(l, "attribute " + std::to_string(id));
+        // A zeroed value has every count 0: its size is the fixed wire bytes.
+        if (l.form == TROV_LAYOUT_FIELDS && sized == 0) {
+            EXPECT_EQ(size, l.wireFixed) << id;
+        }
+        ++attributes;
+    }
+    EXPECT_EQ(attributes, 1208);
+    for (uint16_t code = 0; code <= 0x30; ++code) {
+        TrovLayoutInfo l;
+        const TrovResult r = TROV_DescribeDataType(code, 0x10, &l);
+        if (r == 0) expectWellFormed(l, "data type " + std::to_string(code));
+        else EXPECT_EQ(r, TROV_RESULT_NO_DATA_TYPE_CODEC) << code;
+    }
+    for (uint16_t code = 0; code <= 0xFF; ++code)
+        for (int request = 0; request < 2; ++request) {
+            TrovLayoutInfo l;
+            const TrovResult r = TROV_DescribeMethod(code, 0x10, request, &l);
+            if (r == 0) expectWellFormed(l, "method " + std::to_string(code));
+            else EXPECT_EQ(r, TROV_RESULT_NO_METHOD_CODEC) << code;
+        }
+}
+
+TEST_F(LayoutDescription, UnknownCodesAndNullOut) {
+    TrovLayoutInfo l;
+    EXPECT_EQ(TROV_DescribeBody(0x1e, 0x10, 0, &l), TROV_RESULT_NO_BODY_CODEC);
+    EXPECT_EQ(TROV_DescribeBody(0x0a, 0x10, 1, &l), TROV_RESULT_NO_BODY_CODEC); // decode-only
+    EXPECT_EQ(TROV_DescribeEvent(0x01, 0x10, &l), TROV_RESULT_NO_EVENT_CODEC);
+    EXPECT_EQ(TROV_DescribeMethod(0x1FFF, 0x10, 1, &l), TROV_RESULT_NO_METHOD_CODEC);
+    EXPECT_EQ(TROV_DescribeAttribute(0x0001, 0x10, &l), TROV_RESULT_NO_ATTRIBUTE_CODEC);
+    EXPECT_EQ(TROV_DescribeDataType(0x01, 0x10, &l), TROV_RESULT_NO_DATA_TYPE_CODEC);
+    ASSERT_EQ(TROV_DescribeMethod(0x2000, 0x10, 0, &l), 0u);
+    EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
+    EXPECT_EQ(TROV_DescribeBody(0x0b, 0x10, 1, nullptr), 1u);
+    EXPECT_EQ(TROV_DescribeEvent(0x02, 0x10, nullptr), 1u);
+    EXPECT_EQ(TROV_DescribeMethod(0x6b, 0x10, 1, nullptr), 1u);
+    EXPECT_EQ(TROV_DescribeAttribute(0x0002, 0x10, nullptr), 1u);
+    EXPECT_EQ(TROV_DescribeDataType(0x02, 0x10, nullptr), 1u);
+}
+
+} // namespace

@@ -115,7 +115,8 @@ constexpr FixedValueType kOwnFixedTypes[] = {
     {0, 12, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
     {0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
 };
-constexpr Layout kOwnLayouts[] = {parseLayout("o8"), parseLayout("o16")};
+constexpr ValueFields kOct8{fields::oct8}, kOct16{fields::oct16};
+constexpr Plan kOwnLayouts[] = {valuePlan(kOct8), valuePlan(kOct16)};
 
 struct DataTypeShape {
     uint16_t code;
@@ -136,20 +137,20 @@ constexpr size_t kPlainByteRow = 6; // a single byte, no nesting
 
 // Record layouts parsed once, in kRecordValueTypes order; a selector type's
 // four variants sit in their own array.
-const std::vector<Layout> &recordLayouts() {
-    static const std::vector<Layout> layouts = [] {
-        std::vector<Layout> v;
-        for (const RecordValueType &t : kRecordValueTypes) v.push_back(parseLayout(t.fields));
+const std::vector<Plan> &recordLayouts() {
+    static const std::vector<Plan> layouts = [] {
+        std::vector<Plan> v;
+        for (const RecordValueType &t : kRecordValueTypes) v.push_back(valuePlan(t.fields));
         return v;
     }();
     return layouts;
 }
-const std::array<Layout, 4> &selectorVariants() {
-    static const std::array<Layout, 4> variants = [] {
-        std::array<Layout, 4> v{};
+const std::array<Plan, 4> &selectorVariants() {
+    static const std::array<Plan, 4> variants = [] {
+        std::array<Plan, 4> v{};
         for (const RecordValueType &t : kRecordValueTypes)
-            if (t.fields == nullptr)
-                for (int i = 0; i < 4; ++i) v[i] = parseLayout(t.variants[i]);
+            if (t.variants != nullptr)
+                for (int i = 0; i < 4; ++i) v[i] = valuePlan(t.variants->variant[i]);
         return v;
     }();
     return variants;
@@ -163,7 +164,7 @@ const std::array<ValueType, kRows + 1> &rowTypes() {
             t[f.row] = {ValueType::Family::Fixed, f.prefixBytes, &f, nullptr, nullptr};
         for (size_t i = 0; i < std::size(kRecordValueTypes); ++i) {
             const RecordValueType &r = kRecordValueTypes[i];
-            if (r.fields == nullptr)
+            if (r.variants != nullptr)
                 t[r.row] = {ValueType::Family::Selector, 0, nullptr, selectorVariants().data(), nullptr};
             else
                 t[r.row] = {ValueType::Family::Record, r.prefixBytes, nullptr, &recordLayouts()[i], nullptr};
@@ -190,26 +191,6 @@ constexpr std::array<DecodeFn, sizeof...(I)> recordDecoders(std::index_sequence<
 template <size_t... I>
 constexpr std::array<DecodeFn, sizeof...(I)> structureDecoders(std::index_sequence<I...>) {
     return {&StructureValueCodec<kStructureValueTypes, I>::decode...};
-}
-
-// The wire bytes of a layout element with every count 0.
-uint32_t layoutWire(const Layout &l) {
-    uint32_t n = 0;
-    for (int i = 0; i < l.count; ++i) {
-        switch (l.fields[i].kind) {
-        case ValueFieldKind::U8:
-        case ValueFieldKind::Octets8:
-        case ValueFieldKind::Chars8:
-        case ValueFieldKind::U32List: n += 1; break;
-        case ValueFieldKind::U16:
-        case ValueFieldKind::Octets16:
-        case ValueFieldKind::Chars16:
-        case ValueFieldKind::Attributes: n += 2; break;
-        case ValueFieldKind::U32: n += 4; break;
-        case ValueFieldKind::Block12: n += 12; break;
-        }
-    }
-    return n;
 }
 
 } // namespace
@@ -458,69 +439,22 @@ void *RecordBuilder::recordValue(const ValueType &type) {
             return record;
         }
         const uint8_t selector = static_cast<uint8_t>(1 + b % 4);
-        const Layout &variant = type.layout[selector - 1];
-        uint8_t *record = block(8u + variant.fixedBytes);
+        const Plan &variant = type.layout[selector - 1];
+        uint8_t *record = block(8u + variant.record);
         record[0] = selector;
-        recordElement(variant, record + 8);
+        fillFields(variant, record + 8);
         return record;
     }
-    const Layout &layout = *type.layout;
-    if (type.prefixBytes == 0) {
-        uint8_t *record = block(layout.fixedBytes);
-        recordElement(layout, record);
-        return record;
-    }
+    const Plan &layout = *type.layout;
+    if (type.prefixBytes == 0) return planRecord(layout, layout.record);
     uint8_t *head = block(sizeof(AttributeArrayHeader));
-    const uint16_t n = count(2, layoutWire(layout), layout.fixedBytes, true);
+    const uint16_t n = count(2, layout.wireFixed, layout.record, true);
     storeWidth(head, 2, n);
-    uint8_t *elements = zeroed(size_t{n} * layout.fixedBytes, n != 0);
+    uint8_t *elements = zeroed(size_t{n} * layout.record, n != 0);
     storePointer(slot(head, 8), elements);
     if (elements != nullptr)
-        for (uint32_t i = 0; i < n; ++i) recordElement(layout, elements + size_t{i} * layout.fixedBytes);
+        for (uint32_t i = 0; i < n; ++i) fillFields(layout, elements + size_t{i} * layout.record);
     return head;
-}
-
-void RecordBuilder::recordElement(const Layout &layout, uint8_t *element) {
-    for (int i = 0; i < layout.count; ++i) {
-        uint8_t *field = slot(element, layout.fields[i].offset);
-        switch (layout.fields[i].kind) {
-        case ValueFieldKind::U8: in_.fill(field, 1); break;
-        case ValueFieldKind::U16: in_.fill(field, 2); break;
-        case ValueFieldKind::U32: in_.fill(field, 4); break;
-        case ValueFieldKind::Block12: in_.fill(field, 12); break;
-        case ValueFieldKind::Octets8:
-        case ValueFieldKind::Chars8: {
-            const uint16_t n = count(1, 1, 1);
-            field[0] = static_cast<uint8_t>(n);
-            field[1] = unusedHighByte();
-            storePointer(slot(field, 8), bytes(n, n != 0));
-            break;
-        }
-        case ValueFieldKind::Octets16:
-        case ValueFieldKind::Chars16: {
-            const uint16_t n = count(2, 1, 1);
-            storeWidth(field, 2, n);
-            storePointer(slot(field, 8), bytes(n, n != 0));
-            break;
-        }
-        case ValueFieldKind::U32List: {
-            const uint16_t n = count(1, 4, 4);
-            field[0] = static_cast<uint8_t>(n);
-            storePointer(slot(field, 8), bytes(size_t{n} * 4, n != 0));
-            break;
-        }
-        case ValueFieldKind::Attributes: {
-            const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
-            storeWidth(field, 2, n);
-            uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
-            storePointer(slot(field, 8), entries);
-            if (entries != nullptr)
-                for (uint32_t k = 0; k < n; ++k)
-                    attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), EntryContext::List);
-            break;
-        }
-        }
-    }
 }
 
 void RecordBuilder::attributeEntry(uint8_t *at, EntryContext context) {
@@ -673,6 +607,16 @@ void RecordBuilder::structure(const StructField *d, uint8_t *record) {
 // offsets, each counted part a count and a pointer to its own block.
 uint8_t *RecordBuilder::planRecord(const Plan &plan, size_t recordBytes) {
     uint8_t *record = block(recordBytes);
+    fillFields(plan, record);
+    return record;
+}
+
+void RecordBuilder::fillFields(const Plan &plan, uint8_t *record) {
+    // Items are 8-byte elements; other elements are stored as wide as on the wire.
+    auto stride = [](FieldKind kind) -> uint8_t {
+        return kind == FieldKind::ByteU32Items || kind == FieldKind::U32ByteItems ? 8 : kindInfo(kind).wire;
+    };
+    uint16_t pending = 0; // a Count field's value, for the run behind it
     for (uint8_t i = 0; i < plan.count; ++i) {
         const Field &f = plan.fields[i];
         const KindInfo &k = kindInfo(f.kind);
@@ -682,6 +626,23 @@ uint8_t *RecordBuilder::planRecord(const Plan &plan, size_t recordBytes) {
         case FieldKind::Reserved8: in_.fill(field, 1); break;
         case FieldKind::Buffer: break;
         case FieldKind::Option: option(field, field + 1, slot(record, f.data)); break;
+        case FieldKind::Count: { // the run that follows takes the count
+            const FieldKind run = plan.fields[i + 1].kind;
+            pending = count(f.prefix, kindInfo(run).wire, stride(run));
+            storeWidth(field, f.prefix, pending);
+            break;
+        }
+        case FieldKind::Attributes:
+        case FieldKind::EventAttributes: {
+            const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
+            storeWidth(field, 2, n);
+            uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
+            storePointer(slot(field, offsetof(AttributeList, entries)), entries);
+            const EntryContext context = f.kind == FieldKind::Attributes ? EntryContext::List : EntryContext::Event;
+            if (entries != nullptr)
+                for (uint32_t k = 0; k < n; ++k) attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), context);
+            break;
+        }
         case FieldKind::Attribute: {
             const uint16_t id = attributeId();
             storeWidth(field, 2, id);
@@ -716,18 +677,20 @@ uint8_t *RecordBuilder::planRecord(const Plan &plan, size_t recordBytes) {
                 in_.fill(field, k.wire);
                 break;
             }
-            // Items are 8-byte elements; other elements are stored as wide as on the wire.
-            const uint8_t stride = f.kind == FieldKind::ByteU32Items ? 8 : k.wire;
+            if (f.prefix == 0 && f.kind != FieldKind::Rest) { // behind its Count: the pointer alone
+                storePointer(slot(record, f.data), bytes(size_t{pending} * stride(f.kind), pending != 0));
+                break;
+            }
             const uint8_t prefix = f.kind == FieldKind::Rest ? 2 : f.prefix;
-            const uint16_t n = count(prefix, k.wire, stride);
-            if (f.countWidth > prefix) storeWidth(field, f.countWidth, static_cast<uint16_t>(unusedHighByte() << 8 | n));
+            const uint16_t n = count(prefix, k.wire, stride(f.kind));
+            // A one-byte count leaves the head's next byte to junk: encoders read the first.
+            if (prefix == 1) storeWidth(field, 2, static_cast<uint16_t>(unusedHighByte() << 8 | n));
             else storeWidth(field, prefix, n);
-            storePointer(slot(record, f.data), bytes(size_t{n} * stride, n != 0));
+            storePointer(slot(record, f.data), bytes(size_t{n} * stride(f.kind), n != 0));
             break;
         }
         }
     }
-    return record;
 }
 
 void *RecordBuilder::bodyRecord(const BodyLayout &layout) { return planRecord(*layout.plan, layout.recordBytes); }
@@ -761,44 +724,6 @@ MethodBody *RecordBuilder::methodBody() {
         body->params = nullptr;
     }
     return body;
-}
-
-// An attribute event's record: fields, counted runs, the attribute list.
-void *RecordBuilder::attributeEvent(const AttributeEventPlan &plan) {
-    using Item = AttributeEventItem;
-    uint8_t *record = block(plan.record);
-    uint16_t pending = 0;
-    for (uint8_t s = 0; s < plan.count; ++s) {
-        const AttributeEventStep step = plan.steps[s];
-        uint8_t *field = slot(record, step.offset);
-        switch (step.item) {
-        case Item::U8:
-        case Item::U16:
-        case Item::U32: in_.fill(field, attributeEventWidth(step.item)); break;
-        case Item::Count8:
-        case Item::Count16: { // the run that follows takes the count
-            const AttributeEventRun run = attributeEventRun(plan.steps[s + 1].item);
-            const auto width = static_cast<uint8_t>(attributeEventWidth(step.item));
-            pending = count(width, run.wireBytes, run.stride);
-            storeWidth(field, width, pending);
-            break;
-        }
-        case Item::Attributes: {
-            const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
-            storeWidth(field, 2, n);
-            uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
-            storePointer(slot(field, offsetof(AttributeList, entries)), entries);
-            if (entries != nullptr)
-                for (uint32_t k = 0; k < n; ++k)
-                    attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), EntryContext::Event);
-            break;
-        }
-        default: // a run of `pending` elements at the run's stride
-            storePointer(field, bytes(size_t{pending} * attributeEventRun(step.item).stride, pending != 0));
-            break;
-        }
-    }
-    return record;
 }
 
 // 0xC4 and 0xC5: a head whose first 8 bytes point at the structure.

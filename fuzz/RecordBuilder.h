@@ -93,7 +93,7 @@ struct ValueType {
     Family family = Family::None;
     uint8_t prefixBytes = 0;                      // the array form's count prefix; 0 scalar only
     const trov::FixedValueType *fixed = nullptr;  // Fixed
-    const trov::Layout *layout = nullptr;         // Record: the element; Selector: variants 1 to 4
+    const trov::Plan *layout = nullptr;            // Record: the element; Selector: variants 1 to 4
     const trov::StructField *structure = nullptr; // Structure
 };
 
@@ -173,8 +173,7 @@ public:
     // ---- records ----
     void *bodyRecord(const trov::BodyLayout &layout);
     MethodBody *methodBody();
-    void *stringEvent(const trov::Plan &plan) { return planRecord(plan, plan.record); }
-    void *attributeEvent(const trov::AttributeEventPlan &plan);
+    void *event(const trov::Plan &plan) { return planRecord(plan, plan.record); }
     void *structureEvent(); // 0xC4, 0xC5
 
 private:
@@ -196,7 +195,7 @@ private:
     void *value(const ValueType &type);
     void *fixedValue(const trov::FixedValueType &type);
     void *recordValue(const ValueType &type);
-    void recordElement(const trov::Layout &layout, uint8_t *element);
+    void fillFields(const trov::Plan &plan, uint8_t *record);
     // An AttributeEntry at `entry`: identifier, length, value.
     void attributeEntry(uint8_t *entry, EntryContext context);
     // The record of descriptor d at `record` (structRecordSize(d) zeroed

@@ -20,37 +20,20 @@ namespace {
 using namespace trovfuzz;
 using Bytes = std::vector<uint8_t>;
 
-// An event code's four operations and how to build its record.
-struct EventCodec {
-    uint16_t code;
-    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t flag, trov::RecordSize *size);
-    void *(*decode)(void *record, PacketCursor *cursor, uint8_t flag);
-    TrovResult (*encCalc)(const void *record, uint16_t *packetBytes);
-    void (*encode)(PacketCursor *cursor, const void *record);
-    const trov::Plan *stringPlan;                  // string events
-    const trov::AttributeEventPlan *attributePlan; // attribute events; neither: 0xC4, 0xC5
-};
+using trov::EventCodec;
 
+// Both families' codes, each with its operations and plan (null: 0xC4, 0xC5).
 const std::vector<EventCodec> &eventCodecs() {
     static const std::vector<EventCodec> codecs = [] {
-        std::vector<EventCodec> v;
-        for (const trov::StringEventCodec &c : trov::kStringEventCodecs)
-            v.push_back({c.code, c.ops.decCalc, c.ops.decode, c.ops.encCalc, c.ops.encode,
-                         &trov::stringEventPlan(c.code), nullptr});
-        for (const trov::AttributeEventCodec &c : trov::kAttributeEventCodecs) {
-            const int layout = trov::attributeEventLayoutOf(c.code);
-            v.push_back({c.code, c.decCalc, c.decode, c.encCalc, c.encode, nullptr,
-                         layout < 0 ? nullptr : &trov::kAttributeEventPlans[static_cast<size_t>(layout)]});
-        }
+        std::vector<EventCodec> v(trov::kStringEventCodecs.begin(), trov::kStringEventCodecs.end());
+        v.insert(v.end(), trov::kAttributeEventCodecs.begin(), trov::kAttributeEventCodecs.end());
         return v;
     }();
     return codecs;
 }
 
 void *buildRecord(RecordBuilder &builder, const EventCodec &codec) {
-    if (codec.stringPlan != nullptr) return builder.stringEvent(*codec.stringPlan);
-    if (codec.attributePlan != nullptr) return builder.attributeEvent(*codec.attributePlan);
-    return builder.structureEvent();
+    return codec.plan != nullptr ? builder.event(*codec.plan) : builder.structureEvent();
 }
 
 // Encode into exactly `n` bytes, which it must fill.

@@ -460,23 +460,11 @@ INSTANTIATE_TEST_SUITE_P(EveryType, DataTypeExtent,
 
 // ---- events and event lists -------------------------------------------------------------
 
-void attributeEventWire(Wire &w, const AttributeEventLayout &l, uint32_t n) {
-    uint32_t count = 0;
-    for (AttributeEventItem item : l.items) {
-        if (item == AttributeEventItem::End) return;
-        if (item == AttributeEventItem::Count8 || item == AttributeEventItem::Count16)
-            w.number(attributeEventWidth(item), count = fit(n, attributeEventWidth(item)));
-        else if (item == AttributeEventItem::Attributes) itemListWire(w, n, 2, 2, {kCharsRow, kRawRow, kProfileRow});
-        else if (attributeEventIsRun(item)) w.fill(count * attributeEventRun(item).wireBytes);
-        else w.fill(attributeEventWidth(item)); // a scalar; a head has no wire bytes
-    }
-}
-
 Wire eventWire(uint16_t code, uint32_t n) {
     Wire w;
-    for (const StringEventLayout &l : kStringEventLayouts)
-        if (std::find(std::begin(l.codes), std::end(l.codes), code) != std::end(l.codes)) planWire(w, kStringEventPlans[static_cast<size_t>(&l - kStringEventLayouts)], n);
-    if (const int row = attributeEventLayoutOf(code); row >= 0) attributeEventWire(w, kAttributeEventLayouts[row], n);
+    const EventCodec *c = findStringEventOps(code);
+    if (c == nullptr) c = findAttributeEventCodec(code);
+    if (c != nullptr && c->plan != nullptr) planWire(w, *c->plan, n);
     if (code == 0xC4 || code == 0xC5) structureWire(w, structure_event::kBody, n);
     return w;
 }

@@ -23,8 +23,8 @@ TEST(EventTable, HoldsEveryCodeOfBothFamiliesOnce) {
     size_t rows = 0;
     for (const EventCodecRow *r = FUEventCodecTable; r->code != 0; ++r, ++rows)
         EXPECT_TRUE(table.insert(r->code).second) << r->code;
-    for (const StringEventCodec &c : kStringEventCodecs) families.insert(c.code);
-    for (const AttributeEventCodec &c : kAttributeEventCodecs) families.insert(c.code);
+    for (const EventCodec &c : kStringEventCodecs) families.insert(c.code);
+    for (const EventCodec &c : kAttributeEventCodecs) families.insert(c.code);
     EXPECT_EQ(rows, 120u);
     EXPECT_EQ(table, families);
 }

@@ -81,7 +81,7 @@ TEST(StringEventGolden, HandWorkedBodies) {
     TROV_InitCoder();
     for (const Golden &g : kGolden) {
         SCOPED_TRACE(g.what);
-        const StringEventOps &ops = *findStringEventOps(g.code);
+        const EventCodec &ops = *findStringEventOps(g.code);
         Bytes body = g.body;
         PacketCursor c{body.data(), static_cast<uint32_t>(body.size())};
         RecordSize size{};

@@ -39,61 +39,22 @@ constexpr TrovLayoutInfo info(const char *record, uint16_t recordBytes, uint16_t
 
 // ---- events ------------------------------------------------------------------------
 
-struct StringEventFields {
-    static constexpr FieldList make(size_t i) { return describePlan(kStringEventPlans[i]); }
+// The descriptions of one family's plans, in the order of its layouts.
+template <const auto &Plans>
+struct EventFields {
+    static constexpr FieldList make(size_t i) { return describePlan(Plans[i]); }
 };
 
-template <size_t... I>
-constexpr std::array<TrovLayoutInfo, sizeof...(I)> stringEventInfos(std::index_sequence<I...>) {
-    return {info(nullptr, kStringEventPlans[I].record, fieldCount<StringEventFields, I>(),
-                 fieldArray<StringEventFields, I>(), TROV_LAYOUT_FIELDS, 0, kStringEventPlans[I].wireFixed)...};
+template <const auto &Plans, size_t... I>
+constexpr auto eventInfos(std::index_sequence<I...>) {
+    return std::array<TrovLayoutInfo, sizeof...(I)>{
+        info(nullptr, Plans[I].record, fieldCount<EventFields<Plans>, I>(), fieldArray<EventFields<Plans>, I>(),
+             TROV_LAYOUT_FIELDS, 0, Plans[I].wireFixed)...};
 }
-constexpr auto kStringEventInfos = stringEventInfos(std::make_index_sequence<kStringEventLayoutCount>{});
-
-// An attribute event's steps in the field model's kinds: runs behind their
-// counts hold a pointer alone, the list is an AttributeList head.
-constexpr Field attributeEventField(const AttributeEventStep &s) {
-    using I = AttributeEventItem;
-    Field f{FieldKind::U8};
-    switch (s.item) {
-    case I::U8: break;
-    case I::U16: f = fields::u16; break;
-    case I::U32: f = fields::u32; break;
-    case I::Count8: f = fields::count8; break;
-    case I::Count16: f = fields::count16; break;
-    case I::Octets: f = fields::octets; break;
-    case I::BytePairs: f = fields::pairs; break;
-    case I::U32s: f = fields::u32s; break;
-    case I::U32U8Items: f = fields::items5; break;
-    default: f = fields::eventAttrs; break;
-    }
-    f.offset = s.offset;
-    f.data = attributeEventIsRun(s.item) ? s.offset : kNoData;
-    return f;
-}
-
-struct AttributeEventFields {
-    static constexpr FieldList make(size_t i) {
-        const AttributeEventPlan &p = kAttributeEventPlans[i];
-        FieldList out;
-        for (uint8_t s = 0; s < p.count; ++s) {
-            const bool countBefore = s > 0 && (p.steps[s - 1].item == AttributeEventItem::Count8 ||
-                                               p.steps[s - 1].item == AttributeEventItem::Count16);
-            out.at[out.count++] = describeField(attributeEventField(p.steps[s]), s, countBefore);
-        }
-        return out;
-    }
-};
-
-template <size_t... I>
-constexpr std::array<TrovLayoutInfo, sizeof...(I)> attributeEventInfos(std::index_sequence<I...>) {
-    // The wire bytes include the list's u16 count.
-    return {info(nullptr, kAttributeEventPlans[I].record, fieldCount<AttributeEventFields, I>(),
-                 fieldArray<AttributeEventFields, I>(), TROV_LAYOUT_FIELDS, 0,
-                 static_cast<uint16_t>(kAttributeEventPlans[I].wireFixed + 2))...};
-}
+constexpr auto kStringEventInfos =
+    eventInfos<kStringEventPlans>(std::make_index_sequence<kStringEventPlans.size()>{});
 constexpr auto kAttributeEventInfos =
-    attributeEventInfos(std::make_index_sequence<kAttributeEventLayoutCount>{});
+    eventInfos<kAttributeEventPlans>(std::make_index_sequence<kAttributeEventPlans.size()>{});
 
 // The rows of the built-in FU event table: every code of the two families.
 constexpr size_t kEventRows = kStringEventCodecs.size() + kAttributeEventCodecs.size();
@@ -102,17 +63,16 @@ constexpr size_t kEventRows = kStringEventCodecs.size() + kAttributeEventCodecs.
 constexpr TrovLayoutInfo kStructureEventInfo =
     info(nullptr, sizeof(structure_event::Event), 0, nullptr, TROV_LAYOUT_STRUCTURE, 0, 0);
 
-// The description of the event a row decodes: the family is the one whose
-// operations the row holds.
+// The description of the event a row decodes, found through the plan its
+// operations run.
 const TrovLayoutInfo *describeEventRow(const EventCodecRow &row) {
-    if (const StringEventOps *s = findStringEventOps(row.code); s != nullptr && s->decode == row.decode)
-        for (size_t i = 0; i < kStringEventLayoutCount; ++i)
-            for (uint16_t c : kStringEventLayouts[i].codes)
-                if (c != 0 && c == row.code) return &kStringEventInfos[i];
-    const AttributeEventCodec *a = findAttributeEventCodec(row.code);
-    if (a == nullptr || a->decode != row.decode) return nullptr;
-    const int layout = attributeEventLayoutOf(row.code);
-    return layout >= 0 ? &kAttributeEventInfos[static_cast<size_t>(layout)] : &kStructureEventInfo;
+    const EventCodec *c = findStringEventOps(row.code);
+    if (c == nullptr) c = findAttributeEventCodec(row.code);
+    if (c == nullptr || c->decode != row.decode) return nullptr;
+    if (c->plan == nullptr) return &kStructureEventInfo;
+    if (within(c->plan, kStringEventPlans.data(), kStringEventPlans.size()))
+        return &kStringEventInfos[static_cast<size_t>(c->plan - kStringEventPlans.data())];
+    return &kAttributeEventInfos[static_cast<size_t>(c->plan - kAttributeEventPlans.data())];
 }
 
 // ---- methods -------------------------------------------------------------------------

@@ -184,6 +184,8 @@ struct PlanRules {
     // The decode pass writes the zero behind characters into their spare
     // byte; otherwise the spare byte keeps what the (zeroed) data area holds.
     bool terminateChars = false;
+    // The decode pass zeroes the record's fixed part before it fills it.
+    bool zeroFixedPart = false;
 };
 
 struct Plan {

@@ -1,13 +1,10 @@
-// Events with an attribute list: the size and read passes of an event's
-// attribute list, the generic walks over a layout's plan (size, read, and the
-// encoding mirror of both), and the two structure events.
+// Events with an attribute list: the four passes of an event's attribute
+// list (the field model's walker runs the fields around it), and the two
+// structure events.
 //
-// The size pass checks what the body holds and adds up two figures: the
-// protocol's record size in 16-bit arithmetic, which wraps and which is short
-// on purpose in two places (the bare lists leave out their 16-byte head, and
-// 0xBE counts its items at 5 bytes where they decode into 8), and the extent
-// that Decode really writes, in 32 bits. Callers report the first and
-// allocate the second.
+// The size pass adds up two figures: the protocol's record size in 16-bit
+// arithmetic, which wraps, and the extent that Decode really writes, in 32
+// bits. Callers report the first and allocate the second.
 #include "events/AttributeEvents.h"
 
 #include <cstddef>
@@ -19,16 +16,12 @@
 namespace trov {
 namespace {
 
-using Item = AttributeEventItem;
-
 // Every attribute inside an event is looked up and coded at version 0,
 // whatever the packet's version, and in array form at the top nesting depth.
 constexpr uint8_t kValueVersion = 0;
 constexpr uint8_t kValueForm = 1;
 
 const AttributeCodecRow *eventAttributeCodec(uint16_t id) { return lookupAttribute(id, kValueVersion); }
-
-constexpr uint32_t roundUp8u32(uint32_t n) { return (n + 7u) & ~7u; }
 
 // A raw value may announce more bytes than the packet holds (the size pass
 // lets the last one through): copy what is there, the rest reads as 0, and
@@ -37,41 +30,6 @@ void copyRaw(PacketCursor &c, uint8_t *dst, uint16_t length) {
     const uint32_t have = length < c.remaining ? length : c.remaining;
     getBytes(c, dst, have);
     if (have < length) std::memset(dst + have, 0, length - have);
-}
-
-// Reads `count` elements of a run into `data`; returns the 8-aligned address
-// behind them and the spare byte.
-uint8_t *readRun(PacketCursor &c, Item item, uint8_t *data, uint32_t count) {
-    const AttributeEventRun run = attributeEventRun(item);
-    switch (item) {
-    case Item::U32s: getU32Array(c, data, count); break;
-    case Item::U32U8Items:
-        for (uint32_t i = 0; i < count; ++i) {
-            uint8_t *element = data + i * run.stride;
-            std::memset(element, 0, run.stride);
-            storeField<uint32_t>(element, 0, getU32(c));
-            storeField<uint8_t>(element, 4, getU8(c));
-        }
-        break;
-    default: getBytes(c, data, count * run.wireBytes); break;
-    }
-    return data + roundUp8u32(count * run.stride + run.spare);
-}
-
-void writeRun(PacketCursor &c, Item item, const uint8_t *data, uint32_t count) {
-    const AttributeEventRun run = attributeEventRun(item);
-    switch (item) {
-    case Item::U32s:
-        for (uint32_t i = 0; i < count; ++i) putU32(c, loadField<uint32_t>(data, 4 * i));
-        break;
-    case Item::U32U8Items:
-        for (uint32_t i = 0; i < count; ++i) {
-            putU32(c, loadField<uint32_t>(data, i * run.stride));
-            putU8(c, loadField<uint8_t>(data, i * run.stride + 4));
-        }
-        break;
-    default: putBytes(&c, data, count * run.wireBytes); break;
-    }
 }
 
 } // namespace
@@ -93,10 +51,10 @@ TrovResult eventAttributeListDecCalc(PacketCursor &cursor, Sizes &size) {
             // reads; the announced length plays no part.
             RecordSize value{};
             if (TrovResult r = row->ops.decCalc(&c, kValueForm, &value, kValueVersion)) return r;
-            list.add(roundUp8u16(value.bytes), roundUp8u32(value.extent));
+            list.add(roundUp8u16(value.bytes), alignTo(value.extent, 8));
         } else {
             skipClamped(c, length);
-            list.add(roundUp8u16(length), roundUp8u32(length));
+            list.add(roundUp8u16(length), alignTo(length, 8));
         }
     }
     cursor = c;
@@ -120,7 +78,7 @@ uint8_t *eventAttributeListDecode(PacketCursor &cursor, void *head, uint8_t *are
             entry.length = 0;
         } else {
             copyRaw(cursor, next, entry.length);
-            next += roundUp8u32(entry.length);
+            next += alignTo(entry.length, 8);
         }
     }
     return static_cast<uint8_t *>(alignUp8(next));
@@ -166,120 +124,16 @@ void eventAttributeListEncode(PacketCursor &cursor, const void *head) {
     }
 }
 
-// ---- the layouts -----------------------------------------------------------------
-
-TrovResult attributeEventDecCalc(const AttributeEventPlan &plan, PacketCursor *cursor, RecordSize *size) {
-    if (cursor == nullptr || cursor->position == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    const PacketCursor start = *cursor;
-    if (lacks(start, plan.wireFixed)) return TROV_RESULT_SHORT_INPUT;
-    PacketCursor c = start;
-    Sizes total;
-    total.add(plan.reportedFixed, plan.record);
-    // The fixed wire bytes are known present; each run extends what the body
-    // must hold, counted from its start, before the run is passed over.
-    uint32_t need = plan.wireFixed;
-    uint32_t count = 0;
-    for (uint8_t s = 0; s < plan.count; ++s) {
-        const Item item = plan.steps[s].item;
-        if (item == Item::Count8) {
-            count = getU8(c);
-        } else if (item == Item::Count16) {
-            count = getU16(c);
-        } else if (const uint16_t width = attributeEventWidth(item); width != 0) {
-            advance(c, width);
-        } else if (attributeEventIsRun(item)) {
-            const AttributeEventRun run = attributeEventRun(item);
-            need += count * run.wireBytes;
-            if (lacks(start, need)) return TROV_RESULT_SHORT_INPUT;
-            advance(c, count * run.wireBytes);
-            // Reported at the wire size plus the spare byte; written at the
-            // element stride (larger for 0xBE's items, whose report is short).
-            if (count != 0)
-                total.add(roundUp8u16(count * run.wireBytes + run.spare),
-                          roundUp8u32(count * run.stride + run.spare));
-        } else if (item == Item::Attributes) {
-            if (TrovResult r = eventAttributeListDecCalc(c, total)) return r;
-        }
-    }
-    *cursor = c;
-    *size = RecordSize{total.bytes, total.extent};
-    return TROV_RESULT_OK;
-}
-
-void *attributeEventDecode(const AttributeEventPlan &plan, void *record, PacketCursor *cursor) {
-    auto *base = static_cast<uint8_t *>(record);
-    PacketCursor &c = *cursor;
-    std::memset(base, 0, plan.record);
-    uint8_t *data = base + plan.record;
-    uint32_t count = 0;
-    for (uint8_t s = 0; s < plan.count; ++s) {
-        const AttributeEventStep step = plan.steps[s];
-        switch (step.item) {
-        case Item::U8: storeField<uint8_t>(base, step.offset, getU8(c)); break;
-        case Item::U16: storeField<uint16_t>(base, step.offset, getU16(c)); break;
-        case Item::U32: storeField<uint32_t>(base, step.offset, getU32(c)); break;
-        case Item::Count8:
-            count = getU8(c);
-            storeField<uint8_t>(base, step.offset, static_cast<uint8_t>(count));
-            break;
-        case Item::Count16:
-            count = getU16(c);
-            storeField<uint16_t>(base, step.offset, static_cast<uint16_t>(count));
-            break;
-        case Item::Attributes: return eventAttributeListDecode(c, base + step.offset, data);
-        default:
-            if (attributeEventIsRun(step.item) && count != 0) {
-                storeField<uint8_t *>(base, step.offset, data);
-                data = readRun(c, step.item, data, count);
-            }
-            break;
-        }
-    }
-    return data;
-}
-
-TrovResult attributeEventEncCalc(const AttributeEventPlan &plan, const void *record, uint16_t *packetBytes) {
-    if (record == nullptr || packetBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    WireSize total = WireSize::of(plan.wireFixed);
-    uint32_t count = 0;
-    for (uint8_t s = 0; s < plan.count; ++s) {
-        const AttributeEventStep step = plan.steps[s];
-        if (step.item == Item::Count8) {
-            count = loadField<uint8_t>(record, step.offset);
-        } else if (step.item == Item::Count16) {
-            count = loadField<uint16_t>(record, step.offset);
-        } else if (attributeEventIsRun(step.item)) {
-            if (count != 0 && loadField<const void *>(record, step.offset) == nullptr)
-                return TROV_RESULT_NULL_ARGUMENT;
-            total.add(count * attributeEventRun(step.item).wireBytes);
-        } else if (step.item == Item::Attributes) {
-            if (TrovResult r = eventAttributeListEncCalc(static_cast<const uint8_t *>(record) + step.offset, total))
-                return r;
-        }
-    }
-    if (total.nullData) return TROV_RESULT_NULL_ARGUMENT;
-    if (total.extent > 0xFFFF) return TROV_RESULT_SHORT_INPUT; // no 16-bit size can state it
-    *packetBytes = total.bytes;
-    return TROV_RESULT_OK;
-}
-
-void attributeEventEncode(const AttributeEventPlan &plan, PacketCursor *cursor, const void *record) {
-    const auto *base = static_cast<const uint8_t *>(record);
-    PacketCursor &c = *cursor;
-    uint32_t count = 0;
-    for (uint8_t s = 0; s < plan.count; ++s) {
-        const AttributeEventStep step = plan.steps[s];
-        if (const uint16_t width = attributeEventWidth(step.item); width != 0) {
-            putValue(c, base + step.offset, width);
-            if (step.item == Item::Count8) count = loadField<uint8_t>(base, step.offset);
-            if (step.item == Item::Count16) count = loadField<uint16_t>(base, step.offset);
-        } else if (attributeEventIsRun(step.item)) {
-            writeRun(c, step.item, loadField<const uint8_t *>(base, step.offset), count);
-        } else if (step.item == Item::Attributes) {
-            eventAttributeListEncode(c, base + step.offset);
-        }
-    }
-}
+// The list as the walker runs it (the nesting depth and the packet's
+// version play no part: event attributes are coded at version 0).
+const ListOps kEventAttributeLists{
+    [](const void *head, uint8_t, uint8_t, WireSize &size) { return eventAttributeListEncCalc(head, size); },
+    [](PacketCursor &c, const void *head, uint8_t, uint8_t) { eventAttributeListEncode(c, head); },
+    [](PacketCursor &c, uint8_t, uint8_t, Sizes &data) { return eventAttributeListDecCalc(c, data); },
+    [](PacketCursor &c, void *head, uint8_t *data, uint8_t, uint8_t) {
+        return eventAttributeListDecode(c, head, data);
+    },
+};
 
 // ---- the structure events ------------------------------------------------------------
 

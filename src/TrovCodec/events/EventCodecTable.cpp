@@ -15,9 +15,9 @@ namespace {
 // The row of an event code, from whichever family decodes it. A code that
 // neither family knows dereferences null here and fails to compile.
 consteval EventCodecRow eventRow(uint16_t code) {
-    if (const StringEventOps *s = findStringEventOps(code)) return {code, 0, s->decCalc, s->decode};
-    const AttributeEventCodec *a = findAttributeEventCodec(code);
-    return {code, 0, a->decCalc, a->decode};
+    const EventCodec *c = findStringEventOps(code);
+    if (c == nullptr) c = findAttributeEventCodec(code);
+    return {code, 0, c->decCalc, c->decode};
 }
 
 static_assert(kStringEventCodecs.size() + kAttributeEventCodecs.size() == 120,

@@ -27,28 +27,9 @@
 #include <iterator>
 #include <utility>
 
-#include "api/Dispatch.h"
-#include "engine/Field.h"
+#include "events/EventLayout.h"
 
 namespace trov {
-
-inline constexpr int kMaxEventFields = 20;
-inline constexpr int kMaxLayoutCodes = 4;
-
-// One row: the codes that share the layout, its fields, and the figures the
-// derived plan must reproduce.
-struct StringEventLayout {
-    uint16_t codes[kMaxLayoutCodes];    // 0-terminated
-    Field fields[kMaxEventFields];      // wire order, End-terminated
-    uint16_t prefix; // wire bytes when every count and length is 0; for the
-                     // one-string layouts, the bytes before the string data
-    uint16_t record; // bytes of the record's fixed part, a multiple of 8
-    // The length tests compare against the remaining bytes plus `slack`. Only
-    // 0x30 has one: it tests 71 bytes where its prefix is 87, so a body up to
-    // 16 bytes short passes. Reads never go past the cursor: missing bytes
-    // read as 0 and the cursor stops at the end.
-    uint8_t slack;
-};
 
 // ---- the layouts ---------------------------------------------------------------
 
@@ -60,73 +41,75 @@ inline constexpr Field str16 = oct16;
 inline constexpr Field items = items8;
 constexpr Field block(uint16_t n) { return bytes(n); }
 
-inline constexpr StringEventLayout kStringEventLayouts[] = {
+inline constexpr EventLayout kStringEventLayouts[] = {
     // Fixed fields, then one u8-counted string.
-    {{0x02, 0x03, 0x48, 0xDA}, {u32, u8, str8}, 6, 24, 0},
-    {{0x04}, {u8, str8}, 2, 24, 0},
-    {{0x05}, {u8, u8, u8, u8, u16, u32, u32, u8, str8}, 16, 40, 0},
-    {{0x0B}, {u32, u8, u32, str8}, 10, 32, 0},
-    {{0x0E, 0x45}, {u16, u32, u32, u32, u16, u16, u16, u16, u16, str8}, 25, 48, 0},
-    {{0x0F}, {u16, u8, u8, u8, u16, str8}, 8, 24, 0},
-    {{0x10}, {u32, u32, u32, u16, u16, u16, u16, u16, str8}, 23, 40, 0},
-    {{0x11}, {u16, u32, u32, u32, u16, u16, u16, u16, u16, u16, u16, u16, str8}, 31, 48, 0},
-    {{0x12}, {u16, u32, u32, u32, u32, u32, u32, u32, u32, u16, u16, u16, str8}, 41, 64, 0},
-    {{0x13, 0x14, 0x82}, {u32, str8}, 5, 24, 0},
-    {{0x18, 0x43, 0xDB}, {u16, u32, u8, str8}, 8, 32, 0},
-    {{0x1A}, {u8, u32, str8}, 6, 24, 0},
-    {{0x28}, {u16, u32, u32, u32, u32, u16, u8, str8}, 22, 40, 0},
-    {{0x2D}, {u16, u32, u8, u8, str8}, 9, 32, 0},
-    {{0x3A}, {u16, u32, u8, u32, str8}, 12, 32, 0},
+    {{0x02, 0x03, 0x48, 0xDA}, {u32, u8, str8}, 6, 24},
+    {{0x04}, {u8, str8}, 2, 24},
+    {{0x05}, {u8, u8, u8, u8, u16, u32, u32, u8, str8}, 16, 40},
+    {{0x0B}, {u32, u8, u32, str8}, 10, 32},
+    {{0x0E, 0x45}, {u16, u32, u32, u32, u16, u16, u16, u16, u16, str8}, 25, 48},
+    {{0x0F}, {u16, u8, u8, u8, u16, str8}, 8, 24},
+    {{0x10}, {u32, u32, u32, u16, u16, u16, u16, u16, str8}, 23, 40},
+    {{0x11}, {u16, u32, u32, u32, u16, u16, u16, u16, u16, u16, u16, u16, str8}, 31, 48},
+    {{0x12}, {u16, u32, u32, u32, u32, u32, u32, u32, u32, u16, u16, u16, str8}, 41, 64},
+    {{0x13, 0x14, 0x82}, {u32, str8}, 5, 24},
+    {{0x18, 0x43, 0xDB}, {u16, u32, u8, str8}, 8, 32},
+    {{0x1A}, {u8, u32, str8}, 6, 24},
+    {{0x28}, {u16, u32, u32, u32, u32, u16, u8, str8}, 22, 40},
+    {{0x2D}, {u16, u32, u8, u8, str8}, 9, 32},
+    {{0x3A}, {u16, u32, u8, u32, str8}, 12, 32},
     // Nine record fields for eight wire fields: the u8 at record offset 1 is
     // never written; the second wire byte goes to offset 2.
-    {{0x3C}, {u8, gap8, u8, u8, u16, u32, u32, u8, u8, str8}, 16, 40, 0},
-    {{0x3F}, {u16, u32, u16, u32, u8, u8, u8, u8, u16, u32, u32, u8, u8, str8}, 29, 56, 0},
-    {{0x40}, {u16, u32, u8, u16, u16, u8, u8, u16, u8, u8, u16, str8}, 20, 40, 0},
-    {{0x41}, {u16, u32, u8, u16, u16, str8}, 12, 32, 0},
-    {{0x42}, {u16, u32, u8, u8, u8, u8, u16, u32, u32, u8, u8, str8}, 23, 48, 0},
-    {{0x44}, {u16, u32, u8, u8, u8, u8, u8, str8}, 12, 32, 0},
-    {{0x46, 0x47}, {u8, u8, str8}, 3, 24, 0},
-    {{0x4A}, {u8, u8, u32, u8, u8, u16, u32, u32, u8, u8, u8, str8}, 22, 40, 0},
-    {{0x52, 0xD9, 0xDF}, {u32, u32, str8}, 9, 24, 0},
-    {{0x55}, {u16, u32, u32, u32, u16, u16, str8}, 19, 40, 0},
-    {{0x57}, {u32, u32, u8, u16, str8}, 12, 32, 0},
-    {{0x58}, {u16, u32, u32, u32, u32, u32, u32, u16, u8, str8}, 30, 48, 0},
-    {{0x59}, {u16, u32, u32, u32, u16, str8}, 17, 40, 0},
-    {{0x5A}, {u32, u32, u32, str8}, 13, 32, 0},
-    {{0x5B}, {u32, u8, u8, str8}, 7, 24, 0},
-    {{0x5C}, {u16, u32, u8, u8, u8, u8, u8, u8, str8}, 13, 32, 0},
-    {{0x6A}, {u16, u32, u32, u8, u32, u32, u8, u16, u8, u8, u32, u8, u8, u16, u8, u32, str8}, 38, 64, 0},
-    {{0x71}, {u16, u32, u32, u8, u32, u32, u8, u32, u32, u8, u32, str8}, 34, 64, 0},
-    {{0x7A}, {u32, u8, u16, u16, u32, str8}, 14, 32, 0},
-    {{0x7D}, {u16, u32, u8, u32, u32, u8, str8}, 17, 40, 0},
-    {{0x81}, {u16, u32, u32, u8, u32, u32, u8, u8, u32, u32, u8, u16, u32, str8}, 37, 64, 0},
-    {{0x9C, 0xA1}, {u16, u32, u32, u32, u32, str8}, 19, 40, 0},
-    {{0x9D}, {u16, u32, u32, u32, u16, u32, str8}, 21, 40, 0},
-    {{0x9E}, {u16, u32, u32, u32, u32, u32, u16, u16, u16, str8}, 29, 48, 0},
-    {{0x9F}, {u16, u32, u32, u32, u32, u32, u32, u32, u8, str8}, 32, 56, 0},
-    {{0xA0}, {u16, u32, u32, u32, u32, u32, u8, str8}, 24, 48, 0},
-    {{0xB3}, {u16, u32, u32, u32, u32, u32, u32, u8, u32, u8, str8}, 33, 56, 0},
-    {{0xDE}, {u32, u8, u8, u8, u8, u32, u32, u16, u32, str8}, 23, 40, 0},
+    {{0x3C}, {u8, gap8, u8, u8, u16, u32, u32, u8, u8, str8}, 16, 40},
+    {{0x3F}, {u16, u32, u16, u32, u8, u8, u8, u8, u16, u32, u32, u8, u8, str8}, 29, 56},
+    {{0x40}, {u16, u32, u8, u16, u16, u8, u8, u16, u8, u8, u16, str8}, 20, 40},
+    {{0x41}, {u16, u32, u8, u16, u16, str8}, 12, 32},
+    {{0x42}, {u16, u32, u8, u8, u8, u8, u16, u32, u32, u8, u8, str8}, 23, 48},
+    {{0x44}, {u16, u32, u8, u8, u8, u8, u8, str8}, 12, 32},
+    {{0x46, 0x47}, {u8, u8, str8}, 3, 24},
+    {{0x4A}, {u8, u8, u32, u8, u8, u16, u32, u32, u8, u8, u8, str8}, 22, 40},
+    {{0x52, 0xD9, 0xDF}, {u32, u32, str8}, 9, 24},
+    {{0x55}, {u16, u32, u32, u32, u16, u16, str8}, 19, 40},
+    {{0x57}, {u32, u32, u8, u16, str8}, 12, 32},
+    {{0x58}, {u16, u32, u32, u32, u32, u32, u32, u16, u8, str8}, 30, 48},
+    {{0x59}, {u16, u32, u32, u32, u16, str8}, 17, 40},
+    {{0x5A}, {u32, u32, u32, str8}, 13, 32},
+    {{0x5B}, {u32, u8, u8, str8}, 7, 24},
+    {{0x5C}, {u16, u32, u8, u8, u8, u8, u8, u8, str8}, 13, 32},
+    {{0x6A}, {u16, u32, u32, u8, u32, u32, u8, u16, u8, u8, u32, u8, u8, u16, u8, u32, str8}, 38, 64},
+    {{0x71}, {u16, u32, u32, u8, u32, u32, u8, u32, u32, u8, u32, str8}, 34, 64},
+    {{0x7A}, {u32, u8, u16, u16, u32, str8}, 14, 32},
+    {{0x7D}, {u16, u32, u8, u32, u32, u8, str8}, 17, 40},
+    {{0x81}, {u16, u32, u32, u8, u32, u32, u8, u8, u32, u32, u8, u16, u32, str8}, 37, 64},
+    {{0x9C, 0xA1}, {u16, u32, u32, u32, u32, str8}, 19, 40},
+    {{0x9D}, {u16, u32, u32, u32, u16, u32, str8}, 21, 40},
+    {{0x9E}, {u16, u32, u32, u32, u32, u32, u16, u16, u16, str8}, 29, 48},
+    {{0x9F}, {u16, u32, u32, u32, u32, u32, u32, u32, u8, str8}, 32, 56},
+    {{0xA0}, {u16, u32, u32, u32, u32, u32, u8, str8}, 24, 48},
+    {{0xB3}, {u16, u32, u32, u32, u32, u32, u32, u8, u32, u8, str8}, 33, 56},
+    {{0xDE}, {u32, u8, u8, u8, u8, u32, u32, u16, u32, str8}, 23, 40},
 
     // Layouts that vary the pattern.
-    {{0xAA}, {u8, u32, u32}, 9, 16, 0}, // no string
-    {{0x5D}, {u16, u32, str8, str8}, 8, 40, 0},
-    {{0x78}, {u32, u16, reservedValue, str8}, 9, 32, 0},
-    {{0x38, 0x53}, {u16, u32, u8, u8, u32, u32, u32, u32, items, str8}, 26, 64, 0},
-    {{0x30}, {u16, u16, block(32), block(32), u32, u32, u32, u32, u8, str16}, 87, 104, 16},
+    {{0xAA}, {u8, u32, u32}, 9, 16}, // no string
+    {{0x5D}, {u16, u32, str8, str8}, 8, 40},
+    {{0x78}, {u32, u16, reservedValue, str8}, 9, 32},
+    {{0x38, 0x53}, {u16, u32, u8, u8, u32, u32, u32, u32, items, str8}, 26, 64},
+    // 0x30 tests 71 bytes where its fields take 87, so a body up to 16 bytes
+    // short passes; what it lacks decodes as 0.
+    {{0x30}, {u16, u16, block(32), block(32), u32, u32, u32, u32, u8, str16}, 87, 104, {.slack = 16}},
 
     // Longer layouts: fixed fields, byte blocks, further strings, an array of
     // items, a typed value or an option parameter, ending with a u8 string.
-    {{0x35}, {u16, u32, u8, str8, u32, u16, str8}, 15, 56, 0},
-    {{0x36}, {u16, u32, u32, block(16), value, str8}, 29, 56, 0},
+    {{0x35}, {u16, u32, u8, str8, u32, u16, str8}, 15, 56},
+    {{0x36}, {u16, u32, u32, block(16), value, str8}, 29, 56},
     {{0x37},
      {u16, u32, block(32), block(24), block(48), block(20), block(40), block(16), block(40), u32, u8, str8},
-     232, 256, 0},
-    {{0x39}, {u16, u32, u8, u8, u32, items, option, str8}, 16, 64, 0},
-    {{0x49}, {u16, u32, str16, u8, str8}, 10, 48, 0},
-    {{0x54}, {u16, u32, u32, u32, block(8), items, str8}, 24, 56, 0},
-    {{0x56}, {u16, u32, u8, value, str8, str8}, 11, 56, 0},
-    {{0x131}, {u16, u32, u32, u16, block(12), option, str16, str8}, 29, 80, 0},
+     232, 256},
+    {{0x39}, {u16, u32, u8, u8, u32, items, option, str8}, 16, 64},
+    {{0x49}, {u16, u32, str16, u8, str8}, 10, 48},
+    {{0x54}, {u16, u32, u32, u32, block(8), items, str8}, 24, 56},
+    {{0x56}, {u16, u32, u8, value, str8, str8}, 11, 56},
+    {{0x131}, {u16, u32, u32, u16, block(12), option, str16, str8}, 29, 80},
 };
 } // namespace string_event_fields
 
@@ -134,130 +117,52 @@ using string_event_fields::kStringEventLayouts;
 inline constexpr size_t kStringEventLayoutCount = std::size(kStringEventLayouts);
 inline constexpr size_t kRegularStringEventLayouts = 43; // the first rows: fields, then one u8 string
 
-inline constexpr auto kStringEventPlans = [] {
-    std::array<Plan, kStringEventLayoutCount> plans{};
-    for (size_t i = 0; i < kStringEventLayoutCount; ++i) {
-        const StringEventLayout &l = kStringEventLayouts[i];
-        plans[i] = makePlan(l.fields, kMaxEventFields, PlanRules{.slack = l.slack});
-    }
-    return plans;
-}();
-
-// ---- the generic operations (StringEvents.cpp) -------------------------------
-
-// Checks that the body at the cursor holds the event (every count, length
-// and type it reads is tested before use), moves the cursor past it and
-// reports the record size: `bytes` in 16-bit arithmetic, `extent` the bytes
-// Decode writes. Results: 0; 1 cursor or size null; 5 the body is short (or a
-// typed value is larger than the room its type reserves); 13 a typed value's
-// type has no data-type codec; a data-type codec's own result. On failure the
-// cursor and size are unchanged.
-TrovResult stringEventDecCalc(const Plan &plan, PacketCursor *cursor, RecordSize *size);
-// Reads a body that DecCalc accepted into `record` (8-aligned, at least
-// `extent` bytes), variable parts behind the fixed part in field order, each
-// 8-aligned. Returns the first 8-aligned address behind everything written.
-void *stringEventDecode(const Plan &plan, void *record, PacketCursor *cursor);
-// The packet bytes of a record. Results: 0; 1 record or packetBytes null, or a
-// non-empty part with a null pointer; 13 a typed value without a data-type
-// codec; 5 more than 65535 bytes; a data-type codec's own result.
-TrovResult stringEventEncCalc(const Plan &plan, const void *record, uint16_t *packetBytes);
-// Writes the body of a record; the cursor must hold what EncCalc reported.
-void stringEventEncode(const Plan &plan, PacketCursor *cursor, const void *record);
-
-// ---- the operations of each layout and the code list ---------------------------
-
-struct StringEventOps {
-    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t flag, RecordSize *size);
-    void *(*decode)(void *record, PacketCursor *cursor, uint8_t flag);
-    TrovResult (*encCalc)(const void *record, uint16_t *packetBytes);
-    void (*encode)(PacketCursor *cursor, const void *record);
-};
-
-// The flag of the event operations is ignored.
-template <size_t I>
-struct StringEventLayoutOps {
-    static constexpr const Plan &kPlan = kStringEventPlans[I];
-    static TrovResult decCalc(PacketCursor *c, uint8_t, RecordSize *s) { return stringEventDecCalc(kPlan, c, s); }
-    static void *decode(void *r, PacketCursor *c, uint8_t) { return stringEventDecode(kPlan, r, c); }
-    static TrovResult encCalc(const void *r, uint16_t *n) { return stringEventEncCalc(kPlan, r, n); }
-    static void encode(PacketCursor *c, const void *r) { stringEventEncode(kPlan, c, r); }
-    static constexpr StringEventOps ops{decCalc, decode, encCalc, encode};
-};
-
-struct StringEventCodec {
-    uint16_t code;
-    StringEventOps ops;
-};
-
-inline constexpr size_t kStringEventCodeCount = [] {
-    size_t n = 0;
-    for (const StringEventLayout &l : kStringEventLayouts)
-        for (uint16_t code : l.codes) n += code != 0;
-    return n;
-}();
+inline constexpr auto kStringEventPlans = eventPlans(kStringEventLayouts);
 
 template <size_t... I>
-constexpr std::array<StringEventCodec, kStringEventCodeCount> collectStringEventCodecs(std::index_sequence<I...>) {
-    const StringEventOps ops[] = {StringEventLayoutOps<I>::ops...};
-    std::array<StringEventCodec, kStringEventCodeCount> out{};
-    size_t n = 0;
-    for (size_t i = 0; i < sizeof...(I); ++i)
-        for (uint16_t code : kStringEventLayouts[i].codes) {
-            if (code == 0) break;
-            size_t k = n++; // insertion in ascending code order
-            for (; k > 0 && out[k - 1].code > code; --k) out[k] = out[k - 1];
-            out[k] = StringEventCodec{code, ops[i]};
-        }
-    return out;
+constexpr auto collectStringEventCodecs(std::index_sequence<I...>) {
+    constexpr EventCodec ops[] = {EventOps<kStringEventPlans, I>::codec...};
+    return collectEventCodecs<eventCodeCount(kStringEventLayouts)>(kStringEventLayouts, ops, {});
 }
 
 // Every code of the family with its operations, in ascending code order.
-// The event table registers decCalc and decode; encCalc and encode build
-// bodies and are registered nowhere.
 inline constexpr auto kStringEventCodecs =
     collectStringEventCodecs(std::make_index_sequence<kStringEventLayoutCount>{});
 
 // The operations of an event code of this family; null for any other code.
-constexpr const StringEventOps *findStringEventOps(uint16_t code) {
-    for (const StringEventCodec &c : kStringEventCodecs)
-        if (c.code == code) return &c.ops;
-    return nullptr;
-}
+constexpr const EventCodec *findStringEventOps(uint16_t code) { return findEventCodec(kStringEventCodecs, code); }
 
 // The plan of an event code of this family (the first layout's for any other).
 constexpr const Plan &stringEventPlan(uint16_t code) {
-    for (size_t i = 0; i < kStringEventLayoutCount; ++i)
-        for (uint16_t c : kStringEventLayouts[i].codes)
-            if (c == code) return kStringEventPlans[i];
-    return kStringEventPlans[0];
+    const EventCodec *c = findStringEventOps(code);
+    return c != nullptr ? *c->plan : kStringEventPlans[0];
 }
 
 // ---- compile-time checks -------------------------------------------------------
 
 constexpr bool stringEventLayoutsHold() {
     for (size_t i = 0; i < kStringEventLayoutCount; ++i) {
-        const StringEventLayout &l = kStringEventLayouts[i];
+        const EventLayout &l = kStringEventLayouts[i];
         const Plan &p = kStringEventPlans[i];
-        if (!p.valid || p.wireFixed != l.prefix || p.record != l.record || l.codes[0] == 0) return false;
         for (uint8_t k = 0; k < p.count; ++k) {
             const FieldKind kind = p.fields[k].kind;
             const bool plain = kind == FieldKind::U8 || kind == FieldKind::U16 || kind == FieldKind::U32 ||
                                kind == FieldKind::Bytes || kind == FieldKind::Reserved8;
             // Slack is for plain fields and strings only: the typed values and
             // options hand the cursor to other codecs, which must see real bytes.
-            if (l.slack != 0 && !plain && kind != FieldKind::Octets) return false;
+            if (l.rules.slack != 0 && !plain && kind != FieldKind::Octets) return false;
             // The regular rows are plain fields and one u8 string, last.
             if (i < kRegularStringEventLayouts && !plain && (kind != FieldKind::Octets || k != p.count - 1))
                 return false;
         }
     }
-    for (size_t i = 1; i < kStringEventCodeCount; ++i)
-        if (kStringEventCodecs[i - 1].code >= kStringEventCodecs[i].code) return false; // no duplicates
     return true;
 }
-static_assert(stringEventLayoutsHold(), "a string event layout disagrees with its stated figures");
+static_assert(eventFiguresHold(kStringEventLayouts, kStringEventPlans) && stringEventLayoutsHold() &&
+                  codesAscend(kStringEventCodecs),
+              "a string event layout disagrees with its stated figures");
 static_assert(kStringEventLayoutCount == kRegularStringEventLayouts + 5 + 8);
-static_assert(kStringEventCodeCount == 69);
+static_assert(kStringEventCodecs.size() == 69);
 static_assert(stringEventPlan(0x3C).fields[1].kind == FieldKind::Reserved8 &&
                   stringEventPlan(0x3C).fields[2].offset == 2 && stringEventPlan(0x3C).count == 10,
               "0x3C keeps its unfilled record field");

@@ -1,10 +1,12 @@
-// The string event family over the field model's walker. A record is its
-// fixed part, then each variable part's data in field order, each starting
-// 8-aligned. One layout has slack (0x30): its body may be up to 16 bytes
-// short, and what it lacks decodes as 0.
-#include "events/StringEvents.h"
+// The event operations over a plan, shared by both event families: the
+// field model's walker with the event's fixed part in front.
+#include "events/EventLayout.h"
 
+#include <cstring>
+
+#include "api/Dispatch.h"
 #include "engine/FieldWalker.h"
+#include "events/AttributeEvents.h"
 
 namespace trov {
 namespace {
@@ -19,35 +21,38 @@ const ValueCodecOps *dataTypeCodec(uint16_t type) {
 FieldEnv eventEnv() {
     FieldEnv env;
     env.dataType = dataTypeCodec;
+    env.eventAttributes = &kEventAttributeLists;
     return env;
 }
 
 } // namespace
 
-TrovResult stringEventDecCalc(const Plan &plan, PacketCursor *cursor, RecordSize *size) {
-    if (cursor == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+TrovResult eventDecCalc(const Plan &plan, PacketCursor *cursor, RecordSize *size) {
+    if (cursor == nullptr || cursor->position == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     Sizes total;
-    total.add(plan.record, plan.record);
+    total.add(plan.reportedFixed, plan.record);
     if (TrovResult r = walkDecCalc(plan, *cursor, total, eventEnv())) return r;
     *size = RecordSize{total.bytes, total.extent};
     return TROV_RESULT_OK;
 }
 
-void *stringEventDecode(const Plan &plan, void *record, PacketCursor *cursor) {
+void *eventDecode(const Plan &plan, void *record, PacketCursor *cursor) {
     auto *base = static_cast<uint8_t *>(record);
+    if (plan.rules.zeroFixedPart) std::memset(base, 0, plan.record);
     return walkDecode(plan, *cursor, base, base + plan.record, eventEnv());
 }
 
-TrovResult stringEventEncCalc(const Plan &plan, const void *record, uint16_t *packetBytes) {
+TrovResult eventEncCalc(const Plan &plan, const void *record, uint16_t *packetBytes) {
     if (record == nullptr || packetBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     WireSize size;
     if (TrovResult r = walkEncCalc(plan, static_cast<const uint8_t *>(record), size, eventEnv())) return r;
+    if (size.nullData) return TROV_RESULT_NULL_ARGUMENT;
     if (size.extent > 0xFFFF) return TROV_RESULT_SHORT_INPUT; // no 16-bit size can state it
     *packetBytes = size.bytes;
     return TROV_RESULT_OK;
 }
 
-void stringEventEncode(const Plan &plan, PacketCursor *cursor, const void *record) {
+void eventEncode(const Plan &plan, PacketCursor *cursor, const void *record) {
     if (cursor == nullptr || record == nullptr) return;
     walkEncode(plan, *cursor, static_cast<const uint8_t *>(record), eventEnv());
 }

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "attributes/DataTypes.h"
 #include "attributes/FixedValueCodec.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueCodec.h"
@@ -107,30 +108,8 @@ constexpr LayoutOps kLayoutOps[] = {
     layoutOps<&kByteU32QuadBody>(), layoutOps<&kU32TripleU16PairByteBody>(),
 };
 
-// The data types: those that share an attribute row's codec name the row;
-// the others have small types of their own, as the data-type table defines
-// them (a byte string, 12- and 16-byte values, arrays of strings).
-constexpr FixedValueType kOwnFixedTypes[] = {
-    {0, 1, 2, 1, 0, {1}},
-    {0, 12, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
-    {0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
-};
-constexpr ValueFields kOct8{fields::oct8}, kOct16{fields::oct16};
-constexpr Plan kOwnLayouts[] = {valuePlan(kOct8), valuePlan(kOct16)};
-
-struct DataTypeShape {
-    uint16_t code;
-    uint16_t row;     // attribute row whose codec it shares; 0: its own type
-    int8_t ownFixed;  // index into kOwnFixedTypes, or -1
-    int8_t ownLayout; // index into kOwnLayouts, or -1
-};
-constexpr DataTypeShape kDataTypes[] = {
-    {0x02, 6, -1, -1},   {0x03, 6, -1, -1},   {0x04, 130, -1, -1}, {0x05, 130, -1, -1},
-    {0x06, 85, -1, -1},  {0x07, 85, -1, -1},  {0x08, 149, -1, -1}, {0x09, 148, -1, -1},
-    {0x15, 140, -1, -1}, {0x14, 0, 1, -1},    {0x17, 0, 2, -1},    {0x16, 0, 0, -1},
-    {0x18, 0, 0, -1},    {0x19, 0, -1, 0},    {0x1A, 0, -1, 1},
-};
-static_assert(std::size(kDataTypes) == 15);
+// The data types' own string-array types, as plans.
+const std::array<Plan, 2> kOwnLayouts = {valuePlan(kOwnRecordTypes[0].fields), valuePlan(kOwnRecordTypes[1].fields)};
 
 constexpr size_t kRows = 282;
 constexpr size_t kPlainByteRow = 6; // a single byte, no nesting
@@ -210,20 +189,20 @@ const ValueType &attributeType(uint16_t id) {
 }
 
 const ValueType &dataType(uint16_t code) {
-    static const std::array<ValueType, std::size(kDataTypes)> types = [] {
-        std::array<ValueType, std::size(kDataTypes)> t{};
+    static const std::array<ValueType, std::size(kDataTypeRows)> types = [] {
+        std::array<ValueType, std::size(kDataTypeRows)> t{};
         for (size_t i = 0; i < t.size(); ++i) {
-            const DataTypeShape &d = kDataTypes[i];
-            if (d.row != 0) t[i] = rowTypes()[d.row];
+            const DataTypeRow &d = kDataTypeRows[i];
+            if (d.attributeRow != 0) t[i] = rowTypes()[d.attributeRow];
             else if (d.ownFixed >= 0)
                 t[i] = {ValueType::Family::Fixed, kOwnFixedTypes[d.ownFixed].prefixBytes,
                         &kOwnFixedTypes[d.ownFixed], nullptr, nullptr};
-            else t[i] = {ValueType::Family::Record, 2, nullptr, &kOwnLayouts[d.ownLayout], nullptr};
+            else t[i] = {ValueType::Family::Record, 2, nullptr, &kOwnLayouts[d.ownRecord], nullptr};
         }
         return t;
     }();
-    for (size_t i = 0; i < std::size(kDataTypes); ++i)
-        if (kDataTypes[i].code == code) return types[i];
+    for (size_t i = 0; i < std::size(kDataTypeRows); ++i)
+        if (kDataTypeRows[i].code == code) return types[i];
     return kNoType;
 }
 
@@ -276,15 +255,6 @@ void checkTables() {
         check(rows == kRows, "the attribute table no longer has 282 rows");
         for (size_t row = 1; row <= kRows; ++row)
             check(rowTypes()[row].family != ValueType::Family::None, "an attribute row without a value type");
-        size_t dataTypes = 0;
-        for (const DataTypeCodecRow *d = DataTypeCodecTable; d->code != 0; ++d, ++dataTypes) {
-            check(dataType(d->code).family != ValueType::Family::None, "a data type the builder does not know");
-            for (const DataTypeShape &s : kDataTypes)
-                if (s.code == d->code && s.row != 0)
-                    check(d->ops.decode == AttributeCodecTable[s.row - 1].ops.decode,
-                          "a data type names the wrong attribute row");
-        }
-        check(dataTypes == std::size(kDataTypes), "the data-type table changed");
         return true;
     }();
     (void)checked;
@@ -376,7 +346,7 @@ uint16_t RecordBuilder::attributeId() {
 
 uint16_t RecordBuilder::dataTypeCode() {
     const uint8_t b = in_.u8();
-    return b < 0xF0 ? kDataTypes[b % std::size(kDataTypes)].code : in_.u16();
+    return b < 0xF0 ? kDataTypeRows[b % std::size(kDataTypeRows)].code : in_.u16();
 }
 
 uint16_t RecordBuilder::methodCode() {

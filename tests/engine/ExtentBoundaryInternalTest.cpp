@@ -25,6 +25,7 @@
 
 #include "TrovCodec.h"
 #include "api/Dispatch.h"
+#include "attributes/DataTypes.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueTypes.h"
 #include "attributes/StructureValueTypes.h"
@@ -412,31 +413,16 @@ std::vector<uint16_t> allRows() {
 INSTANTIATE_TEST_SUITE_P(EveryRow, AttributeRowExtent, testing::ValuesIn(allRows()),
                          [](const auto &info) { return named("Row", info.param, "%03u"); });
 
-// Every data type, as the protocol gives it: the attribute row whose codec a
-// code shares, or the code's own value type.
-constexpr FixedValueType kByteString{0, 1, 2, 1, 0, {1}};
-constexpr FixedValueType kBlock12{0, 12, 0, 12, 0, {12}};
-constexpr FixedValueType kBlock16{0, 16, 0, 16, 0, {16}};
-constexpr RecordValueType kStringArray8{0, 2, {fields::oct8}};
-constexpr RecordValueType kStringArray16{0, 2, {fields::oct16}};
-
+// Every data type: the attribute row whose value type a code shares, or the
+// code's own type.
 ValueShape dataTypeShape(uint16_t code) {
-    switch (code) {
-    case 0x16:
-    case 0x18: return {&kByteString, nullptr, nullptr};
-    case 0x14: return {&kBlock12, nullptr, nullptr};
-    case 0x17: return {&kBlock16, nullptr, nullptr};
-    case 0x19: return {nullptr, &kStringArray8, nullptr};
-    case 0x1A: return {nullptr, &kStringArray16, nullptr};
-    case 0x02:
-    case 0x03: return shapeOfRow(6);
-    case 0x04:
-    case 0x05: return shapeOfRow(130);
-    case 0x06:
-    case 0x07: return shapeOfRow(85);
-    case 0x15: return shapeOfRow(140);
-    default: return shapeOfRow(code == 0x08 ? kCharsRow : 148);
+    for (const DataTypeRow &d : kDataTypeRows) {
+        if (d.code != code) continue;
+        if (d.ownFixed >= 0) return {&kOwnFixedTypes[d.ownFixed], nullptr, nullptr};
+        if (d.ownRecord >= 0) return {nullptr, &kOwnRecordTypes[d.ownRecord], nullptr};
+        return shapeOfRow(d.attributeRow);
     }
+    return {};
 }
 
 class DataTypeExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};

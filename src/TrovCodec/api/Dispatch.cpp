@@ -39,6 +39,11 @@ const AttributeCodecRow *findAttributeRow(const AttributeCodecRow *table, uint16
     return nullptr;
 }
 
+const ValueCodecOps *attributeCodec(uint16_t id, uint8_t version) {
+    const AttributeCodecRow *row = lookupAttribute(id, version);
+    return row != nullptr ? &row->ops : nullptr;
+}
+
 const MethodCodecRow *findMethodRow(const Tables &t, uint16_t code, uint8_t version) {
     if (t.fuMethods == nullptr) return nullptr;
     if (const MethodCodecRow *row = findRow(t.fuMethods, code, version)) return row;

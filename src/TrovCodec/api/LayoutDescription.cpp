@@ -15,6 +15,7 @@
 #include "api/Dispatch.h"
 #include "api/LayoutRegistry.h"
 #include "api/TrovLayout.h"
+#include "attributes/DataTypes.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueTypes.h"
 #include "attributes/StructureValueTypes.h"
@@ -136,10 +137,6 @@ constexpr FieldList describeFixed(const FixedValueType &t) {
 // A record type: the plan its codec runs.
 constexpr FieldList describeRecord(const RecordValueType &t) { return describePlan(valuePlan(t.fields)); }
 
-// The data types' own record types (0x19, 0x1A).
-constexpr RecordValueType kOctets8Type{0, 2, {fields::oct8}};
-constexpr RecordValueType kOctets16Type{0, 2, {fields::oct16}};
-
 constexpr size_t kAttributeRows = 282;
 
 template <class Type, size_t N>
@@ -202,51 +199,40 @@ constexpr std::array<TrovLayoutInfo, sizeof...(I)> attributeInfos(std::index_seq
 }
 constexpr auto kAttributeInfos = attributeInfos(std::make_index_sequence<kAttributeRows>{});
 
-// The data types without an attribute row of their own.
-constexpr FixedValueType kByteStringType{0, 1, 2, 1, 0, {1}};
-constexpr FixedValueType kBytes12Type{0, 12, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}};
-constexpr FixedValueType kBytes16Type{0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}};
-
+// The data types' own types, in the order of their tables.
 struct OwnTypeFields {
     static constexpr FieldList make(size_t i) {
-        switch (i) {
-        case 0: return describeFixed(kByteStringType);
-        case 1: return describeFixed(kBytes12Type);
-        case 2: return describeFixed(kBytes16Type);
-        case 3: return describeRecord(kOctets8Type);
-        default: return describeRecord(kOctets16Type);
-        }
+        return i < std::size(kOwnFixedTypes) ? describeFixed(kOwnFixedTypes[i])
+                                             : describeRecord(kOwnRecordTypes[i - std::size(kOwnFixedTypes)]);
     }
 };
 
 template <size_t I>
-constexpr TrovLayoutInfo fixedOwnInfo(const FixedValueType &t) {
-    return info(nullptr, t.recordBytes, fieldCount<OwnTypeFields, I>(), fieldArray<OwnTypeFields, I>(),
-                TROV_LAYOUT_FIELDS, t.prefixBytes, t.wireBytes);
+constexpr TrovLayoutInfo ownTypeInfo() {
+    if constexpr (I < std::size(kOwnFixedTypes)) {
+        const FixedValueType &t = kOwnFixedTypes[I];
+        return info(nullptr, t.recordBytes, fieldCount<OwnTypeFields, I>(), fieldArray<OwnTypeFields, I>(),
+                    TROV_LAYOUT_FIELDS, t.prefixBytes, t.wireBytes);
+    } else {
+        const RecordValueType &t = kOwnRecordTypes[I - std::size(kOwnFixedTypes)];
+        const Plan plan = valuePlan(t.fields);
+        return info(nullptr, plan.record, fieldCount<OwnTypeFields, I>(), fieldArray<OwnTypeFields, I>(),
+                    TROV_LAYOUT_FIELDS, t.prefixBytes, plan.wireFixed);
+    }
 }
-template <size_t I>
-constexpr TrovLayoutInfo recordOwnInfo(const RecordValueType &t) {
-    const Plan plan = valuePlan(t.fields);
-    return info(nullptr, plan.record, fieldCount<OwnTypeFields, I>(), fieldArray<OwnTypeFields, I>(),
-                TROV_LAYOUT_FIELDS, t.prefixBytes, plan.wireFixed);
+template <size_t... I>
+constexpr std::array<TrovLayoutInfo, sizeof...(I)> ownTypeInfos(std::index_sequence<I...>) {
+    return {ownTypeInfo<I>()...};
 }
-constexpr TrovLayoutInfo kOwnTypeInfos[] = {
-    fixedOwnInfo<0>(kByteStringType), fixedOwnInfo<1>(kBytes12Type), fixedOwnInfo<2>(kBytes16Type),
-    recordOwnInfo<3>(kOctets8Type), recordOwnInfo<4>(kOctets16Type)};
+constexpr auto kOwnTypeInfos =
+    ownTypeInfos(std::make_index_sequence<std::size(kOwnFixedTypes) + std::size(kOwnRecordTypes)>{});
 
-// Which codec each data type runs: an attribute row's, or one of its own.
-struct DataTypeEntry {
-    uint16_t code;
-    uint16_t attributeRow;     // 0: its own codec
-    const TrovLayoutInfo *own; // attributeRow 0 only
-};
-constexpr DataTypeEntry kDataTypes[] = {
-    {0x02, 6, nullptr},   {0x03, 6, nullptr},   {0x04, 130, nullptr},           {0x05, 130, nullptr},
-    {0x06, 85, nullptr},  {0x07, 85, nullptr},  {0x08, 149, nullptr},           {0x09, 148, nullptr},
-    {0x15, 140, nullptr}, {0x16, 0, &kOwnTypeInfos[0]}, {0x18, 0, &kOwnTypeInfos[0]},
-    {0x14, 0, &kOwnTypeInfos[1]}, {0x17, 0, &kOwnTypeInfos[2]}, {0x19, 0, &kOwnTypeInfos[3]},
-    {0x1A, 0, &kOwnTypeInfos[4]},
-};
+// The description of a data type's row: its attribute row's, or its own type's.
+constexpr const TrovLayoutInfo *describeDataType(const DataTypeRow &d) {
+    if (d.ownFixed >= 0) return &kOwnTypeInfos[static_cast<size_t>(d.ownFixed)];
+    if (d.ownRecord >= 0) return &kOwnTypeInfos[std::size(kOwnFixedTypes) + static_cast<size_t>(d.ownRecord)];
+    return &kAttributeInfos[d.attributeRow - 1];
+}
 
 // ---- every description holds -------------------------------------------------------------
 
@@ -322,14 +308,7 @@ TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLay
 TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLayoutInfo *out) {
     if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const DataTypeCodecRow *row = findRow(activeTables().dataTypes, code, version);
-    if (row == nullptr) return TROV_RESULT_NO_DATA_TYPE_CODEC;
-    for (const DataTypeEntry &e : kDataTypes) {
-        if (e.code != row->code) continue;
-        if (e.attributeRow == 0) return answer(e.own, TROV_RESULT_NO_DATA_TYPE_CODEC, out);
-        // The row runs that attribute row's codec, or the entry is stale.
-        const AttributeCodecRow &a = AttributeCodecTable[e.attributeRow - 1];
-        if (a.ops.decode != row->ops.decode) break;
-        return answer(&kAttributeInfos[e.attributeRow - 1], TROV_RESULT_NO_DATA_TYPE_CODEC, out);
-    }
-    return TROV_RESULT_NO_DATA_TYPE_CODEC;
+    if (row == nullptr || !within(row, DataTypeCodecTable, std::size(kDataTypeRows))) return TROV_RESULT_NO_DATA_TYPE_CODEC;
+    return answer(describeDataType(kDataTypeRows[static_cast<size_t>(row - DataTypeCodecTable)]),
+                  TROV_RESULT_NO_DATA_TYPE_CODEC, out);
 }

@@ -1,20 +1,11 @@
-// The data-type codec table: values named on the wire by a data-type code
-// instead of an attribute identifier. 15 rows, ended by a row whose code is
-// 0; every row serves every version.
-//
-// Most codes share the operations of an attribute row. Codes of a pair
-// (0x02/0x03, 0x04/0x05, 0x06/0x07, 0x16/0x18) share one codec but keep rows
-// of their own. The codes without an attribute row:
-//   0x16, 0x18  byte string: scalar form one byte; array form a u16 count,
-//               then that many bytes
-//   0x14        12-byte value (scalar form only), record 16 bytes
-//   0x17        16-byte value (scalar form only), record 16 bytes
-//   0x19        array of strings: a u16 count, then per element a u8 length
-//               and that many bytes; each element an OctetString record
-//   0x1A        as 0x19 with a u16 length per element
+// The data-type codec table, built from the data-type rows (DataTypes.h):
+// each code runs the codec of its attribute row's value type or of its own
+// type. Ended by a row whose code is 0.
 #include <iterator>
+#include <utility>
 
 #include "api/Dispatch.h"
+#include "attributes/DataTypes.h"
 #include "attributes/FixedValueCodec.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueCodec.h"
@@ -23,59 +14,48 @@
 namespace trov {
 namespace {
 
-// The operations of attribute row `row`, from whichever family holds it.
-template <uint16_t Row>
-constexpr ValueCodecOps attributeRowOps() {
-    constexpr auto fixedIndex = [] {
-        for (size_t i = 0; i < std::size(kFixedValueTypes); ++i)
-            if (kFixedValueTypes[i].row == Row) return i;
-        return std::size(kFixedValueTypes);
-    }();
-    if constexpr (fixedIndex < std::size(kFixedValueTypes)) {
-        return FixedValueCodec<kFixedValueTypes, fixedIndex>::ops;
+template <class Type, size_t N>
+constexpr size_t typeOfRow(const Type (&types)[N], uint16_t row) {
+    for (size_t i = 0; i < N; ++i)
+        if (types[i].row == row) return i;
+    return N;
+}
+
+template <size_t I>
+constexpr ValueCodecOps dataTypeOps() {
+    constexpr DataTypeRow d = kDataTypeRows[I];
+    if constexpr (d.ownFixed >= 0) {
+        return FixedValueCodec<kOwnFixedTypes, d.ownFixed>::ops;
+    } else if constexpr (d.ownRecord >= 0) {
+        return RecordValueCodec<kOwnRecordTypes, d.ownRecord>::ops;
+    } else if constexpr (constexpr size_t f = typeOfRow(kFixedValueTypes, d.attributeRow);
+                         f < std::size(kFixedValueTypes)) {
+        return FixedValueCodec<kFixedValueTypes, f>::ops;
     } else {
-        constexpr auto recordIndex = [] {
-            for (size_t i = 0; i < std::size(kRecordValueTypes); ++i)
-                if (kRecordValueTypes[i].row == Row) return i;
-            return std::size(kRecordValueTypes);
-        }();
-        static_assert(recordIndex < std::size(kRecordValueTypes), "no such attribute row");
-        return RecordValueCodec<kRecordValueTypes, recordIndex>::ops;
+        constexpr size_t r = typeOfRow(kRecordValueTypes, d.attributeRow);
+        static_assert(r < std::size(kRecordValueTypes), "a data type names no fixed or record row");
+        return RecordValueCodec<kRecordValueTypes, r>::ops;
     }
 }
 
-// Fixed-size types of their own: row 0, not in the attribute table.
-constexpr FixedValueType kOwnFixedTypes[] = {
-    {0, 1, 2, 1, 0, {1}},                                             // 0x16, 0x18
-    {0, 12, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},          // 0x14
-    {0, 16, 0, 16, 0, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}}, // 0x17
-};
-constexpr RecordValueType kOwnRecordTypes[] = {
-    {0, 2, {fields::oct8}},  // 0x19
-    {0, 2, {fields::oct16}}, // 0x1A
-};
+template <size_t... I>
+constexpr std::array<DataTypeCodecRow, sizeof...(I) + 1> dataTypeTable(std::index_sequence<I...>) {
+    return {DataTypeCodecRow{kDataTypeRows[I].code, 0, dataTypeOps<I>()}...,
+            DataTypeCodecRow{0, 0, {nullptr, nullptr, nullptr, nullptr}}};
+}
 
-constexpr ValueCodecOps kByteString = FixedValueCodec<kOwnFixedTypes, 0>::ops;
+constexpr auto kTable = dataTypeTable(std::make_index_sequence<std::size(kDataTypeRows)>{});
 
 } // namespace
 
+// The exported table is a plain array: its rows are copied from the one
+// built at compile time above.
+#define TROV_ROW(i) kTable[i]
 extern const DataTypeCodecRow DataTypeCodecTable[] = {
-    {0x03, 0, attributeRowOps<6>()},
-    {0x16, 0, kByteString},
-    {0x07, 0, attributeRowOps<85>()},
-    {0x05, 0, attributeRowOps<130>()},
-    {0x09, 0, attributeRowOps<148>()},
-    {0x08, 0, attributeRowOps<149>()},
-    {0x02, 0, attributeRowOps<6>()},
-    {0x06, 0, attributeRowOps<85>()},
-    {0x04, 0, attributeRowOps<130>()},
-    {0x14, 0, FixedValueCodec<kOwnFixedTypes, 1>::ops},
-    {0x17, 0, FixedValueCodec<kOwnFixedTypes, 2>::ops},
-    {0x15, 0, attributeRowOps<140>()},
-    {0x18, 0, kByteString},
-    {0x19, 0, RecordValueCodec<kOwnRecordTypes, 0>::ops},
-    {0x1A, 0, RecordValueCodec<kOwnRecordTypes, 1>::ops},
-    {0, 0, {nullptr, nullptr, nullptr, nullptr}},
+    TROV_ROW(0),  TROV_ROW(1),  TROV_ROW(2),  TROV_ROW(3),  TROV_ROW(4),  TROV_ROW(5),  TROV_ROW(6),  TROV_ROW(7),
+    TROV_ROW(8),  TROV_ROW(9),  TROV_ROW(10), TROV_ROW(11), TROV_ROW(12), TROV_ROW(13), TROV_ROW(14), TROV_ROW(15),
 };
+#undef TROV_ROW
+static_assert(kTable.size() == 16, "a row of the exported table per data type, and the end row");
 
 } // namespace trov

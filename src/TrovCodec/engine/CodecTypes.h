@@ -72,4 +72,10 @@ struct Sizes {
     void add(const RecordSize &r) { add(r.bytes, r.extent); }
 };
 
+// The value codec of an attribute identifier at a version, from the tables
+// TROV_InitCoder installed (null when there is none). The engine's one
+// reference to the tables: declared here, so that nothing in the engine
+// includes the dispatch layer, and defined with the lookups.
+const ValueCodecOps *attributeCodec(uint16_t id, uint8_t version);
+
 } // namespace trov

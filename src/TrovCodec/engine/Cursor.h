@@ -6,8 +6,8 @@
 // remaining count.
 //
 // Readers do not test `remaining`: the decoders first run a DecCalc pass
-// that checks the packet holds every byte, and the sizing primitives
-// (Sizing.h) are where decoded input is checked. The encoders likewise size
+// that checks the packet holds every byte (the field walker's size pass is
+// where decoded input is checked). The encoders likewise size
 // their output with an EncCalc pass first, but the writers still never
 // write past `remaining`: a write that does not fit writes nothing and
 // leaves the cursor overrun (position null, nothing remaining), so every

@@ -10,7 +10,6 @@
 
 #include <cstring>
 
-#include "api/Dispatch.h"
 #include "engine/Cursor.h"
 
 namespace trov {
@@ -267,13 +266,13 @@ struct EncCalcPass {
     }
     TrovResult attribute(uint16_t at) {
         const auto entry = loadField<AttributeEntry>(record, at);
-        const AttributeCodecRow *row = lookupAttribute(entry.id, kAttributeVersion);
+        const ValueCodecOps *row = attributeCodec(entry.id, kAttributeVersion);
         if (row == nullptr) {
             note(TROV_RESULT_NO_ATTRIBUTE_CODEC);
             return TROV_RESULT_OK;
         }
         WireSize size;
-        const TrovResult r = row->ops.encCalc(entry.value, attributeFlag(level), &size, kAttributeVersion);
+        const TrovResult r = row->encCalc(entry.value, attributeFlag(level), &size, kAttributeVersion);
         if (r != TROV_RESULT_OK) {
             note(r);
             return TROV_RESULT_OK;
@@ -325,14 +324,14 @@ struct EncodePass {
     }
     TrovResult attribute(uint16_t at) {
         const auto entry = loadField<AttributeEntry>(record, at);
-        const AttributeCodecRow *row = lookupAttribute(entry.id, kAttributeVersion);
+        const ValueCodecOps *row = attributeCodec(entry.id, kAttributeVersion);
         if (row == nullptr) return TROV_RESULT_OK; // unknown identifier: nothing written
         WireSize size;
-        if (row->ops.encCalc(entry.value, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
+        if (row->encCalc(entry.value, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
             return TROV_RESULT_OK;
         putU16(cursor, entry.id);
         putU16(cursor, size.bytes);
-        row->ops.encode(&cursor, entry.value, attributeFlag(level), kAttributeVersion);
+        row->encode(&cursor, entry.value, attributeFlag(level), kAttributeVersion);
         return TROV_RESULT_OK;
     }
 };
@@ -408,7 +407,7 @@ struct DecCalcPass {
         if (cursor.remaining < 4) return TROV_RESULT_SHORT_INPUT;
         const uint16_t id = getU16(cursor);
         const uint16_t length = getU16(cursor);
-        const AttributeCodecRow *row = lookupAttribute(id, kAttributeVersion);
+        const ValueCodecOps *row = attributeCodec(id, kAttributeVersion);
         if (row == nullptr) {
             if (!take(length)) return TROV_RESULT_SHORT_INPUT;
             add(length);
@@ -417,7 +416,7 @@ struct DecCalcPass {
         // The codec decides how many bytes the value takes; the length field
         // is not consulted.
         RecordSize size{};
-        if (row->ops.decCalc(&cursor, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
+        if (row->decCalc(&cursor, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
             return TROV_RESULT_SHORT_INPUT;
         figure = static_cast<uint16_t>(figure + roundUp8u16(size.bytes));
         extent += roundUp8(size.extent);
@@ -504,16 +503,16 @@ struct DecodePass {
         AttributeEntry entry{};
         entry.id = getU16(cursor);
         entry.length = getU16(cursor);
-        const AttributeCodecRow *row = lookupAttribute(entry.id, kAttributeVersion);
+        const ValueCodecOps *row = attributeCodec(entry.id, kAttributeVersion);
         if (row != nullptr) {
             PacketCursor probe = cursor;
             RecordSize size{};
-            if (row->ops.decCalc(&probe, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
+            if (row->decCalc(&probe, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
                 return TROV_RESULT_SHORT_INPUT;
             entry.length = 0; // decoded by a codec: no raw length
             if (area.fits(size.extent)) {
                 uint8_t *value = area.next;
-                void *after = row->ops.decode(value, &cursor, attributeFlag(level), kAttributeVersion);
+                void *after = row->decode(value, &cursor, attributeFlag(level), kAttributeVersion);
                 area.moveTo(static_cast<uint8_t *>(after), value + roundUp8(size.extent));
                 entry.value = value;
             }

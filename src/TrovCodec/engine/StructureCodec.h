@@ -52,7 +52,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "api/Dispatch.h"
+#include "engine/CodecTypes.h"
 #include "api/TrovCodec.h"
 
 namespace trov {

@@ -11,11 +11,6 @@ namespace trov {
 
 namespace {
 
-const ValueCodecOps *attributeCodec(uint16_t id, uint8_t version) {
-    const AttributeCodecRow *row = lookupAttribute(id, version);
-    return row != nullptr ? &row->ops : nullptr;
-}
-
 FieldEnv bodyEnv(const HeaderInfo *info) {
     FieldEnv env;
     env.version = static_cast<uint8_t>(info->version);

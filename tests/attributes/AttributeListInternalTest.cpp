@@ -91,19 +91,6 @@ TEST_F(AttributeListTest, UnknownIdentifierFailsSizingButIsSkippedWhenWriting) {
     EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
 }
 
-TEST_F(AttributeListTest, SingleAttributeIsFourPlusItsArrayFormSize) {
-    uint16_t size = 0xAAAA;
-    ASSERT_EQ(singleAttributeEncCalc(0x00CB, byte_, &size), 0u);
-    EXPECT_EQ(size, 5);
-    ASSERT_EQ(singleAttributeEncCalc(0x0070, &wordArray_, &size), 0u);
-    EXPECT_EQ(size, 12);
-    ASSERT_EQ(singleAttributeEncCalc(0x177C, &row1Array_, &size), 0u);
-    EXPECT_EQ(size, 21);
-    size = 0xAAAA;
-    EXPECT_EQ(singleAttributeEncCalc(0x0005, byte_, &size), 10u);
-    EXPECT_EQ(size, 0xAAAA);
-}
-
 // Row 104's value is a nested list. Its record: the AttributeList head, the
 // entries, then the values.
 TEST_F(AttributeListTest, NestedRowDecodesItsListIntoOneBlock) {

@@ -1,7 +1,7 @@
 // The fixed-size value codecs: row 257's overflow check, golden vectors and a
 // record size that wraps its 16 bits. (Every row's figures are checked against
 // the reference by AttributeTableInternalTest; every row's round trip and
-// truncations, the narrow count tests included, by ValueRoundTripInternalTest.)
+// truncations, the narrow count tests included, by ExtentBoundaryInternalTest.)
 #include <gtest/gtest.h>
 
 #include <cstdint>

@@ -268,8 +268,8 @@ void expectInsideExtent(Wire &w, Size size, Decode decode, bool fillsExtent = fa
 
 // A value also sizes for encoding as its wire, encodes back to it, and every
 // shorter packet (a heap block of exactly its bytes) fails the size pass
-// without moving the cursor. Structure rows go record first instead
-// (StructureRowsInternalTest). `narrow`: the row tests its count prefix
+// without moving the cursor. Structure rows go record first instead (the
+// encode fuzz targets; the walk itself: StructureCodecInternalTest). `narrow`: the row tests its count prefix
 // narrowly and the value has elements, so a packet one byte short of its
 // last element passes the size pass, and still decodes inside its extent.
 void expectValueInsideExtent(const ValueCodecOps &ops, Wire &w, uint8_t isArray, bool structure = false,

@@ -1,33 +1,17 @@
-// The event table, and the event-list framings driven by test-local event
-// rows: a "blob" event whose body is a u16 length and that many bytes,
-// decoded into a record of the length and the bytes behind it.
+// The event-list framings driven by test-local event rows: a "blob" event
+// whose body is a u16 length and that many bytes, decoded into a record of
+// the length and the bytes behind it. What the built-in rows decode, in both
+// framings and at every count: the differential corpus and the extent sweep.
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <set>
 #include <vector>
 
 #include "engine/Cursor.h"
-#include "events/AttributeEvents.h"
 #include "events/EventList.h"
-#include "events/StringEvents.h"
 
 namespace trov {
 namespace {
-
-// The FU table lists its codes by hand; each must belong to one of the two
-// families (checked at compile time), and every code of both families must
-// have its row, once.
-TEST(EventTable, HoldsEveryCodeOfBothFamiliesOnce) {
-    std::set<uint16_t> table, families;
-    size_t rows = 0;
-    for (const EventCodecRow *r = FUEventCodecTable; r->code != 0; ++r, ++rows)
-        EXPECT_TRUE(table.insert(r->code).second) << r->code;
-    for (const EventCodec &c : kStringEventCodecs) families.insert(c.code);
-    for (const EventCodec &c : kAttributeEventCodecs) families.insert(c.code);
-    EXPECT_EQ(rows, 120u);
-    EXPECT_EQ(table, families);
-}
 
 TrovResult blobDecCalc(PacketCursor *c, uint8_t, RecordSize *size) {
     if (c->remaining < 2) return TROV_RESULT_SHORT_INPUT;
@@ -95,54 +79,6 @@ protected:
         return decodeEventList(GetParam(), tables(), 0x10, &r, &body);
     }
 };
-
-TEST_P(EventList, DecodesHeadsEntriesAndRecordsIntoOneBlock) {
-    auto bytes = list(GetParam(), {blobEvent(GetParam(), 0x30, 3, 0xEE), blobEvent(GetParam(), 0x30, 0, 0)});
-    DecodeResult r{};
-    ASSERT_EQ(decode(bytes, r), 0u);
-    ASSERT_NE(r.record, nullptr);
-    void *first = nullptr, *second = nullptr;
-    if (GetParam() == EventFraming::Long) {
-        auto *b = static_cast<EventListBody *>(r.record);
-        EXPECT_EQ(b->value0, 0xA1A2A3A4u);
-        EXPECT_EQ(b->value3, 0x0809);
-        EXPECT_EQ(b->value4, 0x0A);
-        EXPECT_EQ(b->count, 2);
-        EXPECT_EQ(b->buffer.capacity, 2 * 24 + 16 + 8);
-        ASSERT_EQ(static_cast<void *>(b->entries), b->buffer.data);
-        EXPECT_EQ(b->entries[0].field1, 0x0102);
-        EXPECT_EQ(b->entries[0].field2, 3u);
-        EXPECT_EQ(b->entries[0].field3, 4u);
-        EXPECT_EQ(b->entries[0].field4, 5);
-        EXPECT_EQ(b->entries[1].eventCode, 0x30);
-        first = b->entries[0].body;
-        second = b->entries[1].body;
-        EXPECT_EQ(first, reinterpret_cast<uint8_t *>(b->entries) + 48);
-    } else {
-        auto *b = static_cast<ShortEventListBody *>(r.record);
-        EXPECT_EQ(b->count, 2);
-        EXPECT_EQ(b->buffer.capacity, 2 * 16 + 16 + 8);
-        EXPECT_EQ(b->entries[0].eventCode, 0x30);
-        EXPECT_EQ(b->entries[0].field2, 0x77);
-        first = b->entries[0].body;
-        second = b->entries[1].body;
-        EXPECT_EQ(first, reinterpret_cast<uint8_t *>(b->entries) + 32);
-    }
-    EXPECT_EQ(loadField<uint16_t>(first, 0), 3);
-    EXPECT_EQ(static_cast<uint8_t *>(first)[8], 0xEE);
-    EXPECT_EQ(second, static_cast<uint8_t *>(first) + 16);
-    freeAll(r);
-}
-
-TEST_P(EventList, CountZeroAllocatesNoBlock) {
-    auto bytes = list(GetParam(), {});
-    DecodeResult r{};
-    ASSERT_EQ(decode(bytes, r), 0u);
-    if (GetParam() == EventFraming::Long) EXPECT_EQ(static_cast<EventListBody *>(r.record)->entries, nullptr);
-    else EXPECT_EQ(static_cast<ShortEventListBody *>(r.record)->entries, nullptr);
-    EXPECT_EQ(r.buffer, nullptr);
-    freeAll(r);
-}
 
 // A code without a row (0x31), or with a row of another version (0x131),
 // after a good event. (Truncations: GuardPageTest.)

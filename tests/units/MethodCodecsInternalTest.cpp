@@ -1,5 +1,6 @@
-// The FU method codecs: refusals and replies worked out by hand (every
-// method's round trip and extent: the corpus and extent sweeps).
+// The FU method codecs: refusals, replies and the raw parameters' figures
+// worked out by hand (every method's round trip and extent: the corpus and
+// extent sweeps).
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -99,6 +100,30 @@ TEST(MethodCodecs, StructuredRepliesByHand) {
             EXPECT_EQ(std::memcmp(loadField<const uint8_t *>(entries, 8), "abc", 3), 0);
             EXPECT_EQ(loadField<const uint8_t *>(entries, 24), nullptr);
         }
+    }
+}
+
+// Methods from 0x2000 without a row of their own take everything that
+// remains as raw parameters. The record figure is the length rounded up to 8
+// in 16 bits, so the longest parameters wrap it to 0; the extent is rounded
+// in 32 bits and holds every byte.
+TEST(MethodCodecs, RawParametersTakeEverythingThatRemains) {
+    const struct { uint32_t remaining; uint16_t paramsLength, recordBytes; } cases[] = {
+        {0, 0, 0}, {1, 1, 8}, {8, 8, 8}, {9, 9, 16},
+        {0xFFF8, 0xFFF8, 0xFFF8}, {0xFFF9, 0xFFF9, 0}, {0x10005, 5, 8},
+    };
+    const MethodCodecRow &raw = rowOf(0x2000);
+    uint8_t byte = 0;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(testing::Message() << "remaining " << c.remaining);
+        const PacketCursor cursor{&byte, c.remaining};
+        uint16_t length = 0xAAAA;
+        RecordSize record{0xAAAA, 0xAAAA};
+        EXPECT_EQ(raw.decCalc(&cursor, &length, &record), 0u);
+        EXPECT_EQ(length, c.paramsLength);
+        EXPECT_EQ(record.bytes, c.recordBytes);
+        EXPECT_EQ(record.extent, (c.remaining + 7) / 8 * 8);
+        EXPECT_EQ(cursor.position, &byte);
     }
 }
 

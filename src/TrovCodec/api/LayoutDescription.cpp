@@ -121,18 +121,8 @@ constexpr TrovLayoutInfo kRawMethodInfo = info(nullptr, 0, 0, nullptr, TROV_LAYO
 
 // ---- attribute values and data types ----------------------------------------------------
 
-// A fixed-size type: its fields by width at their natural alignment.
-constexpr FieldList describeFixed(const FixedValueType &t) {
-    Field list[kMaxFixedFields]{};
-    const int n = t.fieldCount();
-    for (int k = 0; k < n; ++k)
-        list[k] = t.fields[k] == 1 ? fields::u8 : t.fields[k] == 2 ? fields::u16 : fields::u32;
-    const Plan plan = makePlan(list, static_cast<size_t>(n));
-    FieldList out = describePlan(plan);
-    for (int k = 0; k < n; ++k) // the codec's own offsets
-        if (out.at[k].offset != t.fieldOffset(k)) return FieldList{};
-    return out;
-}
+// A fixed-size type: the plan its codec runs.
+constexpr FieldList describeFixed(const FixedValueType &t) { return describePlan(t.plan()); }
 
 // A record type: the plan its codec runs.
 constexpr FieldList describeRecord(const RecordValueType &t) { return describePlan(valuePlan(t.fields)); }

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include "api/Dispatch.h"
 #include "api/TrovLayout.h"
@@ -29,54 +30,28 @@ static_assert(TROV_KIND_U8 == int(FieldKind::U8) && TROV_KIND_RESERVED == int(Fi
 
 namespace layout_names {
 
-enum Group : uint8_t { Value, String, Bytes, Array, Count, Reserved, Option, Attributes, Attribute, Groups };
-inline constexpr const char *kPrefixes[Groups] = {"value", "string",  "bytes",      "array", "count",
-                                                  "reserved", "option", "attributes", "attribute"};
-inline constexpr int kIndices = kMaxFields;
+inline constexpr size_t kKindCount = std::size(kKinds);
 
 struct Table {
-    char text[Groups][kIndices][16];
+    char text[kKindCount][kMaxFields][16];
 };
 
-// "value0" ... "attribute23", generated once.
+// Each kind's generated names, "value0" to "attributes23", made once.
 inline constexpr Table kTable = [] {
     Table t{};
-    for (int g = 0; g < Groups; ++g)
-        for (int i = 0; i < kIndices; ++i) {
+    for (size_t k = 0; k < kKindCount; ++k)
+        for (int i = 0; i < kMaxFields; ++i) {
             int n = 0;
-            for (const char *p = kPrefixes[g]; *p != '\0'; ++p) t.text[g][i][n++] = *p;
-            if (i >= 10) t.text[g][i][n++] = static_cast<char>('0' + i / 10);
-            t.text[g][i][n++] = static_cast<char>('0' + i % 10);
+            for (const char *p = kKinds[k].member; *p != '\0'; ++p) t.text[k][i][n++] = *p;
+            if (i >= 10) t.text[k][i][n++] = static_cast<char>('0' + i / 10);
+            t.text[k][i][n++] = static_cast<char>('0' + i % 10);
         }
     return t;
 }();
 
-constexpr Group groupOf(FieldKind k) {
-    switch (k) {
-    case FieldKind::Octets:
-    case FieldKind::Chars:
-    case FieldKind::Rest: return String;
-    case FieldKind::Bytes:
-    case FieldKind::Bytes12: return Bytes;
-    case FieldKind::U16s:
-    case FieldKind::U32s:
-    case FieldKind::WideU32s:
-    case FieldKind::ByteU32Items:
-    case FieldKind::U32ByteItems:
-    case FieldKind::BytePairs: return Array;
-    case FieldKind::Count: return Count;
-    case FieldKind::Reserved8: return Reserved;
-    case FieldKind::Option: return Option;
-    case FieldKind::Attributes:
-    case FieldKind::EventAttributes: return Attributes;
-    case FieldKind::Attribute: return Attribute;
-    default: return Value;
-    }
-}
-
 constexpr const char *nameOf(FieldKind k, int index) {
     if (k == FieldKind::Buffer) return "buffer";
-    return kTable.text[groupOf(k)][index];
+    return kTable.text[static_cast<size_t>(k)][index];
 }
 
 } // namespace layout_names

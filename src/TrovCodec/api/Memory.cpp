@@ -65,20 +65,21 @@ void logAllocations(AllocationLog *log) {
 void *heapAlloc(uint32_t size) {
     if (TROV_SEAM_FAILS()) return nullptr;
 #if defined(_WIN32)
-    return LocalAlloc(0, size); // fixed memory, not zeroed
+    void *p = LocalAlloc(0, size); // fixed memory, not zeroed
 #else
     void *p = std::malloc(size == 0 ? 1 : size);
+#endif
     TROV_SEAM_LOG(p, size, 0);
     return p;
-#endif
 }
 
 void *heapRealloc(void *p, uint32_t size) {
     if (TROV_SEAM_FAILS()) return nullptr;
 #if defined(_WIN32)
-    return LocalReAlloc(p, size, 0); // flags 0: grow in place or fail
+    void *grown = LocalReAlloc(p, size, 0); // flags 0: grow in place or fail
 #else
     void *grown = std::realloc(p, size == 0 ? 1 : size);
+#endif
 #if defined(TROV_ALLOC_SEAM)
     // A logged block keeps its entry; one from before the log is added whole.
     AllocationLog::Block *b = loggedBlock(p);
@@ -87,7 +88,6 @@ void *heapRealloc(void *p, uint32_t size) {
     TROV_SEAM_LOG(grown, size, known);
 #endif
     return grown;
-#endif
 }
 
 void heapFree(void *p) {

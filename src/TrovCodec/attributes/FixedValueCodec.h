@@ -14,6 +14,7 @@
 
 #include "attributes/FixedValueType.h"
 #include "attributes/ValueForms.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
 
@@ -23,31 +24,12 @@ struct FixedValueCodec {
     static_assert(T.consistent(), "fixed-size type constants disagree");
     static constexpr bool kArrays = T.prefixBytes != 0;
 
-    static void putElement(PacketCursor &c, const uint8_t *record) {
-        for (int k = 0; k < T.fieldCount(); ++k) putValue(c, record + T.fieldOffset(k), T.fields[k]);
-    }
-
-    static void getElement(PacketCursor &c, uint8_t *record) {
-        for (int k = 0; k < T.fieldCount(); ++k) {
-            uint8_t *field = record + T.fieldOffset(k);
-            switch (T.fields[k]) {
-            case 1: storeField<uint8_t>(field, 0, getU8(c)); break;
-            case 2: storeField<uint16_t>(field, 0, getU16(c)); break;
-            default: storeField<uint32_t>(field, 0, getU32(c)); break;
-            }
-        }
-    }
-
-    // Like getElement, for the one case where a narrow length test let an
-    // element through that the packet does not fully hold: the missing bytes
-    // read as 0 instead of from beyond the packet.
-    static void getElementClamped(PacketCursor &c, uint8_t *record) {
-        uint8_t wire[kMaxFixedFields * 4] = {};
-        const uint32_t have = c.remaining < T.wireBytes ? c.remaining : T.wireBytes;
-        getBytes(c, wire, have);
-        PacketCursor copy{wire, T.wireBytes};
-        getElement(copy, record);
-    }
+    // The element's fields go through the field model's walker; its decode
+    // pass reads missing bytes as 0 (a narrow length test can let an element
+    // through that the packet does not fully hold).
+    static constexpr Plan kElement = T.plan();
+    static void putElement(PacketCursor &c, const uint8_t *record) { walkEncode(kElement, c, record, {}); }
+    static void getElement(PacketCursor &c, uint8_t *record) { walkDecode(kElement, c, record, nullptr, {}); }
 
     static TrovResult encCalc(const void *value, uint8_t isArray, WireSize *packetBytes, uint8_t) {
         if (!kArrays || isArray == 0) {
@@ -112,10 +94,7 @@ struct FixedValueCodec {
         const uint16_t n = getCount(c, T.prefixBytes);
         uint8_t *element = storeArrayHeader(base, n, T.prefixBytes);
         if (n == 0) return element;
-        for (uint32_t i = 0; i < n; ++i, element += T.recordBytes) {
-            if (c.remaining >= T.wireBytes) getElement(c, element);
-            else getElementClamped(c, element);
-        }
+        for (uint32_t i = 0; i < n; ++i, element += T.recordBytes) getElement(c, element);
         return alignUp8(element);
     }
 

@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+#include "engine/Field.h"
+
 namespace trov {
 
 // Row-specific behaviour that the family keeps on purpose.
@@ -36,35 +38,26 @@ struct FixedValueType {
         while (n < kMaxFixedFields && fields[n] != 0) ++n;
         return n;
     }
-    // Record offset of field i: each field at its natural alignment.
-    constexpr uint32_t fieldOffset(int i) const {
-        uint32_t offset = 0;
-        for (int k = 0;; ++k) {
-            offset = (offset + fields[k] - 1) / fields[k] * fields[k];
-            if (k == i) return offset;
-            offset += fields[k];
-        }
+    // The element as a layout of the field model: each field at its natural
+    // alignment.
+    constexpr Plan plan() const {
+        Field list[kMaxFixedFields]{};
+        for (int k = 0; k < fieldCount(); ++k)
+            list[k] = fields[k] == 1 ? fields::u8 : fields[k] == 2 ? fields::u16 : fields::u32;
+        return makePlan(list, kMaxFixedFields);
     }
     // The element record as its fields lay it out, padded to its alignment.
     constexpr uint32_t layoutBytes() const {
-        uint32_t end = 0, align = 1;
-        for (int k = 0; k < fieldCount(); ++k) {
-            end = fieldOffset(k) + fields[k];
-            if (fields[k] > align) align = fields[k];
-        }
-        return (end + align - 1) / align * align;
-    }
-    constexpr uint32_t fieldWireSum() const {
-        uint32_t sum = 0;
-        for (int k = 0; k < fieldCount(); ++k) sum += fields[k];
-        return sum;
+        uint32_t align = 1;
+        for (int k = 0; k < fieldCount(); ++k) align = fields[k] > align ? fields[k] : align;
+        return alignTo(plan().fieldsEnd, align);
     }
     // The constants agree with each other: the fields add up to W, lay out to
     // M (scalar-only types: fit in the reported size), widths are 1, 2 or 4.
     constexpr bool consistent() const {
         for (int k = 0; k < fieldCount(); ++k)
             if (fields[k] != 1 && fields[k] != 2 && fields[k] != 4) return false;
-        if (fieldWireSum() != wireBytes || prefixBytes > 2) return false;
+        if (plan().wireFixed != wireBytes || prefixBytes > 2) return false;
         return prefixBytes == 0 ? layoutBytes() <= recordBytes && recordBytes % 8 == 0
                                 : layoutBytes() == recordBytes;
     }

@@ -124,12 +124,6 @@ inline void putBytes(PacketCursor *c, const void *src, uint32_t n) {
 
 inline void skip(PacketCursor &c, uint32_t n) { advance(c, n); }
 
-// Moves over n bytes and adds n to a caller's 16-bit running total.
-inline void skipCounted(PacketCursor &c, uint32_t n, uint16_t &total) {
-    advance(c, n);
-    total = static_cast<uint16_t>(total + n);
-}
-
 // ---- readers ---------------------------------------------------------------
 
 inline uint16_t loadU16(const uint8_t *p) {
@@ -158,20 +152,10 @@ inline uint8_t getU8(PacketCursor &c) {
     return v;
 }
 
-inline uint8_t getU8Counted(PacketCursor &c, uint16_t &total) {
-    total = static_cast<uint16_t>(total + 1);
-    return getU8(c);
-}
-
 inline uint16_t getU16(PacketCursor &c) {
     uint16_t v = loadU16(c.position);
     advance(c, 2);
     return v;
-}
-
-inline uint16_t getU16Counted(PacketCursor &c, uint16_t &total) {
-    total = static_cast<uint16_t>(total + 2);
-    return getU16(c);
 }
 
 inline uint32_t getU32(PacketCursor &c) {
@@ -180,7 +164,6 @@ inline uint32_t getU32(PacketCursor &c) {
     return v;
 }
 
-inline uint16_t peekU16(const PacketCursor &c) { return loadU16(c.position); }
 
 // Copies n bytes into dst and returns dst + n; when n is 0 or dst is null
 // nothing is copied and the cursor does not move.

@@ -73,35 +73,37 @@ struct KindInfo {
     uint8_t room;
     uint8_t spare;
     bool counted;
+    const char *member; // a field without a record member's name is called
+                        // this and its index in the layout ("value3")
 };
 
 inline constexpr KindInfo kKinds[] = {
-    // name         wire record align room spare counted
-    {"end",            0,  0, 1, 0, 0, false},
-    {"u8",             1,  1, 1, 0, 0, false},
-    {"u16",            2,  2, 2, 0, 0, false},
-    {"u32",            4,  4, 4, 0, 0, false},
-    {"reserved",       0,  1, 1, 0, 0, false},
-    {"bytes",          0,  0, 1, 0, 0, false},
-    {"bytes",         12, 16, 8, 0, 0, false},
-    {"octets",         1, 16, 8, 1, 0, true},
-    {"chars",          1, 16, 8, 1, 1, true},
-    {"u16s",           2, 16, 8, 2, 0, true},
-    {"u32s",           4, 16, 8, 4, 0, true},
-    {"u32s",           4, 16, 8, 8, 0, true},
-    {"u8u32items",     5, 16, 8, 8, 0, true},
-    {"u32u8items",     5, 16, 8, 8, 0, true},
-    {"bytepairs",      2, 16, 8, 2, 0, true},
-    {"rest",           1, 16, 8, 1, 0, true},
-    {"count",          0,  0, 1, 0, 0, false},
-    {"attribute",      0, 16, 8, 0, 0, false},
-    {"value",          0, 16, 8, 0, 0, false},
-    {"value",          0, 16, 8, 0, 0, false},
-    {"option",         0, 16, 8, 0, 0, false},
-    {"attributes",     0, 16, 8, 0, 0, false},
-    {"attributes",     0, 16, 8, 0, 0, false},
-    {"buffer",         0, 16, 8, 0, 0, false},
-    {"head",           0,  0, 8, 0, 0, false},
+    // name         wire record align room spare counted member
+    {"end",            0,  0, 1, 0, 0, false, ""},
+    {"u8",             1,  1, 1, 0, 0, false, "value"},
+    {"u16",            2,  2, 2, 0, 0, false, "value"},
+    {"u32",            4,  4, 4, 0, 0, false, "value"},
+    {"reserved",       0,  1, 1, 0, 0, false, "reserved"},
+    {"bytes",          0,  0, 1, 0, 0, false, "bytes"},
+    {"bytes",         12, 16, 8, 0, 0, false, "bytes"},
+    {"octets",         1, 16, 8, 1, 0, true,  "string"},
+    {"chars",          1, 16, 8, 1, 1, true,  "string"},
+    {"u16s",           2, 16, 8, 2, 0, true,  "array"},
+    {"u32s",           4, 16, 8, 4, 0, true,  "array"},
+    {"u32s",           4, 16, 8, 8, 0, true,  "array"},
+    {"u8u32items",     5, 16, 8, 8, 0, true,  "array"},
+    {"u32u8items",     5, 16, 8, 8, 0, true,  "array"},
+    {"bytepairs",      2, 16, 8, 2, 0, true,  "array"},
+    {"rest",           1, 16, 8, 1, 0, true,  "string"},
+    {"count",          0,  0, 1, 0, 0, false, "count"},
+    {"attribute",      0, 16, 8, 0, 0, false, "attribute"},
+    {"value",          0, 16, 8, 0, 0, false, "value"},
+    {"value",          0, 16, 8, 0, 0, false, "value"},
+    {"option",         0, 16, 8, 0, 0, false, "option"},
+    {"attributes",     0, 16, 8, 0, 0, false, "attributes"},
+    {"attributes",     0, 16, 8, 0, 0, false, "attributes"},
+    {"buffer",         0, 16, 8, 0, 0, false, "buffer"},
+    {"head",           0,  0, 8, 0, 0, false, ""},
 };
 static_assert(std::size(kKinds) == static_cast<size_t>(FieldKind::Head) + 1);
 

@@ -41,6 +41,19 @@ constexpr uint32_t reservedValueRoom(uint16_t type) {
     }
 }
 
+// The codec behind an identifier or data type field, the version it codes
+// at, and the result when there is none.
+struct ValueCodec {
+    const ValueCodecOps *ops;
+    uint8_t version;
+    TrovResult missing;
+};
+ValueCodec valueCodec(const Field &f, uint16_t key, const FieldEnv &env) {
+    if (f.kind == FieldKind::Attribute)
+        return {env.attribute(key, env.version), env.version, TROV_RESULT_NO_ATTRIBUTE_CODEC};
+    return {env.dataType(key), kValueVersion, TROV_RESULT_NO_DATA_TYPE_CODEC};
+}
+
 // Readers of the decode pass that never pass the cursor: with slack a body
 // may end early, and what it lacks reads as 0.
 void take(PacketCursor &c, uint8_t *dst, uint32_t n) {
@@ -125,24 +138,14 @@ TrovResult walkEncCalc(const Plan &plan, const uint8_t *record, WireSize &size, 
             pending = loadCount(record, f.offset, f.prefix);
             size.add(f.prefix);
             break;
-        case FieldKind::Attribute: {
-            const ValueCodecOps *ops = env.attribute(loadField<uint16_t>(record, f.offset), env.version);
-            if (ops == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-            if (pointer == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-            WireSize value;
-            if (TrovResult r = ops->encCalc(pointer, kArrayForm, &value, env.version)) return r;
-            if (value.nullData) return TROV_RESULT_NULL_ARGUMENT;
-            size.add(2);
-            size.add(value);
-            break;
-        }
+        case FieldKind::Attribute:
         case FieldKind::TypedValue:
         case FieldKind::ReservedValue: {
-            const ValueCodecOps *ops = env.dataType(loadField<uint16_t>(record, f.offset));
-            if (ops == nullptr) return TROV_RESULT_NO_DATA_TYPE_CODEC;
+            const ValueCodec codec = valueCodec(f, loadField<uint16_t>(record, f.offset), env);
+            if (codec.ops == nullptr) return codec.missing;
             if (pointer == nullptr) return TROV_RESULT_NULL_ARGUMENT;
             WireSize value;
-            if (TrovResult r = ops->encCalc(pointer, kArrayForm, &value, kValueVersion)) return r;
+            if (TrovResult r = codec.ops->encCalc(pointer, kArrayForm, &value, codec.version)) return r;
             if (value.nullData) return TROV_RESULT_NULL_ARGUMENT;
             size.add(2);
             size.add(value);
@@ -200,21 +203,14 @@ void walkEncode(const Plan &plan, PacketCursor &c, const uint8_t *record, const 
             pending = loadCount(record, f.offset, f.prefix);
             putValue(c, record + f.offset, f.prefix);
             break;
-        case FieldKind::Attribute: {
-            const uint16_t id = loadField<uint16_t>(record, f.offset);
-            const ValueCodecOps *ops = env.attribute(id, env.version);
-            if (ops == nullptr) break; // the size pass refused it
-            putU16(c, id);
-            ops->encode(&c, pointer, kArrayForm, env.version);
-            break;
-        }
+        case FieldKind::Attribute:
         case FieldKind::TypedValue:
         case FieldKind::ReservedValue: {
-            const uint16_t type = loadField<uint16_t>(record, f.offset);
-            const ValueCodecOps *ops = env.dataType(type);
-            if (ops == nullptr) break;
-            putU16(c, type);
-            ops->encode(&c, pointer, kArrayForm, kValueVersion);
+            const uint16_t key = loadField<uint16_t>(record, f.offset);
+            const ValueCodec codec = valueCodec(f, key, env);
+            if (codec.ops == nullptr) break; // the size pass refused it
+            putU16(c, key);
+            codec.ops->encode(&c, pointer, kArrayForm, codec.version);
             break;
         }
         case FieldKind::Option: {
@@ -270,38 +266,29 @@ TrovResult walkDecCalc(const Plan &plan, PacketCursor &cursor, Sizes &data, cons
             pending = countAt(c, offset, f.prefix);
             offset += f.prefix;
             break;
-        case FieldKind::Attribute: {
-            if (c.remaining < offset + 2) return TROV_RESULT_SHORT_INPUT;
-            const ValueCodecOps *ops = env.attribute(loadU16(c.position + offset), env.version);
-            if (ops == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-            offset += 2;
-            PacketCursor value = rest();
-            RecordSize decoded{};
-            if (TrovResult r = ops->decCalc(&value, kArrayForm, &decoded, env.version)) return r;
-            offset = static_cast<uint64_t>(value.position - c.position);
-            sizes.add(decoded.bytes, decoded.extent > decoded.bytes ? decoded.extent : decoded.bytes);
-            break;
-        }
+        case FieldKind::Attribute:
         case FieldKind::TypedValue:
         case FieldKind::ReservedValue: {
             // No slack here: the codec gets the real bytes.
             if (c.remaining < offset + 2) return TROV_RESULT_SHORT_INPUT;
-            const uint16_t type = loadU16(c.position + offset);
-            const ValueCodecOps *ops = env.dataType(type);
-            if (ops == nullptr) return TROV_RESULT_NO_DATA_TYPE_CODEC;
+            const uint16_t key = loadU16(c.position + offset);
+            const ValueCodec codec = valueCodec(f, key, env);
+            if (codec.ops == nullptr) return codec.missing;
             offset += 2;
             PacketCursor value = rest();
             RecordSize decoded{};
-            if (TrovResult r = ops->decCalc(&value, kArrayForm, &decoded, kValueVersion)) return r;
+            if (TrovResult r = codec.ops->decCalc(&value, kArrayForm, &decoded, codec.version)) return r;
             offset = static_cast<uint64_t>(value.position - c.position);
-            if (f.kind == FieldKind::TypedValue) {
+            if (f.kind == FieldKind::Attribute) { // a body's value, as its codec reports it
+                sizes.add(decoded.bytes, decoded.extent > decoded.bytes ? decoded.extent : decoded.bytes);
+            } else if (f.kind == FieldKind::TypedValue) {
                 sizes.add(roundUp8u16(decoded.bytes), alignTo(decoded.extent, 8));
-                break;
+            } else {
+                const uint32_t room = reservedValueRoom(key);
+                // A value that outgrows its type's room would run into what follows.
+                if (room != 0 && decoded.extent > room) return TROV_RESULT_SHORT_INPUT;
+                sizes.add(static_cast<uint16_t>(room), room);
             }
-            const uint32_t room = reservedValueRoom(type);
-            // A value that outgrows its type's room would run into what follows.
-            if (room != 0 && decoded.extent > room) return TROV_RESULT_SHORT_INPUT;
-            sizes.add(static_cast<uint16_t>(room), room);
             break;
         }
         case FieldKind::Option: {

@@ -6,6 +6,16 @@
 // an entry whose field number is 0. One generic walk per operation interprets
 // any descriptor: encode size, encode, decode size, decode.
 //
+// Why a walk of its own beside the field model (Field.h): structures place
+// things by rules the flat layouts do not share. A count is any earlier
+// count-flagged scalar of the same walk (not the field in front), records
+// nest inside records with their own alignment, option lists and attribute
+// values sit inline as 16-byte entries, every piece of data goes to one extra
+// area behind the outermost record, the reported size is reset by each
+// array, and the decode pass re-sizes its own input so that it can be called
+// on bytes nobody sized. Folding those rules into the walker would give every
+// flat layout a dozen parameters it never uses.
+//
 // On the wire the fields follow one another with no padding:
 //   kinds 1-7  scalar: `size` bytes, big-endian (only widths 1, 2, 4 are written)
 //   kind 8     count octets, raw

@@ -3,7 +3,8 @@
 // A method invocation (body 0x1d) carries a method code and the method's
 // parameters. On a request the host's parameter record is written to the
 // wire; on a reply the wire is read into a parameter record. The two sides
-// of a method are independent, and each is one of a few shapes:
+// of a method are independent, and each is one of a few shapes (the
+// reference lists each method's wire size, checked against these lists):
 //
 //   request  none | one byte | two bytes | fixed block of 3..14 bytes |
 //            u16 length L, L octets (L + 2) | u8 length L, L octets (L + 1) |
@@ -35,19 +36,6 @@ inline constexpr int kMaxMethodFields = 6;
 
 // ---- the two sides of a method ---------------------------------------------------
 
-enum class MethodRequest : uint8_t {
-    None,         // no parameters
-    OneByte,      // the record's first byte
-    TwoBytes,     // the record's first two bytes, in record order
-    Fixed,        // fixed fields of a constant total (3, 4, 5, 6, 7, 8, 9, 13 or 14)
-    Length16,     // u16 length L, L octets: L + 2
-    Length8,      // u8 length L, L octets: L + 1
-    Count8U16,    // u8 count N, N u16: 2N + 1
-    Count16U32,   // u16 count N, N u32: 4N + 2
-    LengthFields, // fixed fields, then strings whose lengths the record holds
-    Computed,     // fixed fields and counted lists, at least one of wider elements
-};
-
 enum class MethodReply : uint8_t {
     None,       // nothing is read; record size 0
     OneByte,    // one byte into an 8-byte record; params length 0
@@ -57,8 +45,6 @@ enum class MethodReply : uint8_t {
 
 struct MethodInfo {
     uint16_t code;
-    MethodRequest request;
-    uint8_t prefix; // request wire bytes with every count 0: the fixed families' constant
     Field requestFields[kMaxMethodFields];
     MethodReply reply;
     Field replyFields[kMaxMethodFields]; // None: empty; OneByte: {u8}; Specific
@@ -95,97 +81,96 @@ static_assert(structDescriptorValid(kMethodReplyC0) && structRecordSize(kMethodR
 namespace method_fields {
 using namespace fields;
 inline constexpr Field block2 = bytes(2);
-using R = MethodRequest;
 using A = MethodReply;
 
 inline constexpr MethodInfo kMethods[] = {
-    {0x6b, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0xa1, R::Fixed, 5, {u8, u32}, A::None, {}, nullptr},
-    {0x98, R::Fixed, 8, {u32, u32}, A::None, {}, nullptr},
-    {0x97, R::Fixed, 13, {u8, u32, u32, u32}, A::None, {}, nullptr},
-    {0x6f, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0x75, R::OneByte, 1, {u8}, A::None, {}, nullptr},
-    {0x95, R::Computed, 3, {u8, u16s8, u32s8}, A::Specific, {u16, u32s16}, nullptr},
-    {0x96, R::None, 0, {}, A::Specific, {u8, chr8}, nullptr},
-    {0x9b, R::Fixed, 9, {u8, u32, u32}, A::None, {}, nullptr},
-    {0x6c, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0x70, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0x85, R::Computed, 3, {u16, u16s8}, A::None, {}, nullptr},
-    {0xa9, R::Computed, 5, {u16, u16, u32s8}, A::None, {}, nullptr},
-    {0x82, R::None, 0, {}, A::None, {}, nullptr},
-    {0x8a, R::None, 0, {}, A::None, {}, nullptr},
-    {0x72, R::None, 0, {}, A::None, {}, nullptr},
-    {0x74, R::OneByte, 1, {u8}, A::None, {}, nullptr},
-    {0x73, R::None, 0, {}, A::None, {}, nullptr},
-    {0x88, R::Length8, 1, {oct8}, A::OneByte, {u8}, nullptr},
-    {0xa8, R::LengthFields, 3, {u16, chr8}, A::OneByte, {u8}, nullptr},
-    {0x0c, R::Length8, 1, {oct8}, A::Specific, {u8, oct8}, nullptr},
-    {0x90, R::LengthFields, 4, {u16, oct16}, A::Specific, {u16, u16, chr16}, nullptr},
-    {0x94, R::LengthFields, 4, {u8, u16, oct8}, A::Specific, {u8, u16s8}, nullptr},
-    {0x91, R::Computed, 6, {u32, u16s16}, A::Specific, {u8, u16s8, u32s8}, nullptr},
-    {0x76, R::Computed, 2, {u8, u32s8}, A::None, {}, nullptr},
-    {0x77, R::None, 0, {}, A::None, {}, nullptr},
-    {0x99, R::LengthFields, 2, {u8, chr8}, A::OneByte, {u8}, nullptr},
-    {0x9a, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0xa5, R::LengthFields, 3, {u8, chr8, chr8}, A::None, {}, nullptr},
-    {0xa7, R::None, 0, {}, A::Specific, {u32, u32, u16}, nullptr},
-    {0x87, R::None, 0, {}, A::Specific, {u8, u32, oct8}, nullptr},
-    {0x89, R::OneByte, 1, {u8}, A::OneByte, {u8}, nullptr},
-    {0x7d, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0x7c, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0x66, R::None, 0, {}, A::None, {}, nullptr},
-    {0x65, R::Fixed, 5, {u8, u32}, A::None, {}, nullptr},
-    {0x68, R::LengthFields, 2, {u8, oct8}, A::None, {}, nullptr},
-    {0x84, R::None, 0, {}, A::None, {}, nullptr},
-    {0x0e, R::Length8, 1, {oct8}, A::Specific, {u16, oct8}, nullptr},
-    {0x8d, R::None, 0, {}, A::Specific, {u16, u16, u32}, nullptr},
-    {0x92, R::None, 0, {}, A::OneByte, {u8}, nullptr},
-    {0x83, R::OneByte, 1, {u8}, A::None, {}, nullptr},
-    {0x0b, R::Length16, 2, {oct16}, A::Specific, {u16, oct16}, nullptr},
-    {0x69, R::Fixed, 14, {u16, u32, u32, u32}, A::None, {}, nullptr},
-    {0xa2, R::LengthFields, 4, {u16, oct8, oct8}, A::None, {}, nullptr},
-    {0x6d, R::TwoBytes, 2, {block2}, A::None, {}, nullptr},
-    {0xaa, R::Fixed, 6, {u16, u32}, A::None, {}, nullptr},
-    {0x6a, R::LengthFields, 3, {u16, oct8}, A::None, {}, nullptr},
-    {0x8c, R::Fixed, 3, {u8, u16}, A::None, {}, nullptr},
-    {0xa3, R::Fixed, 3, {u8, u16}, A::None, {}, nullptr},
-    {0x6e, R::LengthFields, 3, {u8, oct8, oct8}, A::None, {}, nullptr},
-    {0x8f, R::LengthFields, 5, {u32, oct8}, A::Specific, {u32, oct8}, nullptr},
-    {0x7e, R::Fixed, 6, {u16, u32}, A::None, {}, nullptr},
-    {0x7f, R::Fixed, 7, {u8, u16, u32}, A::None, {}, nullptr},
-    {0x93, R::OneByte, 1, {u8}, A::Specific, {u16, oct8}, nullptr},
-    {0x67, R::OneByte, 1, {u8}, A::None, {}, nullptr},
-    {0x8e, R::Fixed, 8, {u32, u32}, A::OneByte, {u8}, nullptr},
-    {0x0d, R::Length16, 2, {oct16}, A::Specific, {u8, oct16}, nullptr},
-    {0x9c, R::Fixed, 4, {u16, u16}, A::None, {}, nullptr},
-    {0x9d, R::LengthFields, 6, {u32, u8, oct8}, A::None, {}, nullptr},
-    {0xa4, R::LengthFields, 5, {u16, u16, oct8}, A::None, {}, nullptr},
-    {0x9e, R::OneByte, 1, {u8}, A::OneByte, {u8}, nullptr},
-    {0x9f, R::Fixed, 9, {u8, u32, u32}, A::None, {}, nullptr},
-    {0xa0, R::Fixed, 13, {u8, u32, u32, u32}, A::Specific, {u8, u32, u32, oct16}, nullptr},
-    {0xa6, R::None, 0, {}, A::OneByte, {u8}, nullptr},
-    {0xab, R::Computed, 3, {u8, oct8, u16s8}, A::None, {}, nullptr},
-    {0xac, R::Computed, 5, {u32, u32s8}, A::None, {}, nullptr},
-    {0xae, R::Fixed, 4, {u16, u16}, A::None, {}, nullptr},
-    {0xad, R::None, 0, {}, A::None, {}, nullptr},
-    {0xb1, R::Computed, 4, {u16, u32s16}, A::None, {}, nullptr},
-    {0xaf, R::LengthFields, 6, {u32, oct16}, A::None, {}, nullptr},
-    {0xb0, R::Count16U32, 2, {u32s16}, A::Specific, {u16, u32s16}, nullptr},
-    {0xb2, R::LengthFields, 3, {u8, oct16}, A::Specific, {u16, oct8, oct8}, nullptr},
-    {0xb3, R::LengthFields, 7, {u16, u32, oct8}, A::Specific, {u32, u32, u32}, nullptr},
-    {0xb4, R::Computed, 3, {u8, u8, u16s8}, A::Specific, {u8, u8, chr8, u16s8}, nullptr},
-    {0xb5, R::OneByte, 1, {u8}, A::None, {}, nullptr},
-    {0xb6, R::Count8U16, 1, {u16s8}, A::None, {}, nullptr},
-    {0xb7, R::Count8U16, 1, {u16s8}, A::None, {}, nullptr},
-    {0xb8, R::Length8, 1, {oct8}, A::Specific, {u8, chr8}, nullptr},
-    {0xb9, R::None, 0, {}, A::Specific, {u8, u32s8}, nullptr},
-    {0xba, R::Fixed, 8, {u32, u32}, A::Specific, {u32, u8, chr8}, nullptr},
-    {0xbb, R::OneByte, 1, {u8}, A::Structured, {}, kMethodReplyBB},
-    {0xbc, R::None, 0, {}, A::Structured, {}, kMethodReplyBC},
-    {0xbd, R::Computed, 4, {u16, chr8, u32s8}, A::None, {}, nullptr},
-    {0xbe, R::Computed, 3, {u8, u16s8, oct8}, A::None, {}, nullptr},
-    {0xbf, R::Computed, 8, {u32, u16, u16s16}, A::None, {}, nullptr},
-    {0xc0, R::Computed, 5, {u16, u32s8, oct16}, A::Structured, {}, kMethodReplyC0},
+    {0x6b, {block2}, A::None, {}, nullptr},
+    {0xa1, {u8, u32}, A::None, {}, nullptr},
+    {0x98, {u32, u32}, A::None, {}, nullptr},
+    {0x97, {u8, u32, u32, u32}, A::None, {}, nullptr},
+    {0x6f, {block2}, A::None, {}, nullptr},
+    {0x75, {u8}, A::None, {}, nullptr},
+    {0x95, {u8, u16s8, u32s8}, A::Specific, {u16, u32s16}, nullptr},
+    {0x96, {}, A::Specific, {u8, chr8}, nullptr},
+    {0x9b, {u8, u32, u32}, A::None, {}, nullptr},
+    {0x6c, {block2}, A::None, {}, nullptr},
+    {0x70, {block2}, A::None, {}, nullptr},
+    {0x85, {u16, u16s8}, A::None, {}, nullptr},
+    {0xa9, {u16, u16, u32s8}, A::None, {}, nullptr},
+    {0x82, {}, A::None, {}, nullptr},
+    {0x8a, {}, A::None, {}, nullptr},
+    {0x72, {}, A::None, {}, nullptr},
+    {0x74, {u8}, A::None, {}, nullptr},
+    {0x73, {}, A::None, {}, nullptr},
+    {0x88, {oct8}, A::OneByte, {u8}, nullptr},
+    {0xa8, {u16, chr8}, A::OneByte, {u8}, nullptr},
+    {0x0c, {oct8}, A::Specific, {u8, oct8}, nullptr},
+    {0x90, {u16, oct16}, A::Specific, {u16, u16, chr16}, nullptr},
+    {0x94, {u8, u16, oct8}, A::Specific, {u8, u16s8}, nullptr},
+    {0x91, {u32, u16s16}, A::Specific, {u8, u16s8, u32s8}, nullptr},
+    {0x76, {u8, u32s8}, A::None, {}, nullptr},
+    {0x77, {}, A::None, {}, nullptr},
+    {0x99, {u8, chr8}, A::OneByte, {u8}, nullptr},
+    {0x9a, {block2}, A::None, {}, nullptr},
+    {0xa5, {u8, chr8, chr8}, A::None, {}, nullptr},
+    {0xa7, {}, A::Specific, {u32, u32, u16}, nullptr},
+    {0x87, {}, A::Specific, {u8, u32, oct8}, nullptr},
+    {0x89, {u8}, A::OneByte, {u8}, nullptr},
+    {0x7d, {block2}, A::None, {}, nullptr},
+    {0x7c, {block2}, A::None, {}, nullptr},
+    {0x66, {}, A::None, {}, nullptr},
+    {0x65, {u8, u32}, A::None, {}, nullptr},
+    {0x68, {u8, oct8}, A::None, {}, nullptr},
+    {0x84, {}, A::None, {}, nullptr},
+    {0x0e, {oct8}, A::Specific, {u16, oct8}, nullptr},
+    {0x8d, {}, A::Specific, {u16, u16, u32}, nullptr},
+    {0x92, {}, A::OneByte, {u8}, nullptr},
+    {0x83, {u8}, A::None, {}, nullptr},
+    {0x0b, {oct16}, A::Specific, {u16, oct16}, nullptr},
+    {0x69, {u16, u32, u32, u32}, A::None, {}, nullptr},
+    {0xa2, {u16, oct8, oct8}, A::None, {}, nullptr},
+    {0x6d, {block2}, A::None, {}, nullptr},
+    {0xaa, {u16, u32}, A::None, {}, nullptr},
+    {0x6a, {u16, oct8}, A::None, {}, nullptr},
+    {0x8c, {u8, u16}, A::None, {}, nullptr},
+    {0xa3, {u8, u16}, A::None, {}, nullptr},
+    {0x6e, {u8, oct8, oct8}, A::None, {}, nullptr},
+    {0x8f, {u32, oct8}, A::Specific, {u32, oct8}, nullptr},
+    {0x7e, {u16, u32}, A::None, {}, nullptr},
+    {0x7f, {u8, u16, u32}, A::None, {}, nullptr},
+    {0x93, {u8}, A::Specific, {u16, oct8}, nullptr},
+    {0x67, {u8}, A::None, {}, nullptr},
+    {0x8e, {u32, u32}, A::OneByte, {u8}, nullptr},
+    {0x0d, {oct16}, A::Specific, {u8, oct16}, nullptr},
+    {0x9c, {u16, u16}, A::None, {}, nullptr},
+    {0x9d, {u32, u8, oct8}, A::None, {}, nullptr},
+    {0xa4, {u16, u16, oct8}, A::None, {}, nullptr},
+    {0x9e, {u8}, A::OneByte, {u8}, nullptr},
+    {0x9f, {u8, u32, u32}, A::None, {}, nullptr},
+    {0xa0, {u8, u32, u32, u32}, A::Specific, {u8, u32, u32, oct16}, nullptr},
+    {0xa6, {}, A::OneByte, {u8}, nullptr},
+    {0xab, {u8, oct8, u16s8}, A::None, {}, nullptr},
+    {0xac, {u32, u32s8}, A::None, {}, nullptr},
+    {0xae, {u16, u16}, A::None, {}, nullptr},
+    {0xad, {}, A::None, {}, nullptr},
+    {0xb1, {u16, u32s16}, A::None, {}, nullptr},
+    {0xaf, {u32, oct16}, A::None, {}, nullptr},
+    {0xb0, {u32s16}, A::Specific, {u16, u32s16}, nullptr},
+    {0xb2, {u8, oct16}, A::Specific, {u16, oct8, oct8}, nullptr},
+    {0xb3, {u16, u32, oct8}, A::Specific, {u32, u32, u32}, nullptr},
+    {0xb4, {u8, u8, u16s8}, A::Specific, {u8, u8, chr8, u16s8}, nullptr},
+    {0xb5, {u8}, A::None, {}, nullptr},
+    {0xb6, {u16s8}, A::None, {}, nullptr},
+    {0xb7, {u16s8}, A::None, {}, nullptr},
+    {0xb8, {oct8}, A::Specific, {u8, chr8}, nullptr},
+    {0xb9, {}, A::Specific, {u8, u32s8}, nullptr},
+    {0xba, {u32, u32}, A::Specific, {u32, u8, chr8}, nullptr},
+    {0xbb, {u8}, A::Structured, {}, kMethodReplyBB},
+    {0xbc, {}, A::Structured, {}, kMethodReplyBC},
+    {0xbd, {u16, chr8, u32s8}, A::None, {}, nullptr},
+    {0xbe, {u8, u16s8, oct8}, A::None, {}, nullptr},
+    {0xbf, {u32, u16, u16s16}, A::None, {}, nullptr},
+    {0xc0, {u16, u32s8, oct16}, A::Structured, {}, kMethodReplyC0},
 };
 } // namespace method_fields
 
@@ -289,51 +274,22 @@ constexpr MethodCodecRow methodRow() {
 
 // ---- compile-time checks -------------------------------------------------------
 
-// Each side has the shape its family states: the fixed families' constant
-// wire size, the one-field families their one field, the reply shapes theirs.
-constexpr bool methodHolds(const MethodInfo &m, const MethodPlans &p) {
-    const Plan &q = p.request;
-    auto only = [](const Plan &plan, FieldKind kind, uint8_t prefix) {
-        return plan.count == 1 && plan.fields[0].kind == kind && plan.fields[0].prefix == prefix;
-    };
-    uint8_t parts = 0;
-    bool wide = false;
-    for (uint8_t k = 0; k < q.count; ++k) {
-        const FieldKind kind = q.fields[k].kind;
-        parts += isCounted(kind);
-        wide |= kind == FieldKind::U16s || kind == FieldKind::U32s;
-    }
-    if (!q.valid || !p.reply.valid || q.wireFixed != m.prefix) return false;
-    bool request = false;
-    switch (m.request) {
-    case MethodRequest::None: request = q.count == 0; break;
-    case MethodRequest::OneByte: request = only(q, FieldKind::U8, 0); break;
-    case MethodRequest::TwoBytes: request = q.count == 1 && q.fields[0].kind == FieldKind::Bytes && q.fields[0].size == 2; break;
-    case MethodRequest::Fixed: request = parts == 0 && q.wireFixed >= 3; break;
-    case MethodRequest::Length16: request = only(q, FieldKind::Octets, 2); break;
-    case MethodRequest::Length8: request = only(q, FieldKind::Octets, 1); break;
-    case MethodRequest::Count8U16: request = only(q, FieldKind::U16s, 1); break;
-    case MethodRequest::Count16U32: request = only(q, FieldKind::U32s, 2); break;
-    case MethodRequest::LengthFields: request = parts > 0 && !wide && q.wireFixed > parts; break;
-    case MethodRequest::Computed: request = wide; break;
-    }
-    switch (m.reply) {
-    case MethodReply::None: return request && p.reply.count == 0 && m.replyDescriptor == nullptr;
-    case MethodReply::OneByte: return request && only(p.reply, FieldKind::U8, 0) && p.reply.record == 8;
-    case MethodReply::Structured: return request && p.reply.count == 0 && m.replyDescriptor != nullptr;
-    case MethodReply::Specific: return request && p.reply.count > 0 && m.replyDescriptor == nullptr;
-    }
-    return false;
-}
-
+// Each reply has the shape its kind states; every code once.
 constexpr bool methodsHold() {
-    for (size_t i = 0; i < kMethodCount; ++i)
-        if (!methodHolds(kMethods[i], kMethodPlans[i]) || kMethods[i].code == 0 ||
-            methodIndex(kMethods[i].code) != i) // no duplicates
+    for (size_t i = 0; i < kMethodCount; ++i) {
+        const MethodInfo &m = kMethods[i];
+        const Plan &reply = kMethodPlans[i].reply;
+        const bool shaped = m.reply == MethodReply::Specific ? reply.count > 0 && m.replyDescriptor == nullptr
+                            : m.reply == MethodReply::Structured ? reply.count == 0 && m.replyDescriptor != nullptr
+                            : m.reply == MethodReply::OneByte
+                                ? reply.count == 1 && reply.fields[0].kind == FieldKind::U8 && reply.record == 8
+                                : reply.count == 0 && m.replyDescriptor == nullptr;
+        if (!shaped || !kMethodPlans[i].request.valid || !reply.valid || m.code == 0 || methodIndex(m.code) != i)
             return false;
+    }
     return true;
 }
-static_assert(methodsHold(), "a method's field lists disagree with its family");
+static_assert(methodsHold(), "a method's reply disagrees with its kind");
 static_assert(kMethodCount == 87);
 
 } // namespace trov

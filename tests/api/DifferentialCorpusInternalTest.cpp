@@ -197,16 +197,20 @@ void reencode(const HeaderInfo &decoded, const void *record) {
 // 8-byte growable block (3).
 void decodeIntoCaller(PacketCursor &cursor, const Region &input, size_t recordSize, size_t room, int variant) {
     std::vector<uint64_t> callerRecord((recordSize + 7) / 8, 0), callerBuffer((room + 7) / 8 + 1, 0);
-    auto *desc = reinterpret_cast<BufferDesc *>(reinterpret_cast<uint8_t *>(callerRecord.data()) + recordSize - 16);
+    // The closing BufferDesc, when the record can end with one
+    // (variants 1 to 3 run only for records that do).
+    auto *desc = recordSize < 16 || recordSize % 8 != 0 ? nullptr
+                                 : reinterpret_cast<BufferDesc *>(reinterpret_cast<uint8_t *>(callerRecord.data()) +
+                                                                  recordSize - 16);
     // Field by field: a whole-struct copy would bring in a temporary's padding.
     if (variant == 1 || variant == 2) desc->data = callerBuffer.data(), desc->capacity = uint16_t(room - (variant - 1));
     if (variant == 3) desc->data = std::memset(trovMalloc(8), 0x5A, 8), desc->capacity = 8, desc->flags = TROV_BUFFER_GROWABLE;
-    void *const given = desc->data;
+    void *const given = variant == 3 ? desc->data : nullptr;
     HeaderInfo info{};
     DecodeResult caller{callerRecord.data(), nullptr, 0};
     TrovResult r = 0;
     const Regions blocks = logged([&] { r = TROV_DecodeFU(&info, &caller, &cursor, nullptr); });
-    const bool grown = std::any_of(blocks.begin(), blocks.end(), [&](const Region &b) { return b.p == desc->data; });
+    const bool grown = std::any_of(blocks.begin(), blocks.end(), [&](const Region &b) { return desc != nullptr && b.p == desc->data; });
     Regions all{{callerRecord.data(), recordSize}};
     if (variant == 1 || variant == 2) all.push_back({callerBuffer.data(), room});
     all.insert(all.end(), blocks.begin(), blocks.end());

@@ -1,7 +1,7 @@
-// Attribute-list framing: sizes and bytes of lists in both forms, the
-// size/write asymmetry for unknown identifiers, single attributes, and values
-// that hold nested lists (decoded records, disagreeing lengths, unknown
-// identifiers, nesting beyond the limit).
+// Attribute lists nested in values: sizes and bytes, the size/write
+// asymmetry for unknown identifiers, and values that hold nested lists
+// (decoded records, disagreeing lengths, unknown identifiers, nesting beyond
+// the limit). The event rules: the hand-worked attribute events.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "api/Dispatch.h"
 #include "attributes/AttributeList.h"
 #include "attributes/ValueForms.h"
 
@@ -58,37 +59,39 @@ Bytes concat(std::initializer_list<Bytes> parts) {
 
 // Encodes into a buffer of `capacity` bytes filled with 0xEE; returns what
 // the cursor passed over.
-Bytes encodeList(const AttributeEntry *entries, uint16_t count, uint8_t isArray, size_t capacity) {
+AttributeList listOf(const AttributeEntry *entries, uint16_t count) {
+    return AttributeList{count, const_cast<AttributeEntry *>(entries)};
+}
+
+Bytes encodeList(const AttributeEntry *entries, uint16_t count, size_t capacity) {
     Bytes out(capacity, 0xEE);
     PacketCursor c{out.data(), static_cast<uint32_t>(capacity)};
-    attributeListEncode(c, entries, count, isArray, kVersion);
+    const AttributeList list = listOf(entries, count);
+    kNestedAttributeLists.encode(c, &list, 1, kVersion);
     EXPECT_TRUE(std::all_of(out.begin() + (c.position - out.data()), out.end(), [](uint8_t b) { return b == 0xEE; }));
     out.resize(c.position - out.data());
     return out;
 }
 
-TEST_F(AttributeListTest, ArrayFormCountsScalarFormHasOneEntryAndNoCount) {
+TEST_F(AttributeListTest, ListsCountTheirEntries) {
     const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0070, 0, &wordArray_}, {0x177C, 0, &row1Array_}};
-    WireSize size;
-    ASSERT_EQ(attributeListEncCalc(entries, 3, 1, kVersion, &size), 0u);
-    EXPECT_EQ(size.bytes, 2u + 5 + 12 + 21);
-    EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry, kRow1Entry}));
-
-    ASSERT_EQ(attributeListEncCalc(entries + 1, 1, 0, kVersion, &size), 0u);
-    EXPECT_EQ(size.bytes, 12u);
-    EXPECT_EQ(encodeList(entries + 1, 1, 0, 64), kWordEntry);
-
-    ASSERT_EQ(attributeListEncCalc(entries, 0, 1, kVersion, &size), 0u);
-    EXPECT_EQ(size.bytes, 2u);
-    EXPECT_EQ(encodeList(entries, 0, 1, 8), (Bytes{0x00, 0x00}));
+    for (uint16_t n : {3, 0}) {
+        const AttributeList list = listOf(entries, n);
+        WireSize size;
+        ASSERT_EQ(kNestedAttributeLists.encCalc(&list, 1, kVersion, size), 0u);
+        EXPECT_EQ(size.bytes, n == 0 ? 2u : 2u + 5 + 12 + 21);
+    }
+    EXPECT_EQ(encodeList(entries, 3, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry, kRow1Entry}));
+    EXPECT_EQ(encodeList(entries, 0, 8), (Bytes{0x00, 0x00}));
 }
 
 TEST_F(AttributeListTest, UnknownIdentifierFailsSizingButIsSkippedWhenWriting) {
     const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0001, 0, byte_}, {0x0070, 0, &wordArray_}};
+    const AttributeList list = listOf(entries, 3);
     WireSize size{0xAAAA, 0xAAAA};
-    EXPECT_EQ(attributeListEncCalc(entries, 3, 1, kVersion, &size), 10u);
+    EXPECT_EQ(kNestedAttributeLists.encCalc(&list, 1, kVersion, size), 10u);
     EXPECT_EQ(size.bytes, 0xAAAAu);
-    EXPECT_EQ(encodeList(entries, 3, 1, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
+    EXPECT_EQ(encodeList(entries, 3, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
 }
 
 // Row 104's value is a nested list. Its record: the AttributeList head, the

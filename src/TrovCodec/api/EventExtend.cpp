@@ -17,7 +17,7 @@
 
 #include "api/Dispatch.h"
 #include "api/Memory.h"
-#include "attributes/AttributeList.h"
+#include "engine/CodecTypes.h"
 #include "engine/Cursor.h"
 
 namespace trov {

@@ -1,95 +1,155 @@
-// Attribute-list framing.
+// The attribute lists, both rule sets in one implementation.
 #include "attributes/AttributeList.h"
 
+#include <cstddef>
+#include <cstring>
+
+#include "api/Dispatch.h"
 #include "attributes/ValueForms.h"
 #include "engine/Cursor.h"
 
 namespace trov {
+namespace {
 
-TrovResult attributeListEncCalc(const AttributeEntry *entries, uint16_t count, uint8_t isArray,
-                                uint8_t version, WireSize *packetBytes) {
-    if (isArray > kMaxNesting) return TROV_RESULT_SHORT_INPUT;
-    const uint16_t n = isArray != 0 ? count : 1;
+enum class Rules : uint8_t { Nested, Event };
+
+// The version and array flag the values of a list are coded at. A nested
+// list sits one level below the value holding it (`nesting`), and its
+// values one level below the list.
+struct Coding {
+    uint8_t version;
+    uint8_t flag;
+};
+Coding codingOf(Rules rules, uint8_t nesting, uint8_t version) {
+    return rules == Rules::Event ? Coding{0, 1} : Coding{version, nestedFlag(nestedFlag(nesting))};
+}
+
+uint16_t countOf(const void *head) { return loadField<uint16_t>(head, offsetof(AttributeList, count)); }
+const AttributeEntry *entriesOf(const void *head) {
+    return loadField<const AttributeEntry *>(head, offsetof(AttributeList, entries));
+}
+
+template <Rules R>
+TrovResult encCalc(const void *head, uint8_t nesting, uint8_t version, WireSize &size) {
+    if (R == Rules::Nested && nestedFlag(nesting) > kMaxNesting) return TROV_RESULT_SHORT_INPUT;
+    const Coding coding = codingOf(R, nesting, version);
+    const uint16_t n = countOf(head);
+    const AttributeEntry *entries = entriesOf(head);
     if (n != 0 && entries == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    WireSize total = WireSize::of(isArray != 0 ? 2 : 0);
-    for (uint16_t i = 0; i < n; ++i) {
-        const AttributeCodecRow *row = lookupAttribute(entries[i].id, version);
-        if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-        WireSize size;
-        if (TrovResult r = row->ops.encCalc(entries[i].value, nestedFlag(isArray), &size, version))
-            return r;
+    WireSize total = WireSize::of(2);
+    for (uint32_t i = 0; i < n; ++i) {
+        const AttributeEntry &entry = entries[i];
         total.add(4);
-        total.add(size);
+        if (const AttributeCodecRow *row = lookupAttribute(entry.id, coding.version)) {
+            WireSize value;
+            if (TrovResult r = row->ops.encCalc(entry.value, coding.flag, &value, coding.version)) return r;
+            total.add(value);
+        } else if (R == Rules::Nested) {
+            return TROV_RESULT_NO_ATTRIBUTE_CODEC;
+        } else {
+            if (entry.length != 0 && entry.value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+            total.add(entry.length);
+        }
     }
-    *packetBytes = total;
+    size.add(total);
     return TROV_RESULT_OK;
 }
 
-void attributeListEncode(PacketCursor &cursor, const AttributeEntry *entries, uint16_t count,
-                         uint8_t isArray, uint8_t version) {
-    if (isArray != 0) putU16(cursor, count);
-    const uint16_t n = isArray != 0 ? count : 1;
-    for (uint16_t i = 0; i < n; ++i) {
-        const AttributeCodecRow *row = lookupAttribute(entries[i].id, version);
-        if (row == nullptr) continue;
-        WireSize size;
-        row->ops.encCalc(entries[i].value, nestedFlag(isArray), &size, version);
-        putU16(cursor, entries[i].id);
-        putU16(cursor, size.bytes);
-        row->ops.encode(&cursor, entries[i].value, nestedFlag(isArray), version);
+template <Rules R>
+void encode(PacketCursor &cursor, const void *head, uint8_t nesting, uint8_t version) {
+    const Coding coding = codingOf(R, nesting, version);
+    const uint16_t n = countOf(head);
+    const AttributeEntry *entries = entriesOf(head);
+    putU16(cursor, n);
+    for (uint32_t i = 0; i < n; ++i) {
+        const AttributeEntry &entry = entries[i];
+        if (const AttributeCodecRow *row = lookupAttribute(entry.id, coding.version)) {
+            WireSize value;
+            row->ops.encCalc(entry.value, coding.flag, &value, coding.version);
+            putU16(cursor, entry.id);
+            putU16(cursor, value.bytes);
+            row->ops.encode(&cursor, entry.value, coding.flag, coding.version);
+        } else if (R == Rules::Event) {
+            putU16(cursor, entry.id);
+            putU16(cursor, entry.length);
+            putBytes(&cursor, entry.value, entry.length);
+        } // nested: the size pass refused it
     }
 }
 
-TrovResult singleAttributeEncCalc(uint16_t id, const void *value, uint16_t *packetBytes) {
-    const AttributeCodecRow *row = lookupAttribute(id, 0);
-    if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-    WireSize size;
-    if (TrovResult r = row->ops.encCalc(value, 1, &size, 0)) return r;
-    *packetBytes = static_cast<uint16_t>(size.bytes + 4);
-    return TROV_RESULT_OK;
-}
-
-TrovResult attributeListDecCalc(PacketCursor &cursor, uint16_t count, uint8_t isArray,
-                                uint8_t version, Sizes *recordBytes) {
-    if (isArray > kMaxNesting) return TROV_RESULT_SHORT_INPUT;
+template <Rules R>
+TrovResult decCalc(PacketCursor &cursor, uint8_t nesting, uint8_t version, Sizes &data) {
+    if (R == Rules::Nested && nestedFlag(nesting) > kMaxNesting) return TROV_RESULT_SHORT_INPUT;
+    const Coding coding = codingOf(R, nesting, version);
     PacketCursor c = cursor;
+    if (lacks(c, 2)) return TROV_RESULT_SHORT_INPUT;
+    const uint16_t n = getU16(c);
     Sizes sizes;
-    sizes.add(static_cast<uint16_t>(count * 16u), uint32_t{count} * 16u);
-    for (uint16_t i = 0; i < count; ++i) {
+    sizes.add(static_cast<uint16_t>(n * 16u), n * 16u);
+    for (uint32_t i = 0; i < n; ++i) {
         if (lacks(c, 4)) return TROV_RESULT_SHORT_INPUT;
         const uint16_t id = getU16(c);
         const uint16_t length = getU16(c);
-        const AttributeCodecRow *row = lookupAttribute(id, version);
-        if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
-        if (lacks(c, length)) return TROV_RESULT_SHORT_INPUT;
-        // The value is read within its announced length and must fill it.
-        PacketCursor value{c.position, length};
-        RecordSize size{};
-        if (TrovResult r = row->ops.decCalc(&value, nestedFlag(isArray), &size, version)) return r;
-        if (value.remaining != 0) return TROV_RESULT_SHORT_INPUT;
-        advance(c, length);
-        sizes.add(roundUp8u16(size.bytes), (size.extent + 7) & ~7u);
+        const AttributeCodecRow *row = lookupAttribute(id, coding.version);
+        RecordSize value{length, length}; // a raw value's
+        if (R == Rules::Nested) {
+            if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
+            if (lacks(c, length)) return TROV_RESULT_SHORT_INPUT;
+            PacketCursor bounded{c.position, length};
+            if (TrovResult r = row->ops.decCalc(&bounded, coding.flag, &value, coding.version)) return r;
+            if (bounded.remaining != 0) return TROV_RESULT_SHORT_INPUT;
+            advance(c, length);
+        } else if (row != nullptr) {
+            if (TrovResult r = row->ops.decCalc(&c, coding.flag, &value, coding.version)) return r;
+        } else {
+            skipClamped(c, length);
+        }
+        sizes.add(roundUp8u16(value.bytes), alignTo(value.extent, 8));
     }
     cursor = c;
-    recordBytes->add(sizes.bytes, sizes.extent);
+    data.add(sizes.bytes, sizes.extent);
     return TROV_RESULT_OK;
 }
 
-uint8_t *attributeListDecode(PacketCursor &cursor, uint16_t count, AttributeEntry *entries,
-                             uint8_t *values, uint8_t isArray, uint8_t version) {
-    uint8_t *next = values;
-    for (uint16_t i = 0; i < count; ++i) {
+template <Rules R>
+uint8_t *decode(PacketCursor &cursor, void *head, uint8_t *data, uint8_t nesting, uint8_t version) {
+    const Coding coding = codingOf(R, nesting, version);
+    const uint16_t n = getU16(cursor);
+    auto *entries = static_cast<AttributeEntry *>(alignUp8(data));
+    storeField<uint16_t>(head, offsetof(AttributeList, count), n);
+    storeField<AttributeEntry *>(head, offsetof(AttributeList, entries), n != 0 ? entries : nullptr);
+    auto *next = reinterpret_cast<uint8_t *>(entries + n);
+    for (uint32_t i = 0; i < n; ++i) {
         AttributeEntry &entry = entries[i];
         entry.id = getU16(cursor);
-        const uint16_t length = getU16(cursor);
-        entry.length = 0; // decoded by its codec
+        entry.length = getU16(cursor);
         entry.value = next;
-        const AttributeCodecRow *row = lookupAttribute(entry.id, version);
-        PacketCursor value{cursor.position, length};
-        next = static_cast<uint8_t *>(alignUp8(row->ops.decode(next, &value, nestedFlag(isArray), version)));
-        advance(cursor, length);
+        const AttributeCodecRow *row = lookupAttribute(entry.id, coding.version);
+        if (R == Rules::Nested) {
+            PacketCursor bounded{cursor.position, entry.length};
+            next = static_cast<uint8_t *>(alignUp8(row->ops.decode(next, &bounded, coding.flag, coding.version)));
+            advance(cursor, entry.length);
+            entry.length = 0;
+        } else if (row != nullptr) {
+            next = static_cast<uint8_t *>(alignUp8(row->ops.decode(next, &cursor, coding.flag, coding.version)));
+            entry.length = 0;
+        } else {
+            // A raw value may announce more bytes than the packet holds (the
+            // size pass lets the last one through): what is missing reads as 0.
+            const uint32_t have = entry.length < cursor.remaining ? entry.length : cursor.remaining;
+            getBytes(cursor, next, have);
+            std::memset(next + have, 0, entry.length - have);
+            next += alignTo(entry.length, 8);
+        }
     }
-    return next;
+    return static_cast<uint8_t *>(alignUp8(next));
 }
+
+} // namespace
+
+const ListOps kNestedAttributeLists{encCalc<Rules::Nested>, encode<Rules::Nested>, decCalc<Rules::Nested>,
+                                    decode<Rules::Nested>};
+const ListOps kEventAttributeLists{encCalc<Rules::Event>, encode<Rules::Event>, decCalc<Rules::Event>,
+                                   decode<Rules::Event>};
 
 } // namespace trov

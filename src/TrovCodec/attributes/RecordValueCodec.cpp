@@ -9,43 +9,11 @@ namespace trov {
 
 namespace {
 
-// Nested attribute lists: an AttributeList head in the record, a u16 count
-// and the attributes on the wire; their values travel one level deeper.
-TrovResult nestedEncCalc(const void *head, uint8_t nesting, uint8_t version, WireSize &size) {
-    WireSize list;
-    if (TrovResult r = attributeListEncCalc(loadField<const AttributeEntry *>(head, 8), loadField<uint16_t>(head, 0),
-                                            nestedFlag(nesting), version, &list))
-        return r;
-    size.add(list);
-    return TROV_RESULT_OK;
-}
-
-void nestedEncode(PacketCursor &c, const void *head, uint8_t nesting, uint8_t version) {
-    attributeListEncode(c, loadField<const AttributeEntry *>(head, 8), loadField<uint16_t>(head, 0),
-                        nestedFlag(nesting), version);
-}
-
-TrovResult nestedDecCalc(PacketCursor &c, uint8_t nesting, uint8_t version, Sizes &data) {
-    if (lacks(c, 2)) return TROV_RESULT_SHORT_INPUT;
-    const uint16_t n = getU16(c);
-    return attributeListDecCalc(c, n, nestedFlag(nesting), version, &data);
-}
-
-uint8_t *nestedDecode(PacketCursor &c, void *head, uint8_t *data, uint8_t nesting, uint8_t version) {
-    const uint16_t n = getU16(c);
-    storeField<uint16_t>(head, 0, n);
-    auto *entries = reinterpret_cast<AttributeEntry *>(data);
-    storeField<AttributeEntry *>(head, 8, n != 0 ? entries : nullptr);
-    return attributeListDecode(c, n, entries, data + 16u * n, nestedFlag(nesting), version);
-}
-
-constexpr ListOps kNestedLists{nestedEncCalc, nestedEncode, nestedDecCalc, nestedDecode};
-
 FieldEnv valueEnv(uint8_t isArray, uint8_t version) {
     FieldEnv env;
     env.version = version;
     env.nesting = isArray;
-    env.attributes = &kNestedLists;
+    env.attributes = &kNestedAttributeLists;
     return env;
 }
 

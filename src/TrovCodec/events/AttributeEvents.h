@@ -135,39 +135,6 @@ constexpr bool attributeEventLayoutsHold() {
 static_assert(eventFiguresHold(kAttributeEventLayouts, kAttributeEventPlans) && attributeEventLayoutsHold(),
               "a layout's fields disagree with its stated figures");
 
-// ---- the attribute list of an event ------------------------------------------------
-
-// The list's size pass. Needs 2 bytes for the count, then 4 for each
-// attribute's identifier and length. Each identifier's codec is looked up at
-// version 0 whatever the packet's version; a codec sizes its value from the
-// cursor (array form, version 0) and consumes what it reads: the wire length
-// is not used to skip. Without a codec `length` bytes are skipped; a raw
-// value running past the end of the bytes is caught only by the next
-// attribute's header test, and after the last attribute it passes (the
-// cursor stops at the end). Adds N x 16 plus each value's size rounded up to
-// 8 to `size`. Results: 0; 5 the count or a header is cut short; an
-// attribute codec's own result. On failure the cursor and size are unchanged.
-TrovResult eventAttributeListDecCalc(PacketCursor &cursor, Sizes &size);
-
-// Reads a list that the size pass accepted into the AttributeList head at
-// `head`: the entries start at `area` rounded up to 8 (null when N is 0), the
-// values behind them, each 8-aligned. A value with a codec is decoded by it
-// and its entry's length set to 0; a raw value is copied and its length kept
-// (bytes missing from the packet read as 0). Returns the first 8-aligned
-// address behind the last value.
-uint8_t *eventAttributeListDecode(PacketCursor &cursor, void *head, uint8_t *area);
-
-// The encoding mirror of the list in the AttributeList head at `head`: the
-// count, then per entry the identifier, the value length and the value, from
-// the codec (array form, version 0) or, for an identifier without a codec,
-// `length` raw bytes. Adds the packet bytes to `packetBytes`. Results: 0; 1
-// entries or a value null where needed; an attribute codec's own result.
-TrovResult eventAttributeListEncCalc(const void *head, WireSize &packetBytes);
-void eventAttributeListEncode(PacketCursor &cursor, const void *head);
-
-// The four operations of an event's attribute list, for the walker.
-extern const ListOps kEventAttributeLists;
-
 // ---- the structure events 0xC4 and 0xC5 ------------------------------------------------
 
 // The body is one record written by the structure codec:

@@ -4,6 +4,7 @@
 // bytes and round trips: StructureCodecInternalTest.)
 #include <gtest/gtest.h>
 
+#include "api/Dispatch.h"
 #include "attributes/StructureValueTypes.h"
 #include "engine/Cursor.h"
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/Cursor.h"
+#include "api/Dispatch.h"
 #include "units/MethodCodecs.h"
 
 namespace trov {

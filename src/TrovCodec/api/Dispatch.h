@@ -1,4 +1,5 @@
-// Dispatch tables: row types, the library's table pointers and the lookups.
+// Dispatch tables: the library's table pointers and the lookups (the row
+// types are in engine/CodecTypes.h).
 //
 // Every item the library encodes or decodes is handled by a codec found in a
 // static, read-only table by its 16-bit code (or attribute identifier) and the
@@ -20,71 +21,6 @@
 #include "engine/CodecTypes.h"
 
 namespace trov {
-
-// ---- row types ---------------------------------------------------------------
-
-// The packet header codec. Field operations take a field index 2..9.
-struct HeaderCodecRow {
-    uint8_t version;      // exact match, no wildcard; 0 ends the table
-    uint8_t headerLength; // bytes
-    TrovResult (*getFromRecord)(uint32_t index, const HeaderInfo *info, void *out);
-    TrovResult (*setToRecord)(uint32_t index, HeaderInfo *info, const void *value);
-    TrovResult (*getFromPacket)(uint32_t index, const PacketCursor *cursor, void *out);
-    TrovResult (*setToPacket)(uint32_t index, const PacketCursor *cursor, const void *value);
-    uint8_t *(*encodeHeader)(const HeaderInfo *info, const PacketCursor *cursor);
-    const uint8_t *(*decodeHeader)(const PacketCursor *cursor, HeaderInfo *info);
-};
-
-struct AttributeCodecRow {
-    const uint16_t *identifiers; // zero-terminated; null ends the table
-    uint8_t version;
-    ValueCodecOps ops;
-};
-
-struct DataTypeCodecRow {
-    uint16_t code;
-    uint8_t version;
-    ValueCodecOps ops;
-};
-
-// A body row: encode builds the whole packet (header and body) into `output`;
-// decode reads a body at `body` into `result`.
-using BodyEncodeFn = TrovResult (*)(HeaderInfo *info, const void *record, void *output,
-                                    void *context, uint8_t mode);
-using BodyDecodeFn = TrovResult (*)(HeaderInfo *info, DecodeResult *result,
-                                    const PacketCursor *body, void *context);
-
-struct BodyCodecRow {
-    uint16_t code;
-    uint8_t version;
-    BodyEncodeFn encode; // null for decode-only codes
-    BodyDecodeFn decode;
-};
-
-// A method row: the parameters of a method invocation.
-struct MethodCodecRow {
-    uint16_t code;
-    uint8_t version;
-    TrovResult (*encCalc)(const void *params, uint16_t paramsLength, uint16_t *wireBytes);
-    void (*encode)(PacketCursor *cursor, const void *params, uint16_t paramsLength);
-    TrovResult (*decCalc)(const PacketCursor *cursor, uint16_t *paramsLength,
-                          RecordSize *recordBytes);
-    void *(*decode)(void *record, PacketCursor *cursor);
-};
-
-// An event row: events travel only towards the host, so a row holds the two
-// decode-side operations.
-struct EventCodecRow {
-    uint16_t code;
-    uint8_t version;
-    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t flag, RecordSize *recordBytes);
-    void *(*decode)(void *record, PacketCursor *cursor, uint8_t flag);
-};
-
-static_assert(sizeof(ValueCodecOps) == 4 * sizeof(void *));
-static_assert(sizeof(BodyCodecRow) == 3 * sizeof(void *));
-static_assert(sizeof(EventCodecRow) == 3 * sizeof(void *));
-static_assert(sizeof(MethodCodecRow) == 5 * sizeof(void *));
 
 // ---- the tables --------------------------------------------------------------
 

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "api/Dispatch.h"
+#include "engine/CodecTypes.h"
 #include "engine/StructureCodec.h"
 
 namespace trov {

@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-#include "api/Dispatch.h"
+#include "engine/CodecTypes.h"
 #include "engine/Cursor.h"
 
 namespace trov {

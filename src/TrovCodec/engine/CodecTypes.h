@@ -1,6 +1,7 @@
-// The types every codec shares: what the size passes report and the four
-// operations of a value codec. Neutral ground: the engine, the families and
-// the dispatch tables all include it, and it includes nothing of theirs.
+// The types every codec shares: what the size passes report, the four
+// operations of a value codec and the rows of the dispatch tables. Neutral
+// ground: the engine, the families and the dispatch tables all include it,
+// and it includes nothing of theirs.
 #pragma once
 
 #include <cstdint>
@@ -71,6 +72,71 @@ struct Sizes {
     }
     void add(const RecordSize &r) { add(r.bytes, r.extent); }
 };
+
+// ---- the rows of the dispatch tables -------------------------------------------
+
+// The packet header codec. Field operations take a field index 2..9.
+struct HeaderCodecRow {
+    uint8_t version;      // exact match, no wildcard; 0 ends the table
+    uint8_t headerLength; // bytes
+    TrovResult (*getFromRecord)(uint32_t index, const HeaderInfo *info, void *out);
+    TrovResult (*setToRecord)(uint32_t index, HeaderInfo *info, const void *value);
+    TrovResult (*getFromPacket)(uint32_t index, const PacketCursor *cursor, void *out);
+    TrovResult (*setToPacket)(uint32_t index, const PacketCursor *cursor, const void *value);
+    uint8_t *(*encodeHeader)(const HeaderInfo *info, const PacketCursor *cursor);
+    const uint8_t *(*decodeHeader)(const PacketCursor *cursor, HeaderInfo *info);
+};
+
+struct AttributeCodecRow {
+    const uint16_t *identifiers; // zero-terminated; null ends the table
+    uint8_t version;
+    ValueCodecOps ops;
+};
+
+struct DataTypeCodecRow {
+    uint16_t code;
+    uint8_t version;
+    ValueCodecOps ops;
+};
+
+// A body row: encode builds the whole packet (header and body) into `output`;
+// decode reads a body at `body` into `result`.
+using BodyEncodeFn = TrovResult (*)(HeaderInfo *info, const void *record, void *output,
+                                    void *context, uint8_t mode);
+using BodyDecodeFn = TrovResult (*)(HeaderInfo *info, DecodeResult *result,
+                                    const PacketCursor *body, void *context);
+
+struct BodyCodecRow {
+    uint16_t code;
+    uint8_t version;
+    BodyEncodeFn encode; // null for decode-only codes
+    BodyDecodeFn decode;
+};
+
+// A method row: the parameters of a method invocation.
+struct MethodCodecRow {
+    uint16_t code;
+    uint8_t version;
+    TrovResult (*encCalc)(const void *params, uint16_t paramsLength, uint16_t *wireBytes);
+    void (*encode)(PacketCursor *cursor, const void *params, uint16_t paramsLength);
+    TrovResult (*decCalc)(const PacketCursor *cursor, uint16_t *paramsLength,
+                          RecordSize *recordBytes);
+    void *(*decode)(void *record, PacketCursor *cursor);
+};
+
+// An event row: events travel only towards the host, so a row holds the two
+// decode-side operations.
+struct EventCodecRow {
+    uint16_t code;
+    uint8_t version;
+    TrovResult (*decCalc)(PacketCursor *cursor, uint8_t flag, RecordSize *recordBytes);
+    void *(*decode)(void *record, PacketCursor *cursor, uint8_t flag);
+};
+
+static_assert(sizeof(ValueCodecOps) == 4 * sizeof(void *));
+static_assert(sizeof(BodyCodecRow) == 3 * sizeof(void *));
+static_assert(sizeof(EventCodecRow) == 3 * sizeof(void *));
+static_assert(sizeof(MethodCodecRow) == 5 * sizeof(void *));
 
 // The value codec of an attribute identifier at a version, from the tables
 // TROV_InitCoder installed (null when there is none). The engine's one

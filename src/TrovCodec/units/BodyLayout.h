@@ -19,7 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "api/Dispatch.h"
+#include "engine/CodecTypes.h"
 #include "engine/Field.h"
 
 namespace trov {

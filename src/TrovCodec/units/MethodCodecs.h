@@ -26,7 +26,7 @@
 #include <initializer_list>
 #include <iterator>
 
-#include "api/Dispatch.h"
+#include "engine/CodecTypes.h"
 #include "engine/Field.h"
 #include "engine/StructureCodec.h"
 

@@ -2,7 +2,7 @@
 // no row of their own travel as opaque bytes. On encoding the caller's params
 // length is the wire size; on decoding the parameters are everything that
 // remains of the body.
-#include "api/Dispatch.h"
+#include "engine/CodecTypes.h"
 #include "engine/Cursor.h"
 
 namespace trov {

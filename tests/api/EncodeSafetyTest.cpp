@@ -46,29 +46,8 @@ class EncodeSafety : public testing::Test {
     void SetUp() override { TROV_InitCoder(); }
 };
 
-// Raw method parameters (code 0x2000 and above, no row): the body is the
-// 6-byte prefix and the parameters, and its length is 16 bits.
-TEST_F(EncodeSafety, RawMethodBodiesTheHeaderCannotFrameAreRefused) {
-    std::vector<uint8_t> params(0xFFFF, 0x5A);
-    struct Case {
-        uint16_t length;
-        TrovResult result;
-    } const cases[] = {
-        {0xFFF9, 0}, // 65535 body bytes: the longest body there is
-        {0xFFFA, 5}, // 65536 wrapped to 0: a 20-byte packet then took 64 KB of parameters
-        {0xFFFF, 5},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.length);
-        MethodBody body{};
-        body.method = 0x2000;
-        body.params = params.data();
-        body.paramsLength = c.length;
-        // A caller buffer of 25 bytes once received the whole body.
-        expectEncode(0x1d, &body, 25, c.result, c.result == 0 ? 7 : c.result);
-        if (c.result == 0) expectEncode(0x1d, &body, 20 + 6 + c.length, 0, 0);
-    }
-}
+// (Raw parameters one byte longer than a body can frame, refused into
+// buffers of every size: GuardPageTest.)
 
 // The longest raw parameters a body carries (0xFFF9 bytes, a 65535-byte
 // body) round to 0 in the record's 16-bit size: the decoder once copied

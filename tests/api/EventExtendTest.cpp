@@ -1,6 +1,6 @@
-// Extended event data through the exported interface: self-describing
-// decoding, schema-driven round trips, raw items, the 16-bit length of event 0x30, and
-// every argument and schema check.
+// Extended event data through the exported interface: raw items, the 8-bit
+// length of events other than 0x30, schema-driven round trips, and every
+// argument and schema check.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -27,23 +27,8 @@ protected:
     }
 };
 
-// count, then id, length, value per item; 0x0070 carries a u16 count. (The
-// same bytes encoded from the decoded list: GuardPageTest.)
-TEST_F(EventExtend, SelfDescribingDecode) {
-    std::vector<uint8_t> bytes = {2, 0x00, 0xCB, 1, 0x5A, 0x00, 0x70, 6, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0};
-    EventExtendList back{};
-    ASSERT_EQ(decode(bytes, back), 0u);
-    ASSERT_EQ(back.count, 2);
-    ASSERT_EQ(static_cast<void *>(back.entries), in.data);
-    EXPECT_EQ(back.entries[0].kind, 0);
-    EXPECT_EQ(back.entries[0].identifier, 0x00CB);
-    EXPECT_EQ(*static_cast<uint8_t *>(back.entries[0].value), 0x5A);
-    EXPECT_EQ(back.entries[1].identifier, 0x0070);
-    const auto *decoded = static_cast<AttributeArrayHeader *>(back.entries[1].value);
-    ASSERT_EQ(decoded->count, 2);
-    EXPECT_EQ(static_cast<uint16_t *>(decoded->elements)[1], 0xA0B0);
-}
-
+// (Self-describing data decoded and encoded back, and event 0x30's data of
+// 301 bytes: GuardPageTest.)
 TEST_F(EventExtend, UnknownIdentifiersBecomeRawItems) {
     std::vector<uint8_t> bytes = {2, 0x00, 0x01, 3, 0xAA, 0xBB, 0xCC, 0x00, 0xCB, 1, 0x7F};
     EventExtendList list{};
@@ -85,22 +70,16 @@ TEST_F(EventExtend, RawItemLongerThanTheDataAndEmptyData) {
     EXPECT_EQ(in.data, nullptr);
 }
 
-// 300 bytes: 74 one-byte items and a raw item of length 0. Event 0x30 reads
-// its u16 length in full; any other event only the low byte, 44.
-TEST_F(EventExtend, EventThirtyReadsASixteenBitLength) {
+// Any event but 0x30 reads only the low byte of the data's length: of 300
+// bytes (75 one-byte items) it sees 44, which hold 10 items; and encodes no
+// more than 255 bytes.
+TEST_F(EventExtend, OnlyEventThirtyHasASixteenBitLength) {
     std::vector<uint8_t> bytes = {75};
     for (int i = 0; i < 74; ++i) bytes.insert(bytes.end(), {0x00, 0xCB, 1, uint8_t(i)});
     bytes.insert(bytes.end(), {0x00, 0x01, 0});
-    ASSERT_EQ(bytes.size(), 300u);
     EventExtendList list{};
-    ASSERT_EQ(decode(bytes, list, 0x30), 0u);
-    EXPECT_EQ(list.count, 75);
-    EXPECT_EQ(*static_cast<uint8_t *>(list.entries[73].value), 73);
-    trovFree(in.data);
-    in = BufferDesc{};
-    EXPECT_EQ(decode(bytes, list, 0x31), TROV_RESULT_SHORT_INPUT); // 44 bytes hold 10 items
+    EXPECT_EQ(decode(bytes, list, 0x31), TROV_RESULT_SHORT_INPUT);
 
-    // Encoding: more than 255 bytes only for event 0x30.
     std::vector<uint8_t> values(74);
     std::vector<EventExtendEntry> items;
     for (int i = 0; i < 74; ++i) items.push_back({0, 0x00CB, &values[i]});

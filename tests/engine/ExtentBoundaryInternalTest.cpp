@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/ReplyPacket.h"
 #include "api/Dispatch.h"
 #include "attributes/DataTypes.h"
 #include "attributes/FixedValueTypes.h"
@@ -309,20 +310,7 @@ void expectValueInsideExtent(const ValueCodecOps &ops, Wire &w, uint8_t isArray,
     }
 }
 
-std::vector<uint8_t> packet(uint16_t code, const Wire &body) {
-    Wire p;
-    p.number(2, TROV_PROTOCOL_MARK);
-    p.number(1, TROV_PROTOCOL_VERSION);
-    p.number(1, TROV_FLAG_EXTENSION16);
-    p.number(2, code);
-    p.number(2, 0);
-    p.number(2, static_cast<uint32_t>(body.bytes.size()));
-    p.number(4, 0);
-    p.number(4, 0);
-    p.number(2, 1); // unit type 1: every body is decoded
-    p.append(body);
-    return p.bytes;
-}
+std::vector<uint8_t> packet(uint16_t code, const Wire &body) { return replyPacket(code, body.bytes); }
 
 // The room a decode asks of its caller's buffer: the smallest capacity it
 // accepts. A smaller buffer is refused (7) before anything is written, so
@@ -386,33 +374,6 @@ std::string named(const char *prefix, uint32_t v, const char *format = "%04X") {
 
 // ---- attribute rows and data types ---------------------------------------------------
 
-class AttributeRowExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
-
-TEST_P(AttributeRowExtent, DecodeStaysInsideTheExtent) {
-    const ValueShape shape = shapeOfRow(GetParam());
-    const int variants = shape.record != nullptr && shape.record->variants != nullptr ? 4 : 1;
-    for (uint32_t n : kLengths)
-        for (uint8_t isArray = 0; isArray <= 1; ++isArray)
-            for (uint8_t variant = 1; variant <= variants; ++variant) {
-                SCOPED_TRACE(testing::Message() << "length " << n << ", array form " << int{isArray}
-                                                << ", variant " << int{variant});
-                Wire w;
-                valueWire(w, shape, n, isArray, variant);
-                // Rows 133 and 143 test the 2-byte count prefix narrowly on purpose.
-                const bool narrow = (GetParam() == 133 || GetParam() == 143) && isArray != 0 && n != 0;
-                expectValueInsideExtent(AttributeCodecTable[GetParam() - 1].ops, w, isArray,
-                                        shape.structure != nullptr, narrow);
-            }
-}
-
-std::vector<uint16_t> allRows() {
-    std::vector<uint16_t> rows;
-    for (uint16_t r = 1; AttributeCodecTable[r - 1].identifiers != nullptr; ++r) rows.push_back(r);
-    return rows;
-}
-INSTANTIATE_TEST_SUITE_P(EveryRow, AttributeRowExtent, testing::ValuesIn(allRows()),
-                         [](const auto &info) { return named("Row", info.param, "%03u"); });
-
 // Every data type: the attribute row whose value type a code shares, or the
 // code's own type.
 ValueShape dataTypeShape(uint16_t code) {
@@ -425,24 +386,46 @@ ValueShape dataTypeShape(uint16_t code) {
     return {};
 }
 
-class DataTypeExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
+// Every attribute row and every data type; a selector type in each of its
+// four variants.
+struct ValueCase {
+    std::string name;
+    const ValueCodecOps *ops;
+    ValueShape shape;
+    bool narrow; // tests its 2-byte count prefix narrowly on purpose
+};
 
-TEST_P(DataTypeExtent, DecodeStaysInsideTheExtent) {
-    const DataTypeCodecRow *row = findRow(DataTypeCodecTable, GetParam(), TROV_PROTOCOL_VERSION);
-    ASSERT_NE(row, nullptr);
-    for (uint32_t n : kLengths)
-        for (uint8_t isArray = 0; isArray <= 1; ++isArray) {
-            SCOPED_TRACE(testing::Message() << "length " << n << ", array form " << int{isArray});
-            Wire w;
-            valueWire(w, dataTypeShape(GetParam()), n, isArray);
-            expectValueInsideExtent(row->ops, w, isArray);
-        }
+std::vector<ValueCase> allValues() {
+    std::vector<ValueCase> cases;
+    for (uint16_t r = 1; AttributeCodecTable[r - 1].identifiers != nullptr; ++r)
+        cases.push_back({named("Row", r, "%03u"), &AttributeCodecTable[r - 1].ops, shapeOfRow(r), r == 133 || r == 143});
+    for (uint16_t code : {0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 0x1A}) {
+        const DataTypeCodecRow *row = findRow(DataTypeCodecTable, code, TROV_PROTOCOL_VERSION);
+        cases.push_back({named("Type", code), row == nullptr ? nullptr : &row->ops, dataTypeShape(code), false});
+    }
+    return cases;
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryType, DataTypeExtent,
-                         testing::Values(0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x14, 0x15, 0x16, 0x17, 0x18,
-                                         0x19, 0x1A),
-                         [](const auto &info) { return named("Type", info.param); });
+class ValueExtent : public ExtentBoundary, public testing::WithParamInterface<ValueCase> {};
+
+TEST_P(ValueExtent, DecodeStaysInsideTheExtent) {
+    const ValueCase &v = GetParam();
+    ASSERT_NE(v.ops, nullptr);
+    const int variants = v.shape.record != nullptr && v.shape.record->variants != nullptr ? 4 : 1;
+    for (uint32_t n : kLengths)
+        for (uint8_t isArray = 0; isArray <= 1; ++isArray)
+            for (uint8_t variant = 1; variant <= variants; ++variant) {
+                SCOPED_TRACE(testing::Message() << "length " << n << ", array form " << int{isArray}
+                                                << ", variant " << int{variant});
+                Wire w;
+                valueWire(w, v.shape, n, isArray, variant);
+                expectValueInsideExtent(*v.ops, w, isArray, v.shape.structure != nullptr,
+                                        v.narrow && isArray != 0 && n != 0);
+            }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryRowAndType, ValueExtent, testing::ValuesIn(allValues()),
+                         [](const auto &info) { return info.param.name; });
 
 // ---- events and event lists -------------------------------------------------------------
 
@@ -515,21 +498,18 @@ std::vector<uint16_t> allEventCodes() {
 INSTANTIATE_TEST_SUITE_P(EveryCode, EventExtent, testing::ValuesIn(allEventCodes()),
                          [](const auto &info) { return named("Event", info.param); });
 
-class EventListExtent : public ExtentBoundary, public testing::WithParamInterface<Framing> {};
-
-TEST_P(EventListExtent, EventCountsAroundTheBoundaries) {
-    const uint16_t mix[] = {0x04, 0x30, 0xB1, 0xBE, 0x12C, 0xC4}; // strings, lists, a structure
-    for (uint32_t n : kLengths) {
-        const uint32_t count = fit(n, GetParam().isLong ? 2 : 1);
-        SCOPED_TRACE(testing::Message() << count << " events");
-        std::vector<std::pair<uint16_t, Wire>> events;
-        for (uint32_t i = 0; i < count; ++i) events.emplace_back(mix[i % 6], eventWire(mix[i % 6], i % 10));
-        expectEventListInsideItsRoom(GetParam(), events);
-    }
+// Event counts at the boundaries, in both framings: strings, lists, a structure.
+TEST_F(ExtentBoundary, EventListsOfEveryCountStayInsideTheirRoom) {
+    const uint16_t mix[] = {0x04, 0x30, 0xB1, 0xBE, 0x12C, 0xC4};
+    for (const Framing &f : {kLong, kShort})
+        for (uint32_t n : kLengths) {
+            const uint32_t count = fit(n, f.isLong ? 2 : 1);
+            SCOPED_TRACE(testing::Message() << count << " events, " << (f.isLong ? "long" : "short") << " framing");
+            std::vector<std::pair<uint16_t, Wire>> events;
+            for (uint32_t i = 0; i < count; ++i) events.emplace_back(mix[i % 6], eventWire(mix[i % 6], i % 10));
+            expectEventListInsideItsRoom(f, events);
+        }
 }
-
-INSTANTIATE_TEST_SUITE_P(Framings, EventListExtent, testing::Values(kLong, kShort),
-                         [](const auto &info) { return info.param.isLong ? "Long" : "Short"; });
 
 // ---- method replies ------------------------------------------------------------------------
 
@@ -655,12 +635,10 @@ INSTANTIATE_TEST_SUITE_P(EveryVariableLayout, ReplyBodyExtent, testing::ValuesIn
 // with a schema, character strings, string arrays and records in turn.
 constexpr uint16_t kLongStringEvent = 0x30;
 
-class ExtendedDataExtent : public ExtentBoundary, public testing::WithParamInterface<bool> {};
-
-TEST_P(ExtendedDataExtent, DecodeStaysInsideTheBufferItAsksFor) {
-    const bool withSchema = GetParam();
+TEST_F(ExtentBoundary, ExtendedDataStaysInsideTheBufferItAsksFor) {
+    for (const bool withSchema : {false, true})
     for (uint32_t n : kLengths) {
-        SCOPED_TRACE(testing::Message() << "length " << n);
+        SCOPED_TRACE(testing::Message() << "length " << n << (withSchema ? ", schema" : ", self-describing"));
         Wire data;
         std::vector<EventExtendItemSpec> items;
         if (!withSchema) itemListWire(data, n, 1, 1, {kRawRow, kCharsRow, kBytesRow});
@@ -695,9 +673,6 @@ TEST_P(ExtendedDataExtent, DecodeStaysInsideTheBufferItAsksFor) {
         }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Forms, ExtendedDataExtent, testing::Bool(),
-                         [](const auto &info) { return info.param ? "Schema" : "SelfDescribing"; });
 
 } // namespace
 } // namespace trov

@@ -16,17 +16,9 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovVersion.h"
 
 namespace {
-
-const char *resultName(TrovResult r) {
-    static const char *const names[] = {
-        "OK",           "NULL_ARGUMENT",  "BAD_PACKET",         "BAD_FIELD_INDEX",
-        "BAD_VALUE",    "SHORT_INPUT",    "NO_MEMORY",          "BUFFER_TOO_SMALL",
-        "NO_HEADER_CODEC", "NO_BODY_CODEC", "NO_ATTRIBUTE_CODEC", "NO_METHOD_CODEC",
-        "NO_EVENT_CODEC", "NO_DATA_TYPE_CODEC"};
-    return r < sizeof names / sizeof names[0] ? names[r] : "UNKNOWN";
-}
 
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
@@ -103,7 +95,7 @@ int show(const char *path) {
     HeaderInfo h{};
     const TrovResult r = TROV_DecodeHeader(&h, &cursor);
     if (r != TROV_RESULT_OK) {
-        std::printf("  header: %u %s\n", r, resultName(r));
+        std::printf("  header: %u %s\n", r, TROV_ResultName(r));
         return 0;
     }
     std::printf("  mark       0x%04X%s\n", h.mark, h.mark == TROV_PROTOCOL_MARK ? "" : " (not the protocol mark)");
@@ -122,7 +114,7 @@ int show(const char *path) {
     if (body == TROV_RESULT_OK && result.record == nullptr)
         std::printf("  body       not decoded for unit type %u\n", result.type);
     else
-        std::printf("  body       %u %s (unit type %u)\n", body, resultName(body), result.type);
+        std::printf("  body       %u %s (unit type %u)\n", body, TROV_ResultName(body), result.type);
     if (body == TROV_RESULT_OK && result.record != nullptr) showBody(again.code, result.record);
     if (result.buffer != nullptr) trovFree(result.buffer->data);
     trovFree(result.record);

@@ -22,6 +22,6 @@ trov_require_packages() {
 TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils)
 # What the full test run needs on top: clang with its sanitizer runtimes,
 # GoogleTest's sources, Google Benchmark, the mingw-w64 cross compiler and
-# Wine to run the Windows build.
-TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev
+# Wine to run the Windows build, and pkg-config for the installed-package check.
+TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev pkg-config
                     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64)

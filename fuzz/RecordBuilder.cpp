@@ -613,24 +613,15 @@ void RecordBuilder::fillFields(const Plan &plan, uint8_t *record) {
                 for (uint32_t k = 0; k < n; ++k) attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), context);
             break;
         }
-        case FieldKind::Attribute: {
-            const uint16_t id = attributeId();
-            storeWidth(field, 2, id);
-            void *value = attributeValue(id);
-            if (attributeType(id).family == ValueType::Family::None) refuse();
-            if (nullPointer()) {
-                value = nullptr;
-                refuse();
-            }
-            storePointer(slot(record, f.data), value);
-            break;
-        }
+        case FieldKind::Attribute:
         case FieldKind::TypedValue:
         case FieldKind::ReservedValue: {
-            const uint16_t type = dataTypeCode();
-            storeWidth(field, 2, type);
-            void *value = dataTypeValue(type);
-            if (dataType(type).family == ValueType::Family::None) refuse();
+            // An attribute identifier or a data type, and a value of its type.
+            const bool attribute = f.kind == FieldKind::Attribute;
+            const uint16_t key = attribute ? attributeId() : dataTypeCode();
+            storeWidth(field, 2, key);
+            void *value = attribute ? attributeValue(key) : dataTypeValue(key);
+            if ((attribute ? attributeType(key) : dataType(key)).family == ValueType::Family::None) refuse();
             if (nullPointer()) {
                 value = nullptr;
                 refuse();
@@ -638,8 +629,7 @@ void RecordBuilder::fillFields(const Plan &plan, uint8_t *record) {
             storePointer(slot(record, f.data), value);
             // A type without reserved room is read over on decoding and its
             // value not kept.
-            if (f.kind == FieldKind::ReservedValue && type != 16 && type != 17 && type != 19 && type != 20)
-                lossy();
+            if (f.kind == FieldKind::ReservedValue && key != 16 && key != 17 && key != 19 && key != 20) lossy();
             break;
         }
         default: {

@@ -145,7 +145,7 @@ inline constexpr Field u32s8{FieldKind::U32s, 1};
 inline constexpr Field u32s16{FieldKind::U32s, 2};
 inline constexpr Field wideU32s8{FieldKind::WideU32s, 1};
 inline constexpr Field items8{FieldKind::ByteU32Items, 1};
-inline constexpr Field rest{FieldKind::Rest};
+inline constexpr Field rest{FieldKind::Rest, 0, 0, nullptr, 0, kNoData, 2}; // its length: a u16 in the record
 inline constexpr Field count8{FieldKind::Count, 1};
 inline constexpr Field count16{FieldKind::Count, 2};
 inline constexpr Field octets{FieldKind::Chars};      // behind a Count: bytes with a spare byte

@@ -87,7 +87,7 @@ constexpr Field member(Field f, const char *name, size_t offset, size_t data = k
     return f;
 }
 inline constexpr Field str8{FieldKind::Octets, 1, 0, nullptr, 0, kNoData, 2};
-inline constexpr Field block{FieldKind::Rest, 0, 0, nullptr, 0, kNoData, 2};
+inline constexpr Field block = fields::rest;
 } // namespace body_fields
 
 // The row operations of a layout.

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "api/LayoutRegistry.h"
 #include "attributes/DataTypes.h"
 #include "attributes/FixedValueCodec.h"
 #include "attributes/FixedValueTypes.h"
@@ -52,61 +53,6 @@ void FuzzInput::fill(uint8_t *dst, size_t n) {
 // ---- the tables as the builder sees them ------------------------------------------
 
 namespace {
-
-// A body layout and the row operations the body table instantiates for it.
-struct LayoutOps {
-    const BodyLayout *layout;
-    BodyEncodeFn encode;
-    BodyDecodeFn decode;
-};
-
-template <const BodyLayout *L>
-constexpr LayoutOps layoutOps() {
-    return {L, &encodeBody<L>, &decodeBody<L>};
-}
-
-// Every layout of FunctionUnitBodies.h. checkTables() finds each encoding
-// row's layout here, so a layout added there and missing here is reported.
-constexpr LayoutOps kLayoutOps[] = {
-    layoutOps<&kNoReplyBody>(), layoutOps<&kEventListBody>(), layoutOps<&kShortEventListBody>(),
-    layoutOps<&kEventListHead>(), layoutOps<&kEmptyBody>(), layoutOps<&kAttributeBody>(),
-    layoutOps<&kBlockBody>(), layoutOps<&kLongStringBody>(), layoutOps<&kStringBody>(),
-    layoutOps<&kU16Body>(), layoutOps<&kU32Body>(), layoutOps<&kByteBody>(),
-    layoutOps<&kU16AttributeBody>(), layoutOps<&kU16Bytes12Body>(), layoutOps<&kU16Bytes16Body>(),
-    layoutOps<&kU16LongStringBody>(), layoutOps<&kU16StringBody>(), layoutOps<&kU16PairBody>(),
-    layoutOps<&kU16U32Body>(), layoutOps<&kU16ByteBody>(), layoutOps<&kU32AttributeBody>(),
-    layoutOps<&kU32BlockBody>(), layoutOps<&kU32LongStringBody>(), layoutOps<&kU32StringBody>(),
-    layoutOps<&kU32U16Body>(), layoutOps<&kU32PairBody>(), layoutOps<&kU32ByteBody>(),
-    layoutOps<&kByteAttributeBody>(), layoutOps<&kByteBlockBody>(), layoutOps<&kByteLongStringBody>(),
-    layoutOps<&kByteStringBody>(), layoutOps<&kByteU32Body>(), layoutOps<&kU16LongStringByteBody>(),
-    layoutOps<&kU16PairAttributeBody>(), layoutOps<&kU16PairLongStringBody>(),
-    layoutOps<&kU16PairStringBody>(), layoutOps<&kU16PairU32Body>(), layoutOps<&kU16U32AttributeBody>(),
-    layoutOps<&kU16U32StringBody>(), layoutOps<&kU16U32PairBody>(), layoutOps<&kU16ByteStringBody>(),
-    layoutOps<&kU16BytePairBody>(), layoutOps<&kU32LongStringPairBody>(),
-    layoutOps<&kU32LongStringByteBody>(), layoutOps<&kU32StringPairBody>(),
-    layoutOps<&kU32StringU16Body>(), layoutOps<&kU32StringByteBody>(), layoutOps<&kU32U16AttributeBody>(),
-    layoutOps<&kU32U16LongStringBody>(), layoutOps<&kU32U16StringBody>(), layoutOps<&kU32U16PairBody>(),
-    layoutOps<&kU32U16U32Body>(), layoutOps<&kU32PairAttributeBody>(), layoutOps<&kU32PairLongStringBody>(),
-    layoutOps<&kU32PairStringBody>(), layoutOps<&kU32PairU16Body>(), layoutOps<&kU32TripleBody>(),
-    layoutOps<&kU32PairByteBody>(), layoutOps<&kU32ByteAttributeBody>(), layoutOps<&kU32ByteLongStringBody>(),
-    layoutOps<&kU32ByteStringBody>(), layoutOps<&kU32ByteU32Body>(), layoutOps<&kByteU16StringBody>(),
-    layoutOps<&kByteU32LongStringBody>(), layoutOps<&kByteU32PairBody>(), layoutOps<&kBytePairLongStringBody>(),
-    layoutOps<&kBytePairStringBody>(), layoutOps<&kBytePairU16Body>(), layoutOps<&kU16TripleStringBody>(),
-    layoutOps<&kU16U32U16ByteBody>(), layoutOps<&kU32U16PairStringBody>(), layoutOps<&kU32U16ByteStringBody>(),
-    layoutOps<&kU32PairLongStringPairBody>(), layoutOps<&kU32PairStringByteBody>(),
-    layoutOps<&kU32PairU16LongStringBody>(), layoutOps<&kU32PairU16ByteBody>(),
-    layoutOps<&kU32TripleLongStringBody>(), layoutOps<&kU32TripleStringBody>(), layoutOps<&kU32QuadBody>(),
-    layoutOps<&kU32TripleByteBody>(), layoutOps<&kU32PairByteLongStringBody>(),
-    layoutOps<&kU32PairByteStringBody>(), layoutOps<&kU32PairByteU16Body>(), layoutOps<&kU32PairBytePairBody>(),
-    layoutOps<&kU32ByteU16U32Body>(), layoutOps<&kU32ByteU32PairBody>(), layoutOps<&kU32BytePairLongStringBody>(),
-    layoutOps<&kU32BytePairStringBody>(), layoutOps<&kByteU16PairU32Body>(), layoutOps<&kByteU32TripleBody>(),
-    layoutOps<&kBytePairU16U32Body>(), layoutOps<&kBytePairU32PairBody>(),
-    layoutOps<&kU32U16PairByteLongStringBody>(), layoutOps<&kU32U16U32PairByteBody>(),
-    layoutOps<&kU32PairU16PairU32Body>(), layoutOps<&kU32TripleU16ByteBody>(),
-    layoutOps<&kU32QuadLongStringBody>(), layoutOps<&kU32QuadStringBody>(), layoutOps<&kU32QuadU16Body>(),
-    layoutOps<&kU32QuadByteBody>(), layoutOps<&kU32TripleByteU16Body>(), layoutOps<&kU32ByteU32TripleBody>(),
-    layoutOps<&kByteU32QuadBody>(), layoutOps<&kU32TripleU16PairByteBody>(),
-};
 
 // The data types' own string-array types, as plans.
 const std::array<Plan, 2> kOwnLayouts = {valuePlan(kOwnRecordTypes[0].fields), valuePlan(kOwnRecordTypes[1].fields)};
@@ -157,21 +103,6 @@ const std::array<ValueType, kRows + 1> &rowTypes() {
 
 const ValueType kNoType{};
 
-using DecodeFn = void *(*)(void *, PacketCursor *, uint8_t, uint8_t);
-
-template <size_t... I>
-constexpr std::array<DecodeFn, sizeof...(I)> fixedDecoders(std::index_sequence<I...>) {
-    return {&FixedValueCodec<kFixedValueTypes, I>::decode...};
-}
-template <size_t... I>
-constexpr std::array<DecodeFn, sizeof...(I)> recordDecoders(std::index_sequence<I...>) {
-    return {&RecordValueCodec<kRecordValueTypes, I>::decode...};
-}
-template <size_t... I>
-constexpr std::array<DecodeFn, sizeof...(I)> structureDecoders(std::index_sequence<I...>) {
-    return {&StructureValueCodec<kStructureValueTypes, I>::decode...};
-}
-
 } // namespace
 
 const ValueType &attributeType(uint16_t id) {
@@ -207,15 +138,13 @@ const ValueType &dataType(uint16_t code) {
 }
 
 const BodyLayout *requestLayout(const BodyCodecRow &row) {
-    for (const LayoutOps &l : kLayoutOps)
-        if (row.encode != nullptr && row.encode == l.encode) return l.layout;
-    return nullptr;
+    const BodyDescriptions *d = bodyDescriptionsOf(&row);
+    return d != nullptr ? d->requestLayout : nullptr;
 }
 
 const BodyLayout *replyLayout(const BodyCodecRow &row) {
-    for (const LayoutOps &l : kLayoutOps)
-        if (row.decode == l.decode) return l.layout;
-    return nullptr;
+    const BodyDescriptions *d = bodyDescriptionsOf(&row);
+    return d != nullptr ? d->replyLayout : nullptr;
 }
 
 const MethodInfo *methodInfo(uint16_t code) {
@@ -226,38 +155,6 @@ const MethodInfo *methodInfo(uint16_t code) {
 const MethodPlans *methodPlans(uint16_t code) {
     const size_t i = methodIndex(code);
     return i < kMethodCount ? &kMethodPlans[i] : nullptr;
-}
-
-void checkTables() {
-    static const bool checked = [] {
-        for (const BodyCodecRow *row = FUCodecTable; row->code != 0; ++row) {
-            if (row->encode == nullptr || row->code == 0x1d) continue;
-            int matches = 0;
-            for (const LayoutOps &l : kLayoutOps) matches += row->encode == l.encode;
-            check(matches == 1, "an encoding body row whose layout the builder does not list");
-        }
-        // Each value type's row holds the codec of that type.
-        constexpr auto fixed = fixedDecoders(std::make_index_sequence<std::size(kFixedValueTypes)>{});
-        constexpr auto record = recordDecoders(std::make_index_sequence<std::size(kRecordValueTypes)>{});
-        constexpr auto structures =
-            structureDecoders(std::make_index_sequence<std::size(kStructureValueTypes)>{});
-        for (size_t i = 0; i < fixed.size(); ++i)
-            check(AttributeCodecTable[kFixedValueTypes[i].row - 1].ops.decode == fixed[i],
-                  "a fixed-size type names the wrong attribute row");
-        for (size_t i = 0; i < record.size(); ++i)
-            check(AttributeCodecTable[kRecordValueTypes[i].row - 1].ops.decode == record[i],
-                  "a record type names the wrong attribute row");
-        for (size_t i = 0; i < structures.size(); ++i)
-            check(AttributeCodecTable[kStructureValueTypes[i].row - 1].ops.decode == structures[i],
-                  "a structure type names the wrong attribute row");
-        size_t rows = 0;
-        for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r) ++rows;
-        check(rows == kRows, "the attribute table no longer has 282 rows");
-        for (size_t row = 1; row <= kRows; ++row)
-            check(rowTypes()[row].family != ValueType::Family::None, "an attribute row without a value type");
-        return true;
-    }();
-    (void)checked;
 }
 
 // ---- the builder ------------------------------------------------------------------

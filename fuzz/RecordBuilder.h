@@ -114,10 +114,6 @@ const trov::BodyLayout *replyLayout(const trov::BodyCodecRow &row);
 const trov::MethodInfo *methodInfo(uint16_t code);
 const trov::MethodPlans *methodPlans(uint16_t code);
 
-// Checks once that the builder's view of the tables is the library's: every
-// encoding body row has a known layout, every attribute row and data type a
-// value type whose codec is the row's. Traps otherwise.
-void checkTables();
 
 class RecordBuilder {
 public:

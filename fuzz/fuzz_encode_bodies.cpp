@@ -148,7 +148,6 @@ void querySizes(const HeaderInfo &head, const trov::BodyLayout &layout, const vo
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     TROV_InitCoder();
-    checkTables();
     RecordBuilder builder(data, size);
     FuzzInput &in = builder.input();
 

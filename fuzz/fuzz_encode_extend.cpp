@@ -131,7 +131,6 @@ void roundTrip(const Call &call, const Bytes &bytes, bool faithful) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     TROV_InitCoder();
-    checkTables();
     RecordBuilder builder(data, size);
     FuzzInput &in = builder.input();
 

@@ -169,13 +169,17 @@ constexpr const TrovLayoutInfo *describedBody() {
 inline constexpr TrovLayoutInfo kMethodCallInfo = {
     "MethodBody", sizeof(MethodBody), 0, nullptr, TROV_LAYOUT_METHOD_CALL, 0, 0};
 
+// A row's layouts and their descriptions (layouts null for the method
+// invocation, whose parameters the method codecs carry).
 struct BodyDescriptions {
     const TrovLayoutInfo *request; // null: the body is decode-only
     const TrovLayoutInfo *reply;
+    const BodyLayout *requestLayout;
+    const BodyLayout *replyLayout;
 };
 
-// The descriptions of a row of the built-in FU body table; null for a row of
-// any other table.
+// The layouts and descriptions of a row of the built-in FU body table; null
+// for a row of any other table.
 const BodyDescriptions *bodyDescriptionsOf(const BodyCodecRow *row);
 
 } // namespace trov

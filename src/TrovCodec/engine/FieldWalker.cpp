@@ -63,6 +63,8 @@ void take(PacketCursor &c, uint8_t *dst, uint32_t n) {
 }
 
 uint32_t takeScalar(PacketCursor &c, uint32_t width) {
+    if (c.remaining >= width) // the usual case: read it where it stands
+        return width == 1 ? getU8(c) : width == 2 ? getU16(c) : getU32(c);
     uint8_t wire[4] = {};
     take(c, wire, width);
     return width == 1 ? wire[0] : width == 2 ? loadU16(wire) : loadU32(wire);

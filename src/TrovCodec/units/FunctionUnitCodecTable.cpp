@@ -182,8 +182,8 @@ extern constexpr BodyCodecRow FUCodecTable[] = {
 namespace {
 
 #define TROV_LAYOUT_ROW(code, request, reply, length, minimum) \
-    BodyDescriptions{describedBody<request>(), describedBody<reply>()},
-#define TROV_NO_LAYOUT_ROW(code) BodyDescriptions{&kMethodCallInfo, &kMethodCallInfo},
+    BodyDescriptions{describedBody<request>(), describedBody<reply>(), request, reply},
+#define TROV_NO_LAYOUT_ROW(code) BodyDescriptions{&kMethodCallInfo, &kMethodCallInfo, nullptr, nullptr},
 // Row i of FUCodecTable runs on the layouts kFULayouts[i] describes.
 constexpr BodyDescriptions kFULayouts[] = {TROV_FU_BODIES(TROV_LAYOUT_ROW, TROV_NO_LAYOUT_ROW)};
 #undef TROV_LAYOUT_ROW

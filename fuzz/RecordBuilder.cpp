@@ -526,7 +526,7 @@ void RecordBuilder::fillFields(const Plan &plan, uint8_t *record) {
             storePointer(slot(record, f.data), value);
             // A type without reserved room is read over on decoding and its
             // value not kept.
-            if (f.kind == FieldKind::ReservedValue && key != 16 && key != 17 && key != 19 && key != 20) lossy();
+            if (f.kind == FieldKind::ReservedValue && reservedValueRoom(key) == 0) lossy();
             break;
         }
         default: {

@@ -284,6 +284,18 @@ constexpr Plan makePlan(const Field (&list)[N], PlanRules rules = {}) {
     return makePlan(list, N, rules);
 }
 
+// The room a reserved value keeps for data type T: 54 bytes (rounded up to
+// 8) for types 16 and 17, 24 for types 19 and 20, none for the others.
+constexpr uint32_t reservedValueRoom(uint16_t type) {
+    switch (type) {
+    case 16:
+    case 17: return alignTo(54, 8);
+    case 19:
+    case 20: return 24;
+    default: return 0;
+    }
+}
+
 // ---- the data area -----------------------------------------------------------
 
 // Data-area bytes of n elements of a counted kind.

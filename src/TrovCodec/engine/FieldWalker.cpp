@@ -29,18 +29,6 @@ uint32_t optionWireBytes(uint8_t kind, uint8_t length) {
 }
 uint32_t optionRoom(uint8_t kind, uint8_t length) { return alignTo(trovDecCalc_OptionParam(kind, length), 8); }
 
-// The room a reserved value keeps for data type T: 54 bytes (rounded up to
-// 8) for types 16 and 17, 24 for types 19 and 20, none for the others.
-constexpr uint32_t reservedValueRoom(uint16_t type) {
-    switch (type) {
-    case 16:
-    case 17: return alignTo(54, 8);
-    case 19:
-    case 20: return 24;
-    default: return 0;
-    }
-}
-
 // The codec behind an identifier or data type field, the version it codes
 // at, and the result when there is none.
 struct ValueCodec {

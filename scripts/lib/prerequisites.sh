@@ -18,10 +18,14 @@ trov_require_packages() {
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
 }
 
-# What a plain build of the library and its tool needs.
-TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils)
+# What a plain build of the library and its tool needs (the tool parses its
+# arguments with CLI11 and reads and writes JSON with nlohmann-json, both
+# header-only; the library itself needs neither).
+TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils libcli11-dev nlohmann-json3-dev)
 # What the full test run needs on top: clang with its sanitizer runtimes,
 # GoogleTest's sources, Google Benchmark, the mingw-w64 cross compiler and
-# Wine to run the Windows build, and pkg-config for the installed-package check.
+# Wine to run the Windows build, pkg-config for the installed-package check,
+# and protobuf, the mainstream codec the benchmarks compare against.
 TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev pkg-config
-                    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64)
+                    g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64
+                    protobuf-compiler libprotobuf-dev)

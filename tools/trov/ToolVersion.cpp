@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "ToolVersion.h"
 #include "TrovVersion.h"
 
 namespace trov {

@@ -1,0 +1,14 @@
+// `trov encode`: JSON packet objects in, packets out.
+#pragma once
+
+#include <ostream>
+#include <string>
+
+namespace trov {
+
+// Reads packet objects (one, an array, or one per line) from `path` ("-":
+// standard input) and writes each packet as hex text, or raw bytes when
+// `raw`. Returns the exit code: 0, or 2 after an error naming the JSON path.
+int runEncode(const std::string &path, bool raw, std::ostream &out, std::ostream &err);
+
+} // namespace trov

@@ -1,0 +1,40 @@
+// Records built from JSON, field by field, through the library's layout
+// description; and whole packets encoded from their JSON.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "RecordJson.h"
+
+namespace trov {
+
+// Zero-filled, 16-byte aligned memory for the records the tool builds,
+// released together.
+class RecordArena {
+public:
+    void *allocate(size_t bytes);
+
+private:
+    std::vector<std::unique_ptr<std::byte[]>> blocks_;
+};
+
+struct JsonError {
+    std::string path;    // JSON pointer of the offending value, e.g. "/body/fields/value3"
+    std::string message; // what is wrong with it
+};
+
+// The record of `layout` built from its "fields" JSON (at JSON pointer `path`);
+// nullptr with `error` set when the JSON does not fit the layout.
+const void *jsonToRecord(const Json &fields, const TrovLayoutInfo &layout, uint8_t version, bool request,
+                         RecordArena &arena, const std::string &path, JsonError &error);
+
+// A packet object (header and body, at `path`) encoded through TROV_EncodeFU;
+// the body length is computed. false with `error` set on bad JSON or a
+// failed encode.
+bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8_t> &bytes, JsonError &error);
+
+} // namespace trov

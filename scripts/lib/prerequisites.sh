@@ -25,7 +25,8 @@ TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils libcli11-dev nlohmann-j
 # What the full test run needs on top: clang with its sanitizer runtimes,
 # GoogleTest's sources, Google Benchmark, the mingw-w64 cross compiler and
 # Wine to run the Windows build, pkg-config for the installed-package check,
-# and protobuf, the mainstream codec the benchmarks compare against.
+# lld and llvm (lld-link, llvm-dlltool) to link a host the Microsoft way, and
+# protobuf, the mainstream codec the benchmarks compare against.
 TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev pkg-config
                     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64
-                    protobuf-compiler libprotobuf-dev)
+                    lld llvm protobuf-compiler libprotobuf-dev)

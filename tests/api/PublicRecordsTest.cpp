@@ -1,0 +1,179 @@
+// The public record declarations (TrovRecords.h) against the library's own
+// layout descriptions: every declared record has the described size and
+// every member sits at its field's offset (and keeps its data pointer where
+// the description says), as this compiler lays the C structs out; and every
+// code the library describes has a declaration. The check list is generated
+// with the header (PublicRecordsChecks.inc).
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "TrovCodes.h"
+#include "TrovLayout.h"
+#include "TrovRecords.h"
+
+namespace {
+
+enum class Family { Event, MethodRequest, MethodReply, Attribute, DataType, Fixed };
+
+// `expected` -1: the member is the described field of the same index; else
+// the codec's own offset for a structured record.
+struct MemberCheck {
+    const char *name;
+    size_t offset;
+    size_t dataOffset;
+    int expected;
+};
+
+struct RecordCheck {
+    Family family;
+    uint16_t code;
+    const char *type;
+    size_t size;
+    int expectedSize; // -1: the description's recordBytes
+    const MemberCheck *members;
+    size_t memberCount;
+};
+
+#include "api/PublicRecordsChecks.inc"
+
+constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
+
+TrovResult describe(Family f, uint16_t code, TrovLayoutInfo *out) {
+    switch (f) {
+    case Family::Event: return TROV_DescribeEvent(code, kVersion, out);
+    case Family::MethodRequest: return TROV_DescribeMethod(code, kVersion, 1, out);
+    case Family::MethodReply: return TROV_DescribeMethod(code, kVersion, 0, out);
+    case Family::Attribute: return TROV_DescribeAttribute(code, kVersion, out);
+    case Family::DataType: return TROV_DescribeDataType(code, kVersion, out);
+    default: return TROV_RESULT_NULL_ARGUMENT;
+    }
+}
+
+// Size, then each member against the field of the same index (name, offset,
+// data pointer), or against the codec's offset for structured records. One
+// test over the whole list: a ctest per record would start the program (under
+// Wine on Windows) some five hundred times.
+void checkRecord(const RecordCheck &r) {
+    SCOPED_TRACE(r.type);
+    TrovLayoutInfo l{};
+    if (r.family != Family::Fixed) {
+        ASSERT_EQ(describe(r.family, r.code, &l), TROV_RESULT_OK);
+    }
+    EXPECT_EQ(r.size, r.expectedSize >= 0 ? size_t(r.expectedSize) : size_t(l.recordBytes));
+    size_t described = 0;
+    for (size_t i = 0; i < r.memberCount; ++i) {
+        const MemberCheck &m = r.members[i];
+        SCOPED_TRACE(m.name);
+        if (m.expected >= 0) {
+            EXPECT_EQ(m.offset, size_t(m.expected));
+            continue;
+        }
+        ASSERT_LT(described, l.fieldCount);
+        const TrovFieldInfo &f = l.fields[described++];
+        EXPECT_STREQ(m.name, f.name);
+        EXPECT_EQ(m.offset, f.offset);
+        EXPECT_EQ(m.dataOffset, f.dataOffset);
+    }
+    EXPECT_EQ(described, size_t(l.fieldCount));
+}
+
+TEST(PublicRecords, EveryDeclarationMatchesItsDescription) {
+    TROV_InitCoder();
+    for (const RecordCheck &r : kRecordChecks) checkRecord(r);
+}
+
+bool declared(Family f, uint16_t code) {
+    for (const RecordCheck &r : kRecordChecks)
+        if (r.family == f && r.code == code) return true;
+    return false;
+}
+
+bool plainScalar(const TrovLayoutInfo &l) {
+    return l.form == TROV_LAYOUT_FIELDS && l.fieldCount == 1 && l.fields[0].offset == 0 &&
+           l.fields[0].kindId >= TROV_KIND_U8 && l.fields[0].kindId <= TROV_KIND_U32;
+}
+
+// Every code with a record of its own (not one scalar, not without
+// parameters, not raw) has a declaration; an attribute has its row's, found
+// through any identifier of the row.
+TEST(PublicRecords, EveryDescribedCodeIsDeclared) {
+    TROV_InitCoder();
+    size_t events = 0, sides = 0, values = 0;
+    for (uint32_t c = 1; c <= 0xFFFF; ++c) {
+        const uint16_t code = uint16_t(c);
+        TrovLayoutInfo l{};
+        if (TROV_DescribeEvent(code, kVersion, &l) == 0) {
+            ++events;
+            EXPECT_TRUE(declared(Family::Event, code)) << "event " << c;
+        }
+        for (Family f : {Family::MethodRequest, Family::MethodReply})
+            if (describe(f, code, &l) == 0 && l.form != TROV_LAYOUT_NONE && l.form != TROV_LAYOUT_RAW &&
+                !plainScalar(l)) {
+                ++sides;
+                EXPECT_TRUE(declared(f, code)) << "method " << c;
+            }
+        if (TROV_DescribeDataType(code, kVersion, &l) == 0 && !plainScalar(l)) {
+            EXPECT_TRUE(declared(Family::DataType, code)) << "data type " << c;
+        }
+        if (TROV_DescribeAttribute(code, kVersion, &l) == 0 && !plainScalar(l)) {
+            ++values;
+            bool found = declared(Family::Attribute, code);
+            for (const RecordCheck &r : kRecordChecks) {
+                TrovLayoutInfo row{};
+                if (found) break;
+                found = r.family == Family::Attribute && l.fields != nullptr &&
+                        TROV_DescribeAttribute(r.code, kVersion, &row) == 0 && row.fields == l.fields;
+            }
+            EXPECT_TRUE(found) << "attribute " << c;
+        }
+    }
+    EXPECT_EQ(events, 120u);
+    EXPECT_GT(sides, 0u);
+    EXPECT_GT(values, 0u);
+}
+
+// The named codes are the codes the library knows: a sample from each
+// group, and one that no table has.
+TEST(PublicRecords, NamedCodesAreKnownCodes) {
+    TROV_InitCoder();
+    TrovLayoutInfo l{};
+    EXPECT_EQ(TROV_DescribeBody(TROV_BODY_001D, kVersion, 1, &l), TROV_RESULT_OK);
+    EXPECT_EQ(TROV_DescribeEvent(TROV_EVENT_00C5, kVersion, &l), TROV_RESULT_OK);
+    EXPECT_EQ(TROV_DescribeMethod(TROV_METHOD_00C0, kVersion, 0, &l), TROV_RESULT_OK);
+    EXPECT_EQ(l.recordBytes, sizeof(TrovMethod00C0Reply));
+    EXPECT_EQ(TROV_DescribeDataType(TROV_DATA_TYPE_001A, kVersion, &l), TROV_RESULT_OK);
+    EXPECT_EQ(TROV_DescribeAttribute(TROV_ATTRIBUTE_36B9, kVersion, &l), TROV_RESULT_OK);
+    EXPECT_EQ(l.recordBytes, sizeof(TrovSession));
+    EXPECT_EQ(TROV_DescribeMethod(TROV_METHOD_RAW_FIRST, kVersion, 1, &l), TROV_RESULT_OK);
+    EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
+}
+
+// A decoded event read through its declaration: event 0x02 (u32, u8, a
+// u8-counted string) in the short framing of body 0x0A.
+TEST(PublicRecords, DecodedEventReadsThroughItsDeclaration) {
+    TROV_InitCoder();
+    uint8_t packet[] = {0xA7, 0xE5, 0x10, 0x01, 0x00, 0x0A, 0, 0, 0, 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1,
+                        0x00, 0x00, 0x00, 0x07, 0x01, // u32, one event
+                        0x00, 0x02, 0x09,             // event 0x02, field2
+                        0x89, 0xAB, 0xCD, 0xEF, 0x42, 0x02, 'h', 'i'};
+    PacketCursor cursor{packet, uint32_t(sizeof packet)};
+    HeaderInfo info{};
+    DecodeResult result{};
+    ASSERT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), TROV_RESULT_OK);
+    const auto *body = static_cast<const ShortEventListBody *>(result.record);
+    ASSERT_EQ(body->count, 1);
+    ASSERT_EQ(body->entries[0].eventCode, TROV_EVENT_0002);
+    const auto *event = static_cast<const TrovEvent0002 *>(body->entries[0].body);
+    EXPECT_EQ(event->value0, 0x89ABCDEFu);
+    EXPECT_EQ(event->value1, 0x42);
+    ASSERT_EQ(event->string2.length, 2);
+    EXPECT_EQ(std::memcmp(event->string2.data, "hi", 2), 0);
+    trovFree(body->buffer.data);
+    trovFree(result.record);
+}
+
+} // namespace

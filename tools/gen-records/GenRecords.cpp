@@ -90,7 +90,7 @@ const char *pointerType(uint8_t kind) {
     case TROV_KIND_CHARS: return "uint8_t *";
     case TROV_KIND_U16S: return "uint16_t *";
     case TROV_KIND_U32S: return "uint32_t *";
-    case TROV_KIND_WIDE_U32S: return "TrovWideU32 *";
+    case TROV_KIND_WIDE_U32S: return "uint32_t *";
     case TROV_KIND_U8U32_ITEMS: return "TrovU8U32Item *";
     case TROV_KIND_U32U8_ITEMS: return "TrovU32U8Item *";
     case TROV_KIND_BYTE_PAIRS: return "TrovBytePair *";
@@ -657,14 +657,11 @@ typedef struct TrovU32List16 {
     uint32_t *data;
 } TrovU32List16;
 
-/* u32 values in host order with 8 bytes of room each. */
-typedef struct TrovWideU32 {
-    uint32_t value;
-    uint32_t unused;
-} TrovWideU32;
+/* u32 values in host order, 4 bytes apart like the list above, in a block
+ * that keeps 8 bytes of room per value (the back half of the block unused). */
 typedef struct TrovWideU32List8 {
     uint8_t count;
-    TrovWideU32 *data;
+    uint32_t *data;
 } TrovWideU32List8;
 
 /* Items of a u8 and a u32 (5 bytes on the wire, 8 in the record). */

@@ -41,7 +41,8 @@ enum {
                                   byte kept behind non-empty data */
     TROV_KIND_U16S = 9,        /* "u16s": counted u16, stored in host order */
     TROV_KIND_U32S = 10,       /* "u32s": counted u32, stored in host order, 4 bytes each */
-    TROV_KIND_WIDE_U32S = 11,  /* "u32s": counted u32, stored in host order, 8 bytes each */
+    TROV_KIND_WIDE_U32S = 11,  /* "u32s": counted u32, stored in host order 4 bytes apart,
+                                  with 8 bytes of room each */
     TROV_KIND_U8U32_ITEMS = 12, /* "u8u32items": counted (u8, u32) items, 8-byte elements */
     TROV_KIND_U32U8_ITEMS = 13, /* "u32u8items": counted (u32, u8) items, 8-byte elements */
     TROV_KIND_BYTE_PAIRS = 14, /* "bytepairs": counted byte pairs */

@@ -72,14 +72,11 @@ typedef struct TrovU32List16 {
     uint32_t *data;
 } TrovU32List16;
 
-/* u32 values in host order with 8 bytes of room each. */
-typedef struct TrovWideU32 {
-    uint32_t value;
-    uint32_t unused;
-} TrovWideU32;
+/* u32 values in host order, 4 bytes apart like the list above, in a block
+ * that keeps 8 bytes of room per value (the back half of the block unused). */
 typedef struct TrovWideU32List8 {
     uint8_t count;
-    TrovWideU32 *data;
+    uint32_t *data;
 } TrovWideU32List8;
 
 /* Items of a u8 and a u32 (5 bytes on the wire, 8 in the record). */

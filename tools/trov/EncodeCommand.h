@@ -11,4 +11,9 @@ namespace trov {
 // `raw`. Returns the exit code: 0, or 2 after an error naming the JSON path.
 int runEncode(const std::string &path, bool raw, std::ostream &out, std::ostream &err);
 
+// As runEncode, over JSON text already read; `name` names the input in
+// messages.
+int encodeJsonText(const std::string &text, const std::string &name, bool raw, std::ostream &out,
+                   std::ostream &err);
+
 } // namespace trov

@@ -21,13 +21,15 @@ struct PacketItem {
 
 class PacketInput {
 public:
-    // "-" is standard input. nullptr, with `error` set, when the input cannot be read.
+    // "-" is standard input (binary on Windows too). nullptr, with `error` set
+    // ("cannot open X: reason", "X is a directory"), when it cannot be read.
     static std::unique_ptr<PacketInput> open(const std::string &path, InputFormat format, std::string &error);
     // Over any stream; `name` appears in error messages.
     static std::unique_ptr<PacketInput> fromStream(std::istream &in, const std::string &name, InputFormat format);
     virtual ~PacketInput();
 
-    // The next item; after End or Error, End.
+    // The next item; after End or Error, End. Packets completed before a
+    // hex or read error come out first; a packet cut short by one is dropped.
     virtual PacketItem next() = 0;
     // Whether the input is read as hex text (known after the first next()).
     virtual bool isHex() const = 0;

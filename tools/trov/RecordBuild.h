@@ -37,4 +37,9 @@ const void *jsonToRecord(const Json &fields, const TrovLayoutInfo &layout, uint8
 // failed encode.
 bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8_t> &bytes, JsonError &error);
 
+// The header of a packet object: every member of "header" but bodyLength,
+// which the encoder computes. Absent members take the protocol mark, the
+// protocol version and 0. false with `error` set on a bad member.
+bool jsonToHeader(const Json &header, const std::string &path, HeaderInfo &info, JsonError &error);
+
 } // namespace trov

@@ -1,135 +1,103 @@
-// trov: prints what the TROV codec makes of packets.
+// trov: the TROV codec on the command line.
 //
-//   trov FILE...      decode each packet and print its header fields, the
-//                     body decoder's verdict and, for event lists, method
-//                     invocations and attribute bodies, what the body holds
+//   trov decode [--raw|--hex] [--request] [--ndjson|--text] [FILE...|-]
+//   trov encode [--raw] [FILE|-]
+//   trov tables [--json]
 //
-// A FILE ending in .hex holds the packet as hexadecimal text (whitespace
-// between bytes is optional; '#' starts a comment); any other file is the raw
-// packet bytes.
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
+// Every command's work lives in trov_tool_core; this file is the command line.
+// Exit codes: 0 success; 1 some packet failed to decode; 2 usage, input or
+// output errors. No exception leaves main, and a reader that goes away (a
+// closed pipe) ends the tool quietly with a non-zero code.
+#include <csignal>
+#include <exception>
+#include <iostream>
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
+#include "DecodeCommand.h"
+#include "EncodeCommand.h"
+#include "Tables.h"
+#include "ToolVersion.h"
 #include "TrovCodec.h"
-#include "TrovVersion.h"
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 namespace {
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
+int run(int argc, char **argv) {
+    CLI::App app{"trov: converts between TROV packets and JSON through the TROV codec library.", "trov"};
+    app.set_version_flag("--version", trov::versionLine(), "Print the tool's version and exit");
+    app.require_subcommand(1);
+    // Options are spelled --name on every platform, so that a path such as
+    // /captures/a.hex is a file and not an option, under Windows too.
+    app.allow_windows_style_options(false);
 
-bool parseHex(const std::string &text, std::vector<uint8_t> &out) {
-    int high = -1;
-    bool comment = false;
-    for (char c : text) {
-        if (comment) {
-            comment = c != '\n';
-            continue;
-        }
-        if (c == '#') {
-            comment = true;
-            continue;
-        }
-        if (c == ' ' || c == '\t' || c == '\n' || c == '\r') continue;
-        const int d = hexDigit(c);
-        if (d < 0) return false;
-        if (high < 0) {
-            high = d;
-        } else {
-            out.push_back(static_cast<uint8_t>(high << 4 | d));
-            high = -1;
-        }
+    trov::DecodeOptions decodeOptions;
+    std::vector<std::string> decodeFiles;
+    bool raw = false, hex = false, ndjson = false, text = false;
+    CLI::App *decode = app.add_subcommand("decode", "Decode packets (raw bytes or hex text) and print them as JSON");
+    CLI::Option *rawFlag = decode->add_flag("--raw", raw, "Read the input as raw bytes");
+    decode->add_flag("--hex", hex, "Read the input as hex text")->excludes(rawFlag);
+    decode->add_flag("--request", decodeOptions.request, "Read bodies as requests instead of replies");
+    CLI::Option *ndjsonFlag = decode->add_flag("--ndjson", ndjson, "One compact JSON object per line");
+    decode->add_flag("--text", text, "An indented human view")->excludes(ndjsonFlag);
+    decode->add_option("FILE", decodeFiles, "Input files; - or none: standard input");
+
+    std::string encodeFile = "-";
+    bool encodeRaw = false;
+    CLI::App *encode = app.add_subcommand("encode", "Encode JSON packet objects into packets (hex text by default)");
+    encode->add_flag("--raw", encodeRaw, "Write raw bytes instead of hex text");
+    encode->add_option("FILE", encodeFile, "Input file; - or none: standard input");
+
+    bool tablesJson = false;
+    CLI::App *tables = app.add_subcommand("tables", "List the body, event, method, attribute and data-type layouts");
+    tables->add_flag("--json", tablesJson, "Print JSON instead of text");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &e) {
+        const int code = app.exit(e, std::cout, std::cerr);
+        return code == 0 ? 0 : trov::kExitInputError;
     }
-    return high < 0;
-}
 
-bool readPacket(const char *path, std::vector<uint8_t> &packet) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    const size_t n = std::strlen(path);
-    if (n > 4 && std::strcmp(path + n - 4, ".hex") == 0) return parseHex(bytes, packet);
-    packet.assign(bytes.begin(), bytes.end());
-    return true;
-}
-
-void showBody(uint16_t code, const void *record) {
-    if (code == 0x4d) {
-        const auto *b = static_cast<const EventListBody *>(record);
-        std::printf("  events     %u\n", b->count);
-        for (uint16_t i = 0; i < b->count; ++i)
-            std::printf("    event 0x%04X  fields 0x%04X 0x%08X 0x%08X 0x%02X\n", b->entries[i].eventCode,
-                        b->entries[i].field1, b->entries[i].field2, b->entries[i].field3,
-                        b->entries[i].field4);
-    } else if (code == 0x0a) {
-        const auto *b = static_cast<const ShortEventListBody *>(record);
-        std::printf("  events     %u\n", b->count);
-        for (uint8_t i = 0; i < b->count; ++i)
-            std::printf("    event 0x%04X  field 0x%02X\n", b->entries[i].eventCode, b->entries[i].field2);
-    } else if (code == 0x1d) {
-        const auto *b = static_cast<const MethodBody *>(record);
-        std::printf("  method     0x%04X, %u parameter bytes\n", b->method, b->paramsLength);
-    } else if (code == 0x12 || code == 0x15 || code == 0x18 || code == 0x32) {
-        const auto *b = static_cast<const AttributeBody *>(record);
-        std::printf("  attribute  0x%04X\n", b->id);
+    TROV_InitCoder();
+    if (*decode) {
+        decodeOptions.format = raw ? trov::InputFormat::Raw : hex ? trov::InputFormat::Hex : trov::InputFormat::Detect;
+        decodeOptions.style = ndjson ? trov::OutputStyle::Ndjson
+                              : text ? trov::OutputStyle::Text
+                                     : trov::OutputStyle::JsonArray;
+#ifdef _WIN32
+        if (decodeOptions.format != trov::InputFormat::Hex) _setmode(_fileno(stdin), _O_BINARY);
+#endif
+        return trov::runDecode(decodeFiles, decodeOptions, std::cin, std::cout, std::cerr);
     }
-}
-
-int show(const char *path) {
-    std::vector<uint8_t> packet;
-    if (!readPacket(path, packet)) {
-        std::fprintf(stderr, "trov: cannot read %s\n", path);
-        return 1;
+    if (*encode) {
+#ifdef _WIN32
+        if (encodeRaw) _setmode(_fileno(stdout), _O_BINARY);
+#endif
+        return trov::runEncode(encodeFile, encodeRaw, std::cout, std::cerr);
     }
-    std::printf("%s: %zu bytes\n", path, packet.size());
-    PacketCursor cursor{packet.data(), static_cast<uint32_t>(packet.size())};
-    HeaderInfo h{};
-    const TrovResult r = TROV_DecodeHeader(&h, &cursor);
-    if (r != TROV_RESULT_OK) {
-        std::printf("  header: %u %s\n", r, TROV_ResultName(r));
-        return 0;
-    }
-    std::printf("  mark       0x%04X%s\n", h.mark, h.mark == TROV_PROTOCOL_MARK ? "" : " (not the protocol mark)");
-    std::printf("  version    0x%02X\n", h.version);
-    std::printf("  flags      0x%02X\n", h.flags);
-    std::printf("  code       0x%04X\n", h.code);
-    std::printf("  value4     0x%04X\n", h.value4);
-    std::printf("  bodyLength %u\n", h.bodyLength);
-    std::printf("  value6     0x%08X\n", h.value6);
-    std::printf("  value7     0x%08X\n", h.value7);
-    std::printf("  extension  0x%04X\n", h.extension);
-
-    DecodeResult result{};
-    HeaderInfo again{};
-    const TrovResult body = TROV_DecodeFU(&again, &result, &cursor, nullptr);
-    if (body == TROV_RESULT_OK && result.record == nullptr)
-        std::printf("  body       not decoded for unit type %u\n", result.type);
-    else
-        std::printf("  body       %u %s (unit type %u)\n", body, TROV_ResultName(body), result.type);
-    if (body == TROV_RESULT_OK && result.record != nullptr) showBody(again.code, result.record);
-    if (result.buffer != nullptr) trovFree(result.buffer->data);
-    trovFree(result.record);
-    return 0;
+    return trov::runTables(tablesJson, std::cout);
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: trov FILE...\n");
-        return 2;
+#ifdef SIGPIPE
+    // A closed pipe shows as a failed write, which the commands end on.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &e) {
+        std::cerr << "trov: " << e.what() << '\n';
+    } catch (...) {
+        std::cerr << "trov: unexpected error\n";
     }
-    TROV_InitCoder();
-    int status = 0;
-    for (int i = 1; i < argc; ++i) status |= show(argv[i]);
-    return status;
+    return trov::kExitInputError;
 }

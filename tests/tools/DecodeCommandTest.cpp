@@ -1,0 +1,169 @@
+// `trov decode` run in-process: what each kind of bad input is reported as,
+// and with which exit code; and the printer's guarantee of unique JSON keys
+// over every layout the library describes.
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "DecodeCommand.h"
+#include "RecordJson.h"
+#include "Tables.h"
+#include "TrovCodec.h"
+#include "TrovLayout.h"
+
+namespace {
+
+using trov::DecodeOptions;
+using trov::InputFormat;
+using trov::Json;
+using trov::OutputStyle;
+
+// A reply of body 0x0b (a u32) on unit type 1, and a skipped one (body 0x0a on
+// unit type 4), as hex text.
+const std::string kU32Reply = "A7E5 1001 000B 0000 0004 00000000 00000000 0001 0001E240\n";
+const std::string kSkipped = "A7E5 1001 000A 0000 0000 00000000 00000000 0004\n";
+
+std::string bytes(std::initializer_list<int> list) {
+    std::string s;
+    for (int b : list) s += static_cast<char>(b);
+    return s;
+}
+
+struct Case {
+    const char *name;
+    std::string input;                // standard input
+    std::vector<std::string> files;   // "-" when empty
+    InputFormat format;
+    OutputStyle style;
+    int exitCode;
+    std::vector<std::string> outHas;  // pieces the output must contain
+    std::string errHas;               // a piece of the error output ("" none expected)
+    bool request = false;             // --request
+};
+
+std::string sourcePath(const char *relative) { return std::string(TROV_SOURCE_DIR) + "/" + relative; }
+
+std::vector<Case> cases() {
+    const std::string examples = sourcePath("examples");
+    return {
+        {"EmptyInputIsAnEmptyArray", "", {}, InputFormat::Raw, OutputStyle::JsonArray, 0, {"[\n]\n"}, ""},
+        // Zeros frame as a header with no body (version 0 has no header
+        // codec), then 4 bytes too few for another header.
+        {"GarbageFailsTheHeaderThenLeavesTrailingBytes", std::string(24, '\0'), {}, InputFormat::Raw,
+         OutputStyle::Ndjson, 1,
+         {"\"name\":\"NO_HEADER_CODEC\",", "\"offset\":0}}}", "{\"offset\":20,\"trailing\":4,"}, ""},
+        {"TruncatedHeaderIsTrailing", "A7E5 10 00 0005 0000 0000 0000", {}, InputFormat::Hex, OutputStyle::Ndjson,
+         1, {"{\"offset\":0,\"trailing\":12,", "\"name\":\"SHORT_INPUT\""}, ""},
+        {"WrongMarkFailsAtThePacketStart", bytes({0xA7, 0xE6, 0x10, 0, 0, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
+         {}, InputFormat::Raw, OutputStyle::Ndjson, 1,
+         {"\"mark\":42982", "\"name\":\"BAD_PACKET\"", "\"offset\":0}"}, ""},
+        {"ShortBodyFailsAfterTheHeader", "A7E5 1001 000B 0000 0002 00000000 00000000 0001 0001", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1, {"\"name\":\"SHORT_INPUT\"", "\"offset\":20}"}, ""},
+        {"TrailingPartialPacketAfterAGoodOne", kU32Reply + "A7E5 1001 000B", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1,
+         {"\"fields\":{\"value0\":123456}", "{\"offset\":24,\"trailing\":6,", "\"offset\":24}}}"}, ""},
+        {"SkippedUnitTypeIsNotAFailure", kSkipped, {}, InputFormat::Hex, OutputStyle::Ndjson, 0,
+         {"\"unitType\":4", "\"status\":\"skipped\""}, ""},
+        {"SeveralPacketsStreamWithTheirOffsets", kU32Reply + kSkipped + kU32Reply, {}, InputFormat::Hex,
+         OutputStyle::JsonArray, 0, {"[\n{\n  \"offset\": 0,", "},\n{\n  \"offset\": 24,", "\"offset\": 44,", "}\n]\n"},
+         ""},
+        {"TextViewShowsTheFields", kU32Reply, {}, InputFormat::Hex, OutputStyle::Text, 0,
+         {"packet at offset 0, 24 bytes\n", "  body: U32Body\n    value0: 123456\n"}, ""},
+        {"BadHexNamesLineAndColumn", "A7E5\nA7zz\n", {}, InputFormat::Hex, OutputStyle::Ndjson, 2, {}, "-:2:3"},
+        {"MissingFileIsAnInputError", "", {examples + "/no-such-file.hex"}, InputFormat::Detect,
+         OutputStyle::JsonArray, 2, {"[\n]\n"}, "no-such-file.hex"},
+        {"DirectoryIsAnInputError", "", {examples}, InputFormat::Detect, OutputStyle::JsonArray, 2, {}, "examples"},
+        // Requests: a body code without a request layout, and a list whose
+        // count (u8 3 at body offset 7) promises more u16 than follow.
+        {"RequestOfADecodeOnlyBody", "A7E5 1001 000A 0000 0000 00000000 00000000 0001", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1, {"\"name\":\"NO_BODY_CODEC\"", "\"offset\":20}"}, "", true},
+        {"ShortRequestStopsAtTheItem", "A7E5 1001 001D 0000 000A 00000000 00000000 0001 00000011 0095 05 03 0001", {},
+         InputFormat::Hex, OutputStyle::Ndjson, 1, {"\"name\":\"SHORT_INPUT\"", "\"offset\":27}"}, "", true},
+        {"SeveralFilesNameEachPacket", kU32Reply, {"-", examples + "/wrong-mark.hex"}, InputFormat::Detect,
+         OutputStyle::Ndjson, 1, {"{\"file\":\"-\",\"offset\":0,", "wrong-mark.hex\",\"offset\":0,"}, ""},
+    };
+}
+
+class DecodeCommandTest : public testing::TestWithParam<Case> {};
+
+TEST_P(DecodeCommandTest, ReportsAndExits) {
+    const Case &c = GetParam();
+    std::istringstream in(c.input);
+    std::ostringstream out, err;
+    DecodeOptions options;
+    options.format = c.format;
+    options.style = c.style;
+    options.request = c.request;
+    const int code = trov::runDecode(c.files, options, in, out, err);
+    EXPECT_EQ(code, c.exitCode) << out.str() << err.str();
+    for (const std::string &piece : c.outHas)
+        EXPECT_NE(out.str().find(piece), std::string::npos) << piece << "\n" << out.str();
+    if (c.errHas.empty()) {
+        EXPECT_EQ(err.str(), "");
+    } else {
+        EXPECT_NE(err.str().find(c.errHas), std::string::npos) << err.str();
+    }
+    // Every line of NDJSON is one whole packet object.
+    if (c.style == OutputStyle::Ndjson) {
+        std::istringstream lines(out.str());
+        for (std::string line; std::getline(lines, line);) EXPECT_TRUE(Json::accept(line)) << line;
+    }
+    if (c.style == OutputStyle::JsonArray && c.exitCode != 2) {
+        EXPECT_TRUE(Json::accept(out.str())) << out.str();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Inputs, DecodeCommandTest, testing::ValuesIn(cases()),
+                         [](const testing::TestParamInfo<Case> &info) { return std::string(info.param.name); });
+
+TEST(DecodeCommand, StopsWhenTheOutputFails) {
+    std::istringstream in(kU32Reply + kU32Reply);
+    std::ostringstream out, err;
+    out.setstate(std::ios::badbit);
+    DecodeOptions options;
+    options.format = InputFormat::Hex;
+    EXPECT_EQ(trov::runDecode({}, options, in, out, err), trov::kExitInputError);
+}
+
+// ordered_json keeps the last of two equal keys without a word, so a record
+// printed from a layout with a repeated name, or with a name that a list or
+// method member reuses, would lose a field. Every described layout is checked.
+TEST(RecordJson, EveryLayoutHasUniqueFieldNames) {
+    const Json tables = trov::tablesJson();
+    size_t layouts = 0;
+    for (const char *family : {"bodies", "events", "methods", "attributes", "dataTypes"}) {
+        for (const Json &row : tables[family]) {
+            std::set<std::string> names;
+            for (const Json &f : row["fields"]) EXPECT_TRUE(names.insert(f["name"].get<std::string>()).second)
+                << family << " " << row["code"] << " " << f["name"];
+            // Names the printer adds beside the fields of a value.
+            EXPECT_EQ(names.count("variant"), 0u) << family << " " << row["code"];
+            ++layouts;
+        }
+    }
+    EXPECT_GT(tables["bodies"].size(), 0u);
+    EXPECT_GT(layouts, 1000u);
+}
+
+// A record whose pointers are null behind zero counts prints empty values,
+// and one with a null value pointer prints null, without reading through it.
+TEST(RecordJson, NullPointersBehindEmptyCounts) {
+    TROV_InitCoder();
+    TrovLayoutInfo layout{};
+    ASSERT_EQ(TROV_DescribeAttribute(0x0157, TROV_PROTOCOL_VERSION, &layout), 0u);
+    alignas(16) uint8_t record[64] = {};
+    record[0] = 7;
+    const Json j = trov::recordToJson(layout, record, TROV_PROTOCOL_VERSION, false);
+    EXPECT_EQ(j.dump(), R"({"value0":7,"value1":0,"string2":"","array3":[]})");
+
+    ASSERT_EQ(TROV_DescribeBody(0x12, TROV_PROTOCOL_VERSION, 0, &layout), 0u);
+    AttributeBody body{};
+    body.id = 0x0090;
+    EXPECT_EQ(trov::recordToJson(layout, &body, TROV_PROTOCOL_VERSION, false).dump(),
+              R"({"id":{"id":144,"value":null}})");
+}
+
+} // namespace

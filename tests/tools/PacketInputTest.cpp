@@ -1,0 +1,252 @@
+// The trov tool's input: hex text in the forms people paste, raw bytes, and
+// framing by bodyLength, through PacketInput's interface.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "PacketInput.h"
+
+namespace {
+
+using trov::InputFormat;
+using trov::PacketInput;
+using Kind = trov::PacketItem::Kind;
+using Bytes = std::vector<uint8_t>;
+
+Bytes fromHex(const std::string &hex) {
+    Bytes out;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    return out;
+}
+
+std::string toHex(const Bytes &bytes) {
+    std::string s;
+    for (uint8_t c : bytes) s += {"0123456789abcdef"[c >> 4], "0123456789abcdef"[c & 15]};
+    return s;
+}
+
+// What a reader yields: its items as "P<offset>+<size>" (packet),
+// "T<offset>+<size>" (trailing) and "E<error>", and the bytes of all of them.
+struct Drained {
+    std::string items;
+    Bytes bytes;
+    bool hex = false;
+};
+
+Drained drain(PacketInput &input) {
+    Drained d;
+    for (auto item = input.next(); item.kind != Kind::End; item = input.next()) {
+        if (!d.items.empty()) d.items += ' ';
+        if (item.kind == Kind::Error) d.items += "E" + item.error;
+        else d.items += (item.kind == Kind::Packet ? "P" : "T") + std::to_string(item.offset) + "+" + std::to_string(item.bytes.size());
+        d.bytes.insert(d.bytes.end(), item.bytes.begin(), item.bytes.end());
+    }
+    EXPECT_EQ(input.next().kind, Kind::End) << "after the last item";
+    d.hex = input.isHex();
+    return d;
+}
+
+Drained drain(const std::string &text, InputFormat format) {
+    std::istringstream in(text);
+    return drain(*PacketInput::fromStream(in, "t", format));
+}
+
+// Two packets back to back: bodyLength 44 (twelve 00000001 words, the last
+// three dump lines alike), then bodyLength 5 holding "ab cd", which the dumps'
+// ASCII columns show and which must not be read as bytes.
+const Bytes kStream = fromHex("a7e51001000b0000002c0000000000000000000100000001000000010000"
+                              "000100000001000000010000000100000001000000010000000100000001"
+                              "00000001a7e51000000500000005000000000000000000006162206364");
+
+struct FormatCase {
+    const char *name;
+    InputFormat format;
+    std::string text;
+};
+
+void PrintTo(const FormatCase &c, std::ostream *os) { *os << c.name; }
+
+class Formats : public testing::TestWithParam<FormatCase> {};
+
+TEST_P(Formats, YieldTheSamePackets) {
+    const Drained d = drain(GetParam().text, GetParam().format);
+    EXPECT_EQ(d.items, "P0+64 P64+25");
+    EXPECT_EQ(toHex(d.bytes), toHex(kStream));
+    EXPECT_EQ(d.hex, GetParam().text[0] != '\xa7');
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    PacketInput, Formats,
+    testing::Values(
+        FormatCase{"raw", InputFormat::Detect, std::string(kStream.begin(), kStream.end())},
+        FormatCase{"raw_forced", InputFormat::Raw, std::string(kStream.begin(), kStream.end())},
+        FormatCase{"plain", InputFormat::Detect,
+                   "# two packets\r\nA7E5 10 01 000B 0000 002C 00000000 00000000 0001  # header\r\n"
+                   "\t00000001 00000001 00000001 00000001 00000001 00000001\n"
+                   "00000001 00000001 00000001 00000001 00000001\n"
+                   "a7e5 10 00 0005 0000 0005 00000000 00000000 0000 6162206364"},
+        FormatCase{"prefixed", InputFormat::Hex,
+                   "0xa7e5 0x10 0x01 0X000b 0x0000 0x002c 0x00000000 0x00000000 0x0001\n"
+                   "0x0000000100000001000000010000000100000001000000010000000100000001000000010000000100000001\n"
+                   "0xa7 0xe5 0x10 0x00 0x00 0x05 0x00 0x00 0x00 0x05 0x0000000000000000 0x0000 0x61 0x62 0x20 0x63 0x64"},
+        FormatCase{"xxd", InputFormat::Detect,
+                   "00000000: a7e5 1001 000b 0000 002c 0000 0000 0000  .........,......\n"
+                   "00000010: 0000 0001 0000 0001 0000 0001 0000 0001  ................\n"
+                   "00000020: 0000 0001 0000 0001 0000 0001 0000 0001  ................\n"
+                   "00000030: 0000 0001 0000 0001 0000 0001 0000 0001  ................\n"
+                   "00000040: a7e5 1000 0005 0000 0005 0000 0000 0000  ................\n"
+                   "00000050: 0000 0000 6162 2063 64                   ....ab cd\n"},
+        FormatCase{"xxd_plain", InputFormat::Detect,
+                   "a7e51001000b0000002c0000000000000000000100000001000000010000\n"
+                   "000100000001000000010000000100000001000000010000000100000001\n"
+                   "00000001a7e51000000500000005000000000000000000006162206364\n"},
+        FormatCase{"hexdump", InputFormat::Detect,
+                   "00000000  a7 e5 10 01 00 0b 00 00  00 2c 00 00 00 00 00 00  |.........,......|\n"
+                   "00000010  00 00 00 01 00 00 00 01  00 00 00 01 00 00 00 01  |................|\n"
+                   "*\n"
+                   "00000040  a7 e5 10 00 00 05 00 00  00 05 00 00 00 00 00 00  |................|\n"
+                   "00000050  00 00 00 00 61 62 20 63  64                       |....ab cd|\n"
+                   "00000059\n"},
+        FormatCase{"od", InputFormat::Detect,
+                   "000000 a7 e5 10 01 00 0b 00 00 00 2c 00 00 00 00 00 00\n"
+                   "000010 00 00 00 01 00 00 00 01 00 00 00 01 00 00 00 01\n"
+                   "000020 00 00 00 01 00 00 00 01 00 00 00 01 00 00 00 01\n"
+                   "000030 00 00 00 01 00 00 00 01 00 00 00 01 00 00 00 01\n"
+                   "000040 a7 e5 10 00 00 05 00 00 00 05 00 00 00 00 00 00\n"
+                   "000050 00 00 00 00 61 62 20 63 64\n"
+                   "000059\n"}),
+    [](const auto &info) { return std::string(info.param.name); });
+
+struct HexErrorCase {
+    const char *name;
+    std::string text;
+    std::string items; // what comes out, the error up to its column
+};
+
+void PrintTo(const HexErrorCase &c, std::ostream *os) { *os << c.name; }
+
+class HexErrors : public testing::TestWithParam<HexErrorCase> {};
+
+TEST_P(HexErrors, NameLineAndColumn) {
+    const std::string items = drain(GetParam().text, InputFormat::Hex).items;
+    EXPECT_EQ(items.substr(0, GetParam().items.size() + 1), GetParam().items + " ") << items;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    PacketInput, HexErrors,
+    testing::Values(
+        HexErrorCase{"not_hex", "a7 e5 1g", "Et:1:8:"},
+        HexErrorCase{"odd_token", "a7e5\n# A7 E5 would be wrong\nA7E 5", "Et:3:1:"},
+        HexErrorCase{"bare_prefix", "a7e5 0x", "Et:1:6:"},
+        HexErrorCase{"control_byte", "a7\x01", "Et:1:3:"},
+        HexErrorCase{"after_a_packet", "000000000000000000010000000000000000000000 a7e5 zz", "P0+21 Et:1:49:"},
+        HexErrorCase{"xxd_offset", "00000000: a7e5 1001\n00000008: 0000", "Et:2:1:"},
+        HexErrorCase{"xxd_odd_group", "00000000: a7e5 100 1111  ....", "Et:1:16:"},
+        HexErrorCase{"xxd_not_a_line", "00000000: a7e5\na7e5", "Et:2:1:"},
+        HexErrorCase{"hexdump_bad_byte", "00000000  a7 zz  |..|", "Et:1:14:"},
+        HexErrorCase{"hexdump_repeat_unended", "00000000  a7 e5 10  |...|\n*\n", "Et:2:1:"},
+        HexErrorCase{"od_repeat_uneven", "000000 a7 e5 10\n*\n000004\n", "Et:3:1:"}),
+    [](const auto &info) { return std::string(info.param.name); });
+
+// A packet of zero marks (no concern of the framing), cut short to `size`.
+Bytes packet(uint16_t bodyLength, uint8_t fill = 0, size_t size = SIZE_MAX) {
+    Bytes p(std::min(20 + size_t{bodyLength}, size), fill);
+    p[8] = static_cast<uint8_t>(bodyLength >> 8);
+    p[9] = static_cast<uint8_t>(bodyLength);
+    return p;
+}
+
+Bytes operator+(Bytes a, const Bytes &b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+// Framing, with the input as raw bytes and as one line of hex (one token
+// longer than a read chunk).
+struct FramingCase {
+    const char *name;
+    Bytes input;
+    std::string items;
+};
+
+void PrintTo(const FramingCase &c, std::ostream *os) { *os << c.name; }
+
+class Framing : public testing::TestWithParam<FramingCase> {};
+
+TEST_P(Framing, ByBodyLength) {
+    const FramingCase &c = GetParam();
+    const Drained raw = drain(std::string(c.input.begin(), c.input.end()), InputFormat::Raw);
+    const Drained hex = drain(toHex(c.input), InputFormat::Hex);
+    EXPECT_EQ(raw.items, c.items);
+    EXPECT_EQ(hex.items, c.items);
+    EXPECT_TRUE(raw.bytes == c.input && hex.bytes == c.input);
+}
+
+INSTANTIATE_TEST_SUITE_P(PacketInput, Framing,
+                         testing::Values(FramingCase{"empty", {}, ""}, FramingCase{"body_0", packet(0), "P0+20"},
+                                         FramingCase{"trailing", packet(3, 0xa7) + Bytes(5, 0xe5), "P0+23 T23+5"},
+                                         FramingCase{"short_header", Bytes(19, 0xa7), "T0+19"},
+                                         FramingCase{"short_body", packet(100, 0, 90), "T0+90"},
+                                         FramingCase{"body_65535", packet(65535, 0xff) + packet(1), "P0+65555 P65555+21"}),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+TEST(PacketInput, HexdumpRepeatLongerThanAChunk) {
+    const Drained d = drain("00000000  a7 e5 10 00 00 00 00 00  ff ff 00 00 00 00 00 00  |................|\n"
+                            "00000010  00 00 00 00 00 00 00 00  00 00 00 00 00 00 00 00  |................|\n"
+                            "*\n"
+                            "00010010  00 00 00                                          |...|\n"
+                            "00010013\n",
+                            InputFormat::Detect);
+    EXPECT_EQ(d.items, "P0+65555");
+    EXPECT_EQ(std::count(d.bytes.begin(), d.bytes.end(), 0), 65535 + 15);
+}
+
+TEST(PacketInput, ReadErrorsAreItems) {
+    struct Failing : std::streambuf {
+        int_type underflow() override { throw std::runtime_error("device gone"); }
+    } failing;
+    std::istream in(&failing);
+    EXPECT_EQ(drain(*PacketInput::fromStream(in, "dev", InputFormat::Detect)).items, "Ecannot read dev: read error");
+
+    std::string error;
+    EXPECT_EQ(PacketInput::open(TROV_SOURCE_DIR "/tests", InputFormat::Detect, error), nullptr);
+    EXPECT_EQ(error, TROV_SOURCE_DIR "/tests is a directory");
+    EXPECT_EQ(PacketInput::open(TROV_SOURCE_DIR "/no/such/file", InputFormat::Detect, error), nullptr);
+    EXPECT_EQ(error.rfind("cannot open " TROV_SOURCE_DIR "/no/such/file: ", 0), 0u) << error;
+}
+
+TEST(PacketInput, FileAndStandardInput) {
+    const std::string path = testing::TempDir() + "PacketInputTest.bin";
+    const Bytes bytes = packet(2, 0x0d) + Bytes{0x0a}; // CR LF, unchanged by binary reads on Windows
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()), std::ssize(bytes));
+
+    std::string error;
+    auto file = PacketInput::open(path, InputFormat::Detect, error);
+    ASSERT_NE(file, nullptr) << error;
+    EXPECT_EQ(drain(*file).items, "P0+22 T22+1");
+
+    const int saved = dup(0), fd = ::open(path.c_str(), O_RDONLY);
+    ASSERT_GE(fd, 0);
+    dup2(fd, 0);
+    close(fd);
+    const Drained in = drain(*PacketInput::open("-", InputFormat::Detect, error));
+    dup2(saved, 0);
+    close(saved);
+    std::remove(path.c_str());
+    EXPECT_EQ(in.items, "P0+22 T22+1");
+}
+
+} // namespace

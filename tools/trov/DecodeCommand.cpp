@@ -1,0 +1,233 @@
+// `trov decode`: frames each input into packets, decodes every packet through
+// the library (TROV_DecodeHeader, then TROV_DecodeFU for replies, or the
+// tool's request reader with --request) and prints its packet object at once.
+//
+// A packet object: offset and length in its input, the header's fields, the
+// unit type and the body: "decoded" with the layout's name and its fields,
+// "skipped" with the reason, or "failed" with the library's result and the
+// input offset where decoding stopped.
+#include <cstdio>
+#include <memory>
+
+#include "DecodeCommand.h"
+#include "RequestReader.h"
+#include "TextView.h"
+#include "TrovCodec.h"
+#include "TrovLayout.h"
+#include "TrovVersion.h"
+
+namespace trov {
+namespace {
+
+Json headerJson(const HeaderInfo &h) {
+    return Json{{"mark", h.mark},           {"version", h.version & 0xFF}, {"flags", h.flags & 0xFF},
+                {"code", h.code},           {"value4", h.value4},          {"bodyLength", h.bodyLength},
+                {"value6", h.value6},       {"value7", h.value7},          {"extension", h.extension}};
+}
+
+Json errorJson(TrovResult result, uint64_t offset) {
+    return Json{{"result", result},
+                {"name", TROV_ResultName(result)},
+                {"meaning", TROV_ResultMeaning(result)},
+                {"offset", offset}};
+}
+
+Json failedBody(TrovResult result, uint64_t offset) {
+    return Json{{"status", "failed"}, {"error", errorJson(result, offset)}};
+}
+
+std::string hex16(uint16_t v) {
+    char text[8];
+    std::snprintf(text, sizeof text, "0x%04x", static_cast<unsigned>(v));
+    return text;
+}
+
+// The layout's record name, or one made of what it describes.
+std::string layoutName(const TrovLayoutInfo &layout, uint16_t code, bool request) {
+    if (layout.record != nullptr) return layout.record;
+    return "body " + hex16(code) + (request ? " request" : " reply");
+}
+
+Json decodedBody(const TrovLayoutInfo &layout, uint16_t code, const void *record, uint8_t version, bool request) {
+    return Json{{"status", "decoded"},
+                {"layout", layoutName(layout, code, request)},
+                {"fields", recordToJson(layout, record, version, request)}};
+}
+
+// Frees what an allocating TROV_DecodeFU handed over.
+struct DecodeResultOwner {
+    DecodeResult result{nullptr, nullptr, 0};
+    ~DecodeResultOwner() {
+        if (result.buffer != nullptr) trovFree(result.buffer->data);
+        trovFree(result.record);
+    }
+};
+
+void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &bytes, uint64_t offset,
+                 bool &failed) {
+    PacketCursor cursor{bytes.data(), static_cast<uint32_t>(bytes.size())};
+    HeaderInfo info{};
+    DecodeResultOwner owner;
+    const TrovResult r = TROV_DecodeFU(&info, &owner.result, &cursor, nullptr);
+    if (r != TROV_RESULT_OK) {
+        failed = true;
+        packet["unitType"] = header.extension;
+        // The header's own refusals (the mark, the version) stop at its start.
+        const bool headerFailed = r == TROV_RESULT_BAD_PACKET || r == TROV_RESULT_NO_HEADER_CODEC;
+        packet["body"] = failedBody(r, headerFailed ? offset : offset + TROV_HEADER_LENGTH);
+        return;
+    }
+    packet["unitType"] = owner.result.type;
+    TrovLayoutInfo layout{};
+    const bool described = TROV_DescribeBody(info.code, static_cast<uint8_t>(info.version), 0, &layout) == 0;
+    if (owner.result.record == nullptr && !(described && layout.form == TROV_LAYOUT_NONE)) {
+        packet["body"] = Json{{"status", "skipped"},
+                              {"reason", "unit type " + std::to_string(owner.result.type) +
+                                             " is not decoded for body code " + hex16(info.code)}};
+        return;
+    }
+    if (!described) layout = TrovLayoutInfo{nullptr, 0, 0, nullptr, TROV_LAYOUT_NONE, 0, 0};
+    packet["body"] = decodedBody(layout, info.code, owner.result.record, static_cast<uint8_t>(info.version), false);
+}
+
+void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uint8_t> &bytes, uint64_t offset,
+                   bool &failed) {
+    packet["unitType"] = header.extension;
+    const auto version = static_cast<uint8_t>(header.version);
+    if (header.mark != TROV_PROTOCOL_MARK) {
+        failed = true;
+        packet["body"] = failedBody(TROV_RESULT_BAD_PACKET, offset);
+        return;
+    }
+    TrovLayoutInfo layout{};
+    const TrovResult described = TROV_DescribeBody(header.code, version, 1, &layout);
+    if (described != TROV_RESULT_OK) {
+        failed = true;
+        packet["body"] = failedBody(described, offset + TROV_HEADER_LENGTH);
+        return;
+    }
+    RecordArena arena;
+    const void *record = nullptr;
+    size_t stoppedAt = 0;
+    const TrovResult r = readRequestBody(layout, version, bytes.data() + TROV_HEADER_LENGTH,
+                                         bytes.size() - TROV_HEADER_LENGTH, arena, record, stoppedAt);
+    if (r != TROV_RESULT_OK) {
+        failed = true;
+        packet["body"] = failedBody(r, offset + TROV_HEADER_LENGTH + stoppedAt);
+        return;
+    }
+    packet["body"] = decodedBody(layout, header.code, record, version, true);
+}
+
+// One input, to `out` in `style`; `first` tracks the JSON array's separators.
+class Writer {
+public:
+    Writer(std::ostream &out, OutputStyle style) : out_(out), style_(style) {}
+
+    void begin() {
+        if (style_ == OutputStyle::JsonArray) out_ << "[\n";
+    }
+    void write(const Json &packet) {
+        switch (style_) {
+        case OutputStyle::JsonArray:
+            if (!first_) out_ << ",\n";
+            out_ << packet.dump(2, ' ', false, Json::error_handler_t::replace);
+            break;
+        case OutputStyle::Ndjson:
+            out_ << packet.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+            out_.flush();
+            break;
+        case OutputStyle::Text:
+            if (!first_) out_ << '\n';
+            writeText(packet, out_);
+            break;
+        }
+        first_ = false;
+    }
+    void end() {
+        if (style_ == OutputStyle::JsonArray) out_ << (first_ ? "]\n" : "\n]\n");
+        out_.flush();
+    }
+
+private:
+    std::ostream &out_;
+    OutputStyle style_;
+    bool first_ = true;
+};
+
+} // namespace
+
+Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool request, bool &failed) {
+    Json packet = Json::object();
+    packet["offset"] = offset;
+    packet["length"] = bytes.size();
+    std::vector<uint8_t> copy(bytes); // the library's cursor is not const
+    PacketCursor cursor{copy.data(), static_cast<uint32_t>(copy.size())};
+    HeaderInfo header{};
+    const TrovResult r = TROV_DecodeHeader(&header, &cursor);
+    if (r != TROV_RESULT_OK) {
+        failed = true;
+        packet["body"] = failedBody(r, offset);
+        return packet;
+    }
+    packet["header"] = headerJson(header);
+    if (request)
+        decodeRequest(packet, header, copy, offset, failed);
+    else
+        decodeReply(packet, header, copy, offset, failed);
+    return packet;
+}
+
+int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
+              std::ostream &out, std::ostream &err) {
+    TROV_InitCoder();
+    const std::vector<std::string> inputs = files.empty() ? std::vector<std::string>{"-"} : files;
+    const bool named = inputs.size() > 1;
+    int status = kExitOk;
+    Writer writer(out, options.style);
+    writer.begin();
+    for (const std::string &name : inputs) {
+        std::unique_ptr<PacketInput> input;
+        if (name == "-") {
+            input = PacketInput::fromStream(in, "-", options.format);
+        } else {
+            std::string error;
+            input = PacketInput::open(name, options.format, error);
+            if (input == nullptr) {
+                err << "trov decode: " << (error.empty() ? name + ": cannot be read" : error) << '\n';
+                status = kExitInputError;
+                continue;
+            }
+        }
+        if (input == nullptr) {
+            err << "trov decode: " << name << ": cannot be read\n";
+            status = kExitInputError;
+            continue;
+        }
+        for (PacketItem item = input->next(); item.kind != PacketItem::Kind::End; item = input->next()) {
+            if (item.kind == PacketItem::Kind::Error) {
+                err << "trov decode: " << item.error << '\n';
+                status = kExitInputError;
+                break;
+            }
+            Json packet = Json::object();
+            bool failed = false;
+            if (named) packet["file"] = name;
+            if (item.kind == PacketItem::Kind::Trailing) {
+                failed = true;
+                packet["offset"] = item.offset;
+                packet["trailing"] = item.bytes.size();
+                packet["body"] = failedBody(TROV_RESULT_SHORT_INPUT, item.offset);
+            } else {
+                packet.update(decodePacket(item.bytes, item.offset, options.request, failed));
+            }
+            if (failed && status == kExitOk) status = kExitPacketFailed;
+            writer.write(packet);
+            if (!out) return kExitInputError; // the reader went away
+        }
+    }
+    writer.end();
+    return out ? status : kExitInputError;
+}
+
+} // namespace trov

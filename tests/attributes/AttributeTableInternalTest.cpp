@@ -119,23 +119,5 @@ TEST(AttributeTable, HoldsWhatTheReferenceLists) {
     }
 }
 
-// The built-in table is looked up through an index; a copy of its rows goes
-// through the plain scan. Both must name the same row for every identifier.
-TEST(AttributeIndex, AnswersAsTheScanDoesForEveryIdentifier) {
-    std::vector<AttributeCodecRow> copy;
-    for (const AttributeCodecRow *r = AttributeCodecTable;; ++r) {
-        copy.push_back(*r);
-        if (r->identifiers == nullptr) break;
-    }
-    for (uint32_t id = 0; id <= 0xFFFF; ++id) {
-        const AttributeCodecRow *scanned = findAttributeRow(copy.data(), uint16_t(id), 0x10);
-        const AttributeCodecRow *indexed = findBuiltinAttributeRow(uint16_t(id));
-        ASSERT_EQ(scanned == nullptr, indexed == nullptr) << id;
-        if (scanned != nullptr) {
-            ASSERT_EQ(scanned - copy.data(), indexed - AttributeCodecTable) << id;
-        }
-    }
-}
-
 } // namespace
 } // namespace trov

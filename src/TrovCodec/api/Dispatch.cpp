@@ -28,7 +28,7 @@ const HeaderCodecRow *findHeaderRow(uint8_t version) {
 const AttributeCodecRow *findAttributeRow(const AttributeCodecRow *table, uint16_t id,
                                           uint8_t version) {
     if (table == nullptr) return nullptr;
-    if (table == AttributeCodecTable) return findBuiltinAttributeRow(id); // same answer, indexed
+    if (table == AttributeCodecTable) return findBuiltinAttributeRow(id, version);
     for (const AttributeCodecRow *row = table; row->identifiers != nullptr; ++row) {
         for (const uint16_t *p = row->identifiers; *p != 0; ++p) {
             if (*p != id) continue;

@@ -11,11 +11,17 @@
 // The FU and FP families each have a body, a method and an event table; only
 // the FU tables hold rows. Body and event lookups take a selector: exactly 1
 // searches the FU table, any other value the FP table.
+//
+// Each built-in table has an index, built from its rows at compile time beside
+// the table (api/LookupIndex.h), that gives the same row as the scan in
+// constant time. A lookup on one of the built-in tables goes through its index;
+// on any other table (tests pass their own) it scans.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 
+#include "api/LookupIndex.h"
 #include "api/RecordLayout.h"
 #include "api/TrovCodec.h"
 #include "engine/CodecTypes.h"
@@ -33,6 +39,16 @@ extern const MethodCodecRow FUMethodCodecTable[];
 extern const MethodCodecRow FPMethodCodecTable[];
 extern const EventCodecRow FUEventCodecTable[];
 extern const EventCodecRow FPEventCodecTable[];
+
+// Their indexes, each defined beside its table.
+extern const RowIndex AttributeCodecIndex;
+extern const RowIndex DataTypeCodecIndex;
+extern const RowIndex FUCodecIndex;
+extern const RowIndex FPCodecIndex;
+extern const RowIndex FUMethodCodecIndex;
+extern const RowIndex FPMethodCodecIndex;
+extern const RowIndex FUEventCodecIndex;
+extern const RowIndex FPEventCodecIndex;
 
 // The stand-alone row for method codes of 0x2000 and above that have no row:
 // the parameters are carried as opaque bytes. Reached only through the
@@ -74,25 +90,52 @@ Tables builtinTables();
 
 // ---- lookups -----------------------------------------------------------------
 
-// The shared rule for code-keyed tables: null table or no match gives null.
+// The index of a built-in table, or null for any other table.
+inline const RowIndex *builtinIndexOf(const DataTypeCodecRow *t) {
+    return t == DataTypeCodecTable ? &DataTypeCodecIndex : nullptr;
+}
+inline const RowIndex *builtinIndexOf(const BodyCodecRow *t) {
+    return t == FUCodecTable ? &FUCodecIndex : t == FPCodecTable ? &FPCodecIndex : nullptr;
+}
+inline const RowIndex *builtinIndexOf(const MethodCodecRow *t) {
+    return t == FUMethodCodecTable ? &FUMethodCodecIndex
+           : t == FPMethodCodecTable ? &FPMethodCodecIndex
+                                     : nullptr;
+}
+inline const RowIndex *builtinIndexOf(const EventCodecRow *t) {
+    return t == FUEventCodecTable ? &FUEventCodecIndex
+           : t == FPEventCodecTable ? &FPEventCodecIndex
+                                    : nullptr;
+}
+
+// The shared rule for code-keyed tables, by scanning.
 template <class Row>
-const Row *findRow(const Row *table, uint16_t code, uint8_t version) {
-    if (table == nullptr) return nullptr;
+const Row *scanRows(const Row *table, uint16_t code, uint8_t version) {
     for (const Row *row = table; row->code != 0; ++row) {
         if (row->code == code && (row->version == 0 || row->version == version)) return row;
     }
     return nullptr;
 }
 
+// The shared rule for code-keyed tables: null table or no match gives null.
+template <class Row>
+const Row *findRow(const Row *table, uint16_t code, uint8_t version) {
+    if (table == nullptr) return nullptr;
+    if (const RowIndex *index = builtinIndexOf(table)) return rowAt(table, index->find(code, version));
+    return scanRows(table, code, version);
+}
+
 // Header rows match their version byte exactly.
 const HeaderCodecRow *findHeaderRow(uint8_t version);
 
-// The built-in attribute table's row for an identifier, from an index built
-// at compile time (the built-in rows all serve every version).
-const AttributeCodecRow *findBuiltinAttributeRow(uint16_t id);
+// The built-in attribute table's row for an identifier, through its index
+inline const AttributeCodecRow *findBuiltinAttributeRow(uint16_t id, uint8_t version) {
+    return rowAt(AttributeCodecTable, AttributeCodecIndex.find(id, version));
+}
 
-// Scans each row's identifier list; an identifier found in a row of another
-// version skips the rest of that row's list.
+// The built-in table through its index; any other scans each row's identifier
+// list, where an identifier found in a row of another version skips the rest
+// of that row's list.
 const AttributeCodecRow *findAttributeRow(const AttributeCodecRow *table, uint16_t id,
                                           uint8_t version);
 

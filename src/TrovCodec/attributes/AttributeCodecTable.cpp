@@ -10,7 +10,6 @@
 // row they belong to: the identifier lists below, one run per row in row
 // order, and the value-type lists, whose `row` column places each type. A row
 // that no type or two types claim, or a missing or extra run, stops the build.
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <iterator>
@@ -481,68 +480,10 @@ static_assert(std::size(AttributeCodecTable) == kRows + 1 &&
 
 static_assert(std::size(kFixedValueTypes) == 122);
 
-// A sorted index of every identifier and the first row that lists it. Every
-// row serves every version, so the first row listing an identifier is the
-// one the lookup rule finds, whatever the packet's version: the index
-// answers exactly as the scan does, by binary search.
+// The lookup index of the table above, built at compile time.
 namespace {
-
-struct IdentifierRow {
-    uint16_t id;
-    uint16_t row; // index into AttributeCodecTable
-};
-
-constexpr bool everyRowServesEveryVersion() {
-    for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r)
-        if (r->version != 0) return false;
-    return true;
-}
-static_assert(everyRowServesEveryVersion(), "the identifier index assumes version-0 rows");
-
-constexpr size_t countEntries() {
-    size_t n = 0;
-    for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r)
-        for (const uint16_t *p = r->identifiers; *p != 0; ++p) ++n;
-    return n;
-}
-
-constexpr auto sortedEntries() {
-    std::array<IdentifierRow, countEntries()> all{};
-    size_t n = 0;
-    for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r)
-        for (const uint16_t *p = r->identifiers; *p != 0; ++p)
-            all[n++] = {*p, static_cast<uint16_t>(r - AttributeCodecTable)};
-    std::sort(all.begin(), all.end(), [](IdentifierRow a, IdentifierRow b) {
-        return a.id != b.id ? a.id < b.id : a.row < b.row;
-    });
-    return all;
-}
-
-constexpr size_t countDistinct() {
-    const auto all = sortedEntries();
-    size_t n = 0;
-    for (size_t i = 0; i < all.size(); ++i) n += i == 0 || all[i].id != all[i - 1].id;
-    return n;
-}
-
-// Distinct identifiers, each with its first row.
-constexpr auto kIdentifierIndex = [] {
-    const auto all = sortedEntries();
-    std::array<IdentifierRow, countDistinct()> index{};
-    size_t n = 0;
-    for (size_t i = 0; i < all.size(); ++i)
-        if (i == 0 || all[i].id != all[i - 1].id) index[n++] = all[i];
-    return index;
-}();
-static_assert(kIdentifierIndex.size() == 1208);
-
+constexpr auto kAttributeCodecIndex = buildRowIndex<rowIndexShape(AttributeCodecTable)>(AttributeCodecTable);
 } // namespace
-
-const AttributeCodecRow *findBuiltinAttributeRow(uint16_t id) {
-    const auto *end = kIdentifierIndex.data() + kIdentifierIndex.size();
-    const auto *at = std::lower_bound(kIdentifierIndex.data(), end, id,
-                                      [](IdentifierRow e, uint16_t v) { return e.id < v; });
-    return at != end && at->id == id ? &AttributeCodecTable[at->row] : nullptr;
-}
+extern constexpr RowIndex AttributeCodecIndex = kAttributeCodecIndex.view();
 
 } // namespace trov

@@ -51,11 +51,17 @@ constexpr auto kTable = dataTypeTable(std::make_index_sequence<std::size(kDataTy
 // The exported table is a plain array: its rows are copied from the one
 // built at compile time above.
 #define TROV_ROW(i) kTable[i]
-extern const DataTypeCodecRow DataTypeCodecTable[] = {
+extern constexpr DataTypeCodecRow DataTypeCodecTable[] = {
     TROV_ROW(0),  TROV_ROW(1),  TROV_ROW(2),  TROV_ROW(3),  TROV_ROW(4),  TROV_ROW(5),  TROV_ROW(6),  TROV_ROW(7),
     TROV_ROW(8),  TROV_ROW(9),  TROV_ROW(10), TROV_ROW(11), TROV_ROW(12), TROV_ROW(13), TROV_ROW(14), TROV_ROW(15),
 };
 #undef TROV_ROW
 static_assert(kTable.size() == 16, "a row of the exported table per data type, and the end row");
+
+// The lookup index of the table above, built at compile time.
+namespace {
+constexpr auto kDataTypeCodecIndex = buildRowIndex<rowIndexShape(DataTypeCodecTable)>(DataTypeCodecTable);
+} // namespace
+extern constexpr RowIndex DataTypeCodecIndex = kDataTypeCodecIndex.view();
 
 } // namespace trov

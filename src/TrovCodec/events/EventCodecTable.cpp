@@ -25,7 +25,7 @@ static_assert(kStringEventCodecs.size() + kAttributeEventCodecs.size() == 120,
 
 } // namespace
 
-extern const EventCodecRow FUEventCodecTable[] = {
+extern constexpr EventCodecRow FUEventCodecTable[] = {
     eventRow(0x0002),
     eventRow(0x0003),
     eventRow(0x0004),
@@ -149,8 +149,16 @@ extern const EventCodecRow FUEventCodecTable[] = {
     {0, 0, nullptr, nullptr},
 };
 
-extern const EventCodecRow FPEventCodecTable[] = {
+extern constexpr EventCodecRow FPEventCodecTable[] = {
     {0, 0, nullptr, nullptr},
 };
+
+// The lookup indexes of the two tables above, built at compile time.
+namespace {
+constexpr auto kFUEventCodecIndex = buildRowIndex<rowIndexShape(FUEventCodecTable)>(FUEventCodecTable);
+constexpr auto kFPEventCodecIndex = buildRowIndex<rowIndexShape(FPEventCodecTable)>(FPEventCodecTable);
+} // namespace
+extern constexpr RowIndex FUEventCodecIndex = kFUEventCodecIndex.view();
+extern constexpr RowIndex FPEventCodecIndex = kFPEventCodecIndex.view();
 
 } // namespace trov

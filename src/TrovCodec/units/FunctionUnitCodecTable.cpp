@@ -201,9 +201,17 @@ const BodyDescriptions *bodyDescriptionsOf(const BodyCodecRow *row) {
 
 #undef TROV_FU_BODIES
 
-extern const BodyCodecRow FPCodecTable[] = {
+extern constexpr BodyCodecRow FPCodecTable[] = {
     {0, 0, nullptr, nullptr},
 };
+
+// The lookup indexes of the two tables above, built at compile time.
+namespace {
+constexpr auto kFUCodecIndex = buildRowIndex<rowIndexShape(FUCodecTable)>(FUCodecTable);
+constexpr auto kFPCodecIndex = buildRowIndex<rowIndexShape(FPCodecTable)>(FPCodecTable);
+} // namespace
+extern constexpr RowIndex FUCodecIndex = kFUCodecIndex.view();
+extern constexpr RowIndex FPCodecIndex = kFPCodecIndex.view();
 
 namespace {
 

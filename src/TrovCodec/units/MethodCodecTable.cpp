@@ -3,6 +3,7 @@
 // walks over the method's field lists (MethodCodecs.h); every row serves
 // every version. The FP family has no methods: its table is the terminator
 // row alone.
+#include "api/Dispatch.h"
 #include "units/MethodCodecs.h"
 
 namespace trov {
@@ -26,9 +27,17 @@ extern constexpr MethodCodecRow FUMethodCodecTable[] = {
     {0, 0, nullptr, nullptr, nullptr, nullptr},
 };
 
-extern const MethodCodecRow FPMethodCodecTable[] = {
+extern constexpr MethodCodecRow FPMethodCodecTable[] = {
     {0, 0, nullptr, nullptr, nullptr, nullptr},
 };
+
+// The lookup indexes of the two tables above, built at compile time.
+namespace {
+constexpr auto kFUMethodCodecIndex = buildRowIndex<rowIndexShape(FUMethodCodecTable)>(FUMethodCodecTable);
+constexpr auto kFPMethodCodecIndex = buildRowIndex<rowIndexShape(FPMethodCodecTable)>(FPMethodCodecTable);
+} // namespace
+extern constexpr RowIndex FUMethodCodecIndex = kFUMethodCodecIndex.view();
+extern constexpr RowIndex FPMethodCodecIndex = kFPMethodCodecIndex.view();
 
 namespace {
 

@@ -165,6 +165,29 @@ inline uint32_t getU32(PacketCursor &c) {
 }
 
 
+// Copies exactly n bytes. Strings in packets are mostly short: up to 16
+// bytes are moved with fixed-size copies the compiler inlines (two that may
+// overlap), longer ones through memcpy.
+inline void copyBytes(uint8_t *dst, const uint8_t *src, uint32_t n) {
+    if (n >= 8 && n <= 16) {
+        uint64_t head, tail;
+        std::memcpy(&head, src, 8);
+        std::memcpy(&tail, src + n - 8, 8);
+        std::memcpy(dst, &head, 8);
+        std::memcpy(dst + n - 8, &tail, 8);
+    } else if (n >= 4 && n < 8) {
+        uint32_t head, tail;
+        std::memcpy(&head, src, 4);
+        std::memcpy(&tail, src + n - 4, 4);
+        std::memcpy(dst, &head, 4);
+        std::memcpy(dst + n - 4, &tail, 4);
+    } else if (n < 4) {
+        for (uint32_t i = 0; i < n; ++i) dst[i] = src[i];
+    } else {
+        std::memcpy(dst, src, n);
+    }
+}
+
 // Copies n bytes into dst and returns dst + n; when n is 0 or dst is null
 // nothing is copied and the cursor does not move.
 inline void *getBytes(PacketCursor &c, void *dst, uint32_t n) {

@@ -197,9 +197,28 @@ struct Plan {
     uint16_t fieldsEnd = 0; // record bytes the fields take
     uint16_t record = 0;    // the fixed part: fieldsEnd and the reserved bytes, rounded up to 8
     uint16_t reportedFixed = 0;
+    // The run of fields that opens the plan and has a fixed wire size
+    // (scalars, reserved bytes, byte blocks): how many, and their wire bytes.
+    // The walker reads such a run without a test per field when the body
+    // holds it whole, and its size pass steps over it at once.
+    uint8_t leadFields = 0;
+    uint16_t leadWire = 0;
     PlanRules rules{};
     bool valid = true;
 };
+
+// Whether a field has a fixed wire size and needs nothing but its bytes.
+constexpr bool isFixedWire(FieldKind k) {
+    switch (k) {
+    case FieldKind::U8:
+    case FieldKind::U16:
+    case FieldKind::U32:
+    case FieldKind::Reserved8:
+    case FieldKind::Bytes:
+    case FieldKind::Bytes12: return true;
+    default: return false;
+    }
+}
 
 // Where a field lands when the record is laid out by the kinds' rules from
 // `end` on: its offset and (for pointers) the pointer's offset, and the new end.
@@ -272,6 +291,11 @@ constexpr Plan makePlan(const Field *list, size_t n, PlanRules rules = {}) {
         plan.fields[plan.count++] = f;
     }
     if (countPending) plan.valid = false;
+    for (uint8_t i = 0; i < plan.count && isFixedWire(plan.fields[i].kind); ++i) {
+        const Field &f = plan.fields[i];
+        plan.leadWire = static_cast<uint16_t>(plan.leadWire + (f.kind == FieldKind::Bytes ? f.size : kindInfo(f.kind).wire));
+        plan.leadFields = static_cast<uint8_t>(i + 1);
+    }
     plan.wireFixed = static_cast<uint16_t>(wire);
     plan.fieldsEnd = static_cast<uint16_t>(end);
     plan.record = static_cast<uint16_t>(alignTo(end + rules.reserved, 8));

@@ -2,6 +2,7 @@
 // plan's rules carry what a family does differently.
 #include "engine/FieldWalker.h"
 
+#include <bit>
 #include <cstring>
 
 namespace trov {
@@ -89,7 +90,56 @@ void readElements(PacketCursor &c, FieldKind kind, uint8_t *data, uint32_t n, bo
     }
 }
 
+// Big-endian element stores for the bulk writers below: a byte swap the
+// compiler emits as one instruction (the byte-by-byte stores of Cursor.h
+// defeat its vectoriser).
+inline uint16_t bigEndian(uint16_t v) {
+    return std::endian::native == std::endian::little ? __builtin_bswap16(v) : v;
+}
+inline uint32_t bigEndian(uint32_t v) {
+    return std::endian::native == std::endian::little ? __builtin_bswap32(v) : v;
+}
+template <class T>
+inline void putBig(uint8_t *out, T v) {
+    v = bigEndian(v);
+    std::memcpy(out, &v, sizeof v);
+}
+
+// Writes n elements whose wire bytes the cursor holds in full, with one
+// test for them all; false (nothing written) when it does not, or when there
+// is nothing to write, and the element-by-element writers take over.
+bool writeElementsAtOnce(PacketCursor &c, FieldKind kind, const uint8_t *data, uint32_t n) {
+    const uint32_t wire = kindInfo(kind).wire;
+    if (n == 0 || data == nullptr || c.position == nullptr || uint64_t{n} * wire > c.remaining) return false;
+    uint8_t *out = c.position;
+    switch (kind) {
+    case FieldKind::U16s:
+        for (uint32_t i = 0; i < n; ++i) putBig(out + 2 * i, loadField<uint16_t>(data, 2 * i));
+        break;
+    case FieldKind::U32s:
+    case FieldKind::WideU32s:
+        for (uint32_t i = 0; i < n; ++i) putBig(out + 4 * i, loadField<uint32_t>(data, 4 * i));
+        break;
+    case FieldKind::ByteU32Items:
+        for (uint32_t i = 0; i < n; ++i) {
+            out[5 * i] = data[8 * i];
+            putBig(out + 5 * i + 1, loadField<uint32_t>(data, 8 * i + 4));
+        }
+        break;
+    case FieldKind::U32ByteItems:
+        for (uint32_t i = 0; i < n; ++i) {
+            putBig(out + 5 * i, loadField<uint32_t>(data, 8 * i));
+            out[5 * i + 4] = data[8 * i + 4];
+        }
+        break;
+    default: return false;
+    }
+    advance(c, n * wire);
+    return true;
+}
+
 void writeElements(PacketCursor &c, FieldKind kind, const uint8_t *data, uint32_t n) {
+    if (writeElementsAtOnce(c, kind, data, n)) return;
     switch (kind) {
     case FieldKind::U16s:
         for (uint32_t i = 0; i < n; ++i) putValue(c, data + 2 * i, 2);
@@ -174,8 +224,36 @@ TrovResult walkEncCalc(const Plan &plan, const uint8_t *record, WireSize &size, 
 }
 
 void walkEncode(const Plan &plan, PacketCursor &c, const uint8_t *record, const FieldEnv &env) {
+    uint8_t i = 0;
+    if (c.position != nullptr && c.remaining >= plan.leadWire) { // the opening run fits: no tests
+        uint8_t *out = c.position;
+        for (; i < plan.leadFields; ++i) {
+            const Field &f = plan.fields[i];
+            switch (f.kind) {
+            case FieldKind::U8: *out++ = record[f.offset]; break;
+            case FieldKind::U16:
+                storeU16(out, loadField<uint16_t>(record, f.offset));
+                out += 2;
+                break;
+            case FieldKind::U32:
+                storeU32(out, loadField<uint32_t>(record, f.offset));
+                out += 4;
+                break;
+            case FieldKind::Bytes:
+                if (f.size != 0) std::memcpy(out, record + f.offset, f.size);
+                out += f.size;
+                break;
+            case FieldKind::Bytes12:
+                std::memcpy(out, record + f.offset, 12);
+                out += 12;
+                break;
+            default: break; // Reserved8: no wire byte
+            }
+        }
+        advance(c, plan.leadWire);
+    }
     uint32_t pending = 0;
-    for (uint8_t i = 0; i < plan.count; ++i) {
+    for (; i < plan.count; ++i) {
         const Field &f = plan.fields[i];
         const KindInfo &k = kindInfo(f.kind);
         const auto *pointer = f.data != kNoData ? loadField<const uint8_t *>(record, f.data) : nullptr;
@@ -239,14 +317,15 @@ TrovResult walkDecCalc(const Plan &plan, PacketCursor &cursor, Sizes &data, cons
     const PacketCursor &c = cursor;
     // What the length tests compare with; 64-bit so no sum can wrap.
     const uint64_t have = uint64_t{c.remaining} + plan.rules.slack;
-    uint64_t offset = 0; // body bytes walked so far
+    // The opening run of fixed fields is tested with what follows it.
+    uint64_t offset = plan.leadWire; // body bytes walked so far
     uint32_t pending = 0;
     Sizes sizes;
     // A cursor over the real bytes from `offset` on, for the codecs of values
     // and lists: they read what they need and report where they stopped.
     auto rest = [&]() { return PacketCursor{c.position + offset, static_cast<uint32_t>(c.remaining - offset)}; };
 
-    for (uint8_t i = 0; i < plan.count; ++i) {
+    for (uint8_t i = plan.leadFields; i < plan.count; ++i) {
         const Field &f = plan.fields[i];
         const KindInfo &k = kindInfo(f.kind);
         switch (f.kind) {
@@ -331,8 +410,41 @@ TrovResult walkDecCalc(const Plan &plan, PacketCursor &cursor, Sizes &data, cons
 
 uint8_t *walkDecode(const Plan &plan, PacketCursor &c, uint8_t *record, uint8_t *data,
                     const FieldEnv &env) {
+    uint8_t i = 0;
+    if (c.remaining >= plan.leadWire) { // the opening run is all there: no tests
+        const uint8_t *in = c.position;
+        for (; i < plan.leadFields; ++i) {
+            const Field &f = plan.fields[i];
+            switch (f.kind) {
+            case FieldKind::U8: record[f.offset] = *in++; break;
+            case FieldKind::U16:
+                storeField(record, f.offset, loadU16(in));
+                in += 2;
+                break;
+            case FieldKind::U32:
+                storeField(record, f.offset, loadU32(in));
+                in += 4;
+                break;
+            case FieldKind::Bytes:
+                if (f.size != 0) std::memcpy(record + f.offset, in, f.size);
+                in += f.size;
+                break;
+            case FieldKind::Bytes12:
+                std::memcpy(record + f.offset, in, 12);
+                in += 12;
+                break;
+            default: break; // Reserved8: no wire byte
+            }
+        }
+        advance(c, plan.leadWire);
+    }
+    return walkDecodeFrom(plan, i, c, record, data, env);
+}
+
+uint8_t *walkDecodeFrom(const Plan &plan, uint8_t first, PacketCursor &c, uint8_t *record, uint8_t *data,
+                        const FieldEnv &env) {
     uint32_t pending = 0;
-    for (uint8_t i = 0; i < plan.count; ++i) {
+    for (uint8_t i = first; i < plan.count; ++i) {
         const Field &f = plan.fields[i];
         const KindInfo &k = kindInfo(f.kind);
         switch (f.kind) {

@@ -15,6 +15,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <utility>
 
 #include "engine/CodecTypes.h"
 #include "engine/Field.h"
@@ -54,5 +56,101 @@ TrovResult walkDecCalc(const Plan &plan, PacketCursor &cursor, Sizes &data, cons
 // Returns the end of the data written (each piece rounded up to 8).
 uint8_t *walkDecode(const Plan &plan, PacketCursor &cursor, uint8_t *record, uint8_t *data,
                     const FieldEnv &env);
+// The decode pass from field `first` on, which must not stand behind a Count.
+uint8_t *walkDecodeFrom(const Plan &plan, uint8_t first, PacketCursor &cursor, uint8_t *record,
+                        uint8_t *data, const FieldEnv &env);
+
+// ---- plans known at compile time ----------------------------------------------------
+
+// The decode passes over plan I of a constexpr array of plans, with what the
+// plan's shape allows settled at compile time: the opening run of fixed
+// fields is read as straight-line code, and the commonest event shape (that
+// run, then one string with a u8 or u16 length) is sized and read without
+// the walker's loop. Every other plan, and every body too short for its
+// opening run, goes to the walker. Results, cursor movement, sizes and
+// record bytes are the walker's own.
+template <const auto &Plans, size_t I>
+struct PlanWalk {
+    static constexpr const Plan &P = Plans[I];
+
+    static constexpr bool stringTail() {
+        if (P.rules.slack != 0 || P.count != P.leadFields + 1) return false;
+        const Field &f = P.fields[P.leadFields];
+        return (f.kind == FieldKind::Octets || f.kind == FieldKind::Chars) && (f.prefix == 1 || f.prefix == 2);
+    }
+    static constexpr bool kStringTail = stringTail();
+
+    // The wire offset of lead field J.
+    static constexpr uint32_t wireAt(size_t j) {
+        uint32_t at = 0;
+        for (size_t k = 0; k < j; ++k)
+            at += P.fields[k].kind == FieldKind::Bytes ? P.fields[k].size : kindInfo(P.fields[k].kind).wire;
+        return at;
+    }
+
+    template <size_t J>
+    static void readLead(const uint8_t *in, uint8_t *record) {
+        constexpr Field f = P.fields[J];
+        constexpr uint32_t at = wireAt(J);
+        if constexpr (f.kind == FieldKind::U8) record[f.offset] = in[at];
+        else if constexpr (f.kind == FieldKind::U16) storeField(record, f.offset, loadU16(in + at));
+        else if constexpr (f.kind == FieldKind::U32) storeField(record, f.offset, loadU32(in + at));
+        else if constexpr (f.kind == FieldKind::Bytes && f.size != 0) std::memcpy(record + f.offset, in + at, f.size);
+        else if constexpr (f.kind == FieldKind::Bytes12) std::memcpy(record + f.offset, in + at, 12);
+        // Reserved8: no wire byte
+    }
+    template <size_t... J>
+    static void readLeads([[maybe_unused]] const uint8_t *in, [[maybe_unused]] uint8_t *record,
+                          std::index_sequence<J...>) {
+        (readLead<J>(in, record), ...);
+    }
+
+    static TrovResult decCalc(PacketCursor &c, Sizes &data, const FieldEnv &env) {
+        if constexpr (kStringTail) {
+            constexpr Field f = P.fields[P.leadFields];
+            constexpr uint32_t head = P.wireFixed; // the run and the length
+            if (c.remaining < head) return TROV_RESULT_SHORT_INPUT;
+            const uint32_t n = f.prefix == 1 ? c.position[head - 1] : loadU16(c.position + head - 2);
+            if (c.remaining - head < n) return TROV_RESULT_SHORT_INPUT;
+            advance(c, head + n);
+            data.add(static_cast<uint16_t>(dataReported(f.kind, n)), dataRoom(f.kind, n));
+            return TROV_RESULT_OK;
+        } else if constexpr (P.count == P.leadFields && P.rules.slack == 0) {
+            if (c.remaining < P.leadWire) return TROV_RESULT_SHORT_INPUT;
+            advance(c, P.leadWire);
+            return TROV_RESULT_OK;
+        } else {
+            return walkDecCalc(P, c, data, env);
+        }
+    }
+
+    static uint8_t *decode(PacketCursor &c, uint8_t *record, uint8_t *data, const FieldEnv &env) {
+        if (c.remaining < P.leadWire) return walkDecode(P, c, record, data, env);
+        readLeads(c.position, record, std::make_index_sequence<P.leadFields>{});
+        advance(c, P.leadWire);
+        if constexpr (P.count == P.leadFields) {
+            return data;
+        } else if constexpr (kStringTail) {
+            constexpr Field f = P.fields[P.leadFields];
+            if (c.remaining < f.prefix) return walkDecodeFrom(P, P.leadFields, c, record, data, env);
+            const uint32_t n = f.prefix == 1 ? c.position[0] : loadU16(c.position);
+            advance(c, f.prefix);
+            constexpr uint8_t width = f.countWidth != 0 ? f.countWidth : f.prefix;
+            if constexpr (width == 2) storeField(record, f.offset, static_cast<uint16_t>(n));
+            else storeField(record, f.offset, static_cast<uint8_t>(n));
+            storeField(record, f.data, n != 0 ? static_cast<void *>(data) : nullptr);
+            // Bytes the body lacks read as 0, as the walker reads them.
+            const uint32_t held = n < c.remaining ? n : c.remaining;
+            copyBytes(data, c.position, held);
+            advance(c, held);
+            if (held < n) std::memset(data + held, 0, n - held);
+            if constexpr (P.rules.terminateChars && f.kind == FieldKind::Chars)
+                if (n != 0) data[n] = 0;
+            return data + dataRoom(f.kind, n);
+        } else {
+            return walkDecodeFrom(P, P.leadFields, c, record, data, env);
+        }
+    }
+};
 
 } // namespace trov

@@ -11,11 +11,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <utility>
 
 #include "engine/CodecTypes.h"
 #include "engine/Field.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
 
@@ -54,22 +56,15 @@ constexpr bool eventFiguresHold(const EventLayout (&layouts)[N], const std::arra
 
 // ---- the operations --------------------------------------------------------------
 
-// Checks that the body at the cursor holds the event (every count, length,
-// type and identifier is tested before use), moves the cursor past it and
-// reports the record size: `bytes` the protocol's 16-bit figure, `extent`
-// the bytes Decode writes. Results: 0; 1 a null argument; 5 the body is
-// short (or a typed value is larger than the room its type reserves); 13 a
-// typed value without a data-type codec; a value codec's own result. On
-// failure the cursor and size are unchanged.
-TrovResult eventDecCalc(const Plan &plan, PacketCursor *cursor, RecordSize *size);
-// Reads a body that DecCalc accepted into `record` (8-aligned, at least
-// `extent` bytes). Returns the first 8-aligned address behind it all.
-void *eventDecode(const Plan &plan, void *record, PacketCursor *cursor);
 // The packet bytes of a record. Results: 0; 1 a null argument or a null
 // pointer behind a count; 13 a typed value without a data-type codec; 5 more
 // than 65535 bytes; a value codec's own result.
 TrovResult eventEncCalc(const Plan &plan, const void *record, uint16_t *packetBytes);
 void eventEncode(const Plan &plan, PacketCursor *cursor, const void *record);
+
+// What the event plans' fields need from above: the data-type codecs and
+// the attribute lists of events.
+extern const FieldEnv kEventEnv;
 
 // One code and its operations (the flag of the decode operations is ignored).
 struct EventCodec {
@@ -85,8 +80,31 @@ struct EventCodec {
 template <const auto &Plans, size_t I>
 struct EventOps {
     static constexpr const Plan &P = Plans[I];
-    static TrovResult decCalc(PacketCursor *c, uint8_t, RecordSize *s) { return eventDecCalc(P, c, s); }
-    static void *decode(void *r, PacketCursor *c, uint8_t) { return eventDecode(P, r, c); }
+    // The decode operations run on every event of a list, so they are
+    // compiled for their plan (PlanWalk).
+    //
+    // Checks that the body at the cursor holds the event (every count,
+    // length, type and identifier is tested before use), moves the cursor
+    // past it and reports the record size: `bytes` the protocol's 16-bit
+    // figure, `extent` the bytes decode writes. Results: 0; 1 a null
+    // argument; 5 the body is short (or a typed value is larger than the room
+    // its type reserves); 13 a typed value without a data-type codec; a value
+    // codec's own result. On failure the cursor and size are unchanged.
+    static TrovResult decCalc(PacketCursor *c, uint8_t, RecordSize *s) {
+        if (c == nullptr || c->position == nullptr || s == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+        Sizes total;
+        total.add(P.reportedFixed, P.record);
+        if (TrovResult r = PlanWalk<Plans, I>::decCalc(*c, total, kEventEnv)) return r;
+        *s = RecordSize{total.bytes, total.extent};
+        return TROV_RESULT_OK;
+    }
+    // Reads a body that decCalc accepted into `r` (8-aligned, at least
+    // `extent` bytes). Returns the first 8-aligned address behind it all.
+    static void *decode(void *r, PacketCursor *c, uint8_t) {
+        auto *base = static_cast<uint8_t *>(r);
+        if constexpr (P.rules.zeroFixedPart) std::memset(base, 0, P.record);
+        return PlanWalk<Plans, I>::decode(*c, base, base + P.record, kEventEnv);
+    }
     static TrovResult encCalc(const void *r, uint16_t *n) { return eventEncCalc(P, r, n); }
     static void encode(PacketCursor *c, const void *r) { eventEncode(P, c, r); }
     static constexpr EventCodec codec{0, decCalc, decode, encCalc, encode, &P};

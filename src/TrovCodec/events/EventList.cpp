@@ -64,7 +64,31 @@ void readEventHead(EventFraming framing, PacketCursor &c, uint8_t *entries, uint
     e.body = body;
 }
 
-using EventDecodeFn = void *(*)(void *, PacketCursor *, uint8_t);
+// The rows the size pass finds are kept for the decode pass on the stack, up
+// to this many events; the rows of any later events are looked up again.
+// (The short framing counts at most 255 events; long lists rarely hold more.)
+constexpr uint32_t kKeptRows = 256;
+
+// The rows of the codes a list has used so far, direct-mapped: lists tend to
+// repeat a few codes, and a hit spares the table lookup.
+class RecentRows {
+public:
+    const EventCodecRow *find(const Tables &tables, uint16_t code, uint8_t version) {
+        Slot &s = slots_[(code ^ (code >> 4)) & (kSlots - 1)];
+        if (s.row != nullptr && s.code == code) return s.row;
+        const EventCodecRow *row = findEventRow(tables, code, version, 1);
+        if (row != nullptr) s = Slot{code, row};
+        return row;
+    }
+
+private:
+    static constexpr uint32_t kSlots = 16;
+    struct Slot {
+        uint16_t code;
+        const EventCodecRow *row;
+    };
+    Slot slots_[kSlots]{};
+};
 
 } // namespace
 
@@ -80,48 +104,47 @@ TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t v
     const uint16_t n = readBodyHead(framing, c, record);
     if (n == 0) return TROV_RESULT_OK;
 
-    auto fail = [&](TrovResult r, EventDecodeFn *slots, bool bufferAllocated) {
-        if (slots != nullptr) heapFree(slots);
+    auto fail = [&](TrovResult r, bool bufferAllocated) {
         releaseOnFailure(result, recordAllocated, bufferAllocated);
         return r;
     };
 
-    auto *slots = static_cast<EventDecodeFn *>(heapAlloc(n * static_cast<uint32_t>(sizeof(EventDecodeFn))));
-    if (slots == nullptr) return fail(TROV_RESULT_NO_MEMORY, nullptr, false);
-
     // Size pass. The total is 16-bit and wraps, as the protocol computes it;
     // the extent beside it is the room the decode pass really needs.
+    const EventCodecRow *rows[kKeptRows];
+    RecentRows recent;
     uint16_t total = static_cast<uint16_t>(n * f.entryBytes);
     uint32_t extent = n * f.entryBytes;
     PacketCursor sizing = c;
     for (uint32_t i = 0; i < n; ++i) {
-        if (sizing.remaining < f.eventHead) return fail(TROV_RESULT_SHORT_INPUT, slots, false);
+        if (sizing.remaining < f.eventHead) return fail(TROV_RESULT_SHORT_INPUT, false);
         const uint16_t code = loadU16(sizing.position + f.codeOffset);
         advance(sizing, f.eventHead);
-        const EventCodecRow *row = findEventRow(tables, code, version, 1);
-        if (row == nullptr) return fail(TROV_RESULT_NO_EVENT_CODEC, slots, false);
+        const EventCodecRow *row = recent.find(tables, code, version);
+        if (row == nullptr) return fail(TROV_RESULT_NO_EVENT_CODEC, false);
         RecordSize size{};
-        if (TrovResult r = row->decCalc(&sizing, 0, &size)) return fail(r, slots, false);
+        if (TrovResult r = row->decCalc(&sizing, 0, &size)) return fail(r, false);
         total = static_cast<uint16_t>(total + size.bytes);
         extent += size.extent > size.bytes ? size.extent : size.bytes;
-        slots[i] = row->decode;
+        if (i < kKeptRows) rows[i] = row;
     }
 
     auto *buffer = reinterpret_cast<BufferDesc *>(static_cast<uint8_t *>(record) + f.bufferOffset);
     bool bufferAllocated = false;
     if (TrovResult r = prepareBuffer(result, buffer, total, &bufferAllocated, extent))
-        return fail(r, slots, bufferAllocated);
+        return fail(r, bufferAllocated);
 
     // Decode pass: the entries open the block, the event records follow.
     auto *entries = static_cast<uint8_t *>(buffer->data);
     void *next = entries + n * f.entryBytes;
     for (uint32_t i = 0; i < n; ++i) {
+        const EventCodecRow *row =
+            i < kKeptRows ? rows[i] : recent.find(tables, loadU16(c.position + f.codeOffset), version);
         readEventHead(framing, c, entries, i, next);
-        next = slots[i](next, &c, 0);
+        next = row->decode(next, &c, 0);
     }
     if (framing == EventFraming::Long) static_cast<EventListBody *>(record)->entries = reinterpret_cast<EventEntry *>(entries);
     else static_cast<ShortEventListBody *>(record)->entries = reinterpret_cast<EventBriefEntry *>(entries);
-    heapFree(slots);
     return TROV_RESULT_OK;
 }
 

@@ -27,7 +27,9 @@ struct FixedValueCodec {
     // The element's fields go through the field model's walker; its decode
     // pass reads missing bytes as 0 (a narrow length test can let an element
     // through that the packet does not fully hold).
-    static constexpr Plan kElement = T.plan();
+    static constexpr std::array<Plan, 1> kElements{T.plan()};
+    static constexpr const Plan &kElement = kElements[0];
+    using Element = PlanWalk<kElements, 0>;
     static void putElement(PacketCursor &c, const uint8_t *record) { walkEncode(kElement, c, record, {}); }
     static void getElement(PacketCursor &c, uint8_t *record) { walkDecode(kElement, c, record, nullptr, {}); }
 
@@ -55,6 +57,10 @@ struct FixedValueCodec {
         const uint16_t n = arrayCount(value, T.prefixBytes);
         putCount(c, n, T.prefixBytes);
         const auto *element = static_cast<const uint8_t *>(arrayElements(value));
+        // Elements of fixed fields go out back to back when the packet has
+        // room for them all; otherwise one by one, each bounded.
+        if constexpr (Element::kFixedOnly)
+            if (n != 0 && Element::encodeRecords(c, element, n, T.recordBytes)) return;
         for (uint32_t i = 0; i < n; ++i, element += T.recordBytes) putElement(c, element);
     }
 

@@ -105,6 +105,40 @@ struct PlanWalk {
         (readLead<J>(in, record), ...);
     }
 
+    template <size_t J>
+    static void writeLead(uint8_t *out, const uint8_t *record) {
+        constexpr Field f = P.fields[J];
+        constexpr uint32_t at = wireAt(J);
+        if constexpr (f.kind == FieldKind::U8) out[at] = record[f.offset];
+        else if constexpr (f.kind == FieldKind::U16) storeU16(out + at, loadField<uint16_t>(record, f.offset));
+        else if constexpr (f.kind == FieldKind::U32) storeU32(out + at, loadField<uint32_t>(record, f.offset));
+        else if constexpr (f.kind == FieldKind::Bytes && f.size != 0) std::memcpy(out + at, record + f.offset, f.size);
+        else if constexpr (f.kind == FieldKind::Bytes12) std::memcpy(out + at, record + f.offset, 12);
+        // Reserved8: no wire byte
+    }
+    template <size_t... J>
+    static void writeLeads([[maybe_unused]] uint8_t *out, [[maybe_unused]] const uint8_t *record,
+                           std::index_sequence<J...>) {
+        (writeLead<J>(out, record), ...);
+    }
+
+    // Whether the plan is fixed fields only, so that records of it can be
+    // written back to back by encodeRecords.
+    static constexpr bool kFixedOnly = P.count == P.leadFields && P.leadWire != 0;
+
+    // Writes n records, `stride` bytes apart, as straight-line code with one
+    // bounds test for them all; false (nothing written) when the cursor
+    // lacks the room, and the walker takes over record by record.
+    static bool encodeRecords(PacketCursor &c, const uint8_t *records, uint32_t n, uint32_t stride) {
+        static_assert(kFixedOnly, "only plans of fixed fields are written back to back");
+        if (c.position == nullptr || c.remaining / P.leadWire < n) return false;
+        uint8_t *out = c.position;
+        for (uint32_t i = 0; i < n; ++i, out += P.leadWire, records += stride)
+            writeLeads(out, records, std::make_index_sequence<P.leadFields>{});
+        advance(c, n * P.leadWire);
+        return true;
+    }
+
     static TrovResult decCalc(PacketCursor &c, Sizes &data, const FieldEnv &env) {
         if constexpr (kStringTail) {
             constexpr Field f = P.fields[P.leadFields];

@@ -41,25 +41,6 @@ int hexDigit(char c) {
     return -1;
 }
 
-// How far apart the elements of a counted field sit in the record. The
-// "wide" u32 arrays reserve 8 bytes a value but keep the values 4 apart, as
-// the codecs read and write them.
-unsigned elementBytes(uint8_t kind) {
-    switch (kind) {
-    case TROV_KIND_U16S:
-    case TROV_KIND_BYTE_PAIRS:
-        return 2;
-    case TROV_KIND_U32S:
-    case TROV_KIND_WIDE_U32S:
-        return 4;
-    case TROV_KIND_U8U32_ITEMS:
-    case TROV_KIND_U32U8_ITEMS:
-        return 8;
-    default:
-        return 1;
-    }
-}
-
 // An integer 0..max: a JSON number, or a string in decimal or "0x" hex.
 bool jsonInteger(const Json &value, const std::string &path, uint64_t max, uint64_t &out, JsonError &error) {
     bool ok = false;
@@ -279,7 +260,7 @@ private:
                                   std::to_string(value.size()));
         const bool pairs = field.kindId == TROV_KIND_U8U32_ITEMS || field.kindId == TROV_KIND_U32U8_ITEMS ||
                            field.kindId == TROV_KIND_BYTE_PAIRS;
-        const unsigned stride = elementBytes(field.kindId);
+        const unsigned stride = recordElementBytes(field.kindId);
         const unsigned room = field.kindId == TROV_KIND_WIDE_U32S ? 8 : stride;
         uint8_t *data = value.empty() ? nullptr : allocate(value.size() * room);
         for (size_t i = 0; i < value.size(); ++i) {

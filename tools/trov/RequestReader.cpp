@@ -81,40 +81,6 @@ private:
         return TROV_RESULT_OK;
     }
 
-    static unsigned wireElement(uint8_t kind) {
-        switch (kind) {
-        case TROV_KIND_U16S:
-        case TROV_KIND_BYTE_PAIRS:
-            return 2;
-        case TROV_KIND_U32S:
-        case TROV_KIND_WIDE_U32S:
-            return 4;
-        case TROV_KIND_U8U32_ITEMS:
-        case TROV_KIND_U32U8_ITEMS:
-            return 5;
-        default:
-            return 1;
-        }
-    }
-
-    // Element stride in the record; "wide" u32 arrays reserve 8 bytes a value
-    // but keep the values 4 apart.
-    static unsigned recordElement(uint8_t kind) {
-        switch (kind) {
-        case TROV_KIND_U16S:
-        case TROV_KIND_BYTE_PAIRS:
-            return 2;
-        case TROV_KIND_U32S:
-        case TROV_KIND_WIDE_U32S:
-            return 4;
-        case TROV_KIND_U8U32_ITEMS:
-        case TROV_KIND_U32U8_ITEMS:
-            return 8;
-        default:
-            return 1;
-        }
-    }
-
     TrovResult fieldOf(const TrovLayoutInfo &layout, const TrovFieldInfo &field, uint8_t *record, uint64_t *counts,
                        uint16_t index) {
         uint8_t *at = record + field.offset;
@@ -209,7 +175,7 @@ private:
         } else if (!read(field.countBytes, count)) {
             return TROV_RESULT_SHORT_INPUT;
         }
-        const unsigned wire = wireElement(field.kindId), stride = recordElement(field.kindId);
+        const unsigned wire = wireElementBytes(field.kindId), stride = recordElementBytes(field.kindId);
         if ((size_ - position_) / wire < count) return TROV_RESULT_SHORT_INPUT;
         // Characters keep one spare byte behind non-empty data.
         const unsigned room = field.kindId == TROV_KIND_WIDE_U32S ? 8 : stride;

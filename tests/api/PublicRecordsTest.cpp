@@ -176,4 +176,31 @@ TEST(PublicRecords, DecodedEventReadsThroughItsDeclaration) {
     trovFree(result.record);
 }
 
+// Counted elements read through their declarations: attribute 0x082B (a u8,
+// then u32 values with a u8 count, which the block keeps 4 bytes apart in 8
+// bytes of room each) in array form, decoded from body 0x12.
+TEST(PublicRecords, DecodedValueArraysReadThroughTheirDeclarations) {
+    TROV_InitCoder();
+    uint8_t packet[] = {0xA7, 0xE5, 0x10, 0x01, 0x00, 0x12, 0, 0, 0, 18, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1,
+                        0x08, 0x2B, 0x00, 0x01, // identifier, one element
+                        0x05, 0x03,             // value0, three u32
+                        0x11, 0x11, 0x11, 0x11, 0x22, 0x22, 0x22, 0x22, 0x33, 0x33, 0x33, 0x33};
+    PacketCursor cursor{packet, uint32_t(sizeof packet)};
+    HeaderInfo info{};
+    DecodeResult result{};
+    ASSERT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), TROV_RESULT_OK);
+    const auto *body = static_cast<const AttributeBody *>(result.record);
+    ASSERT_EQ(body->id, TROV_ATTRIBUTE_082B);
+    const auto *array = static_cast<const AttributeArrayHeader *>(body->value);
+    ASSERT_EQ(array->count, 1);
+    const auto *value = static_cast<const TrovAttribute082BValue *>(array->elements);
+    EXPECT_EQ(value->value0, 5);
+    ASSERT_EQ(value->array1.count, 3);
+    EXPECT_EQ(value->array1.data[0], 0x11111111u);
+    EXPECT_EQ(value->array1.data[1], 0x22222222u);
+    EXPECT_EQ(value->array1.data[2], 0x33333333u);
+    trovFree(body->buffer.data);
+    trovFree(result.record);
+}
+
 } // namespace

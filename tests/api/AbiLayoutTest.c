@@ -5,10 +5,11 @@
 #include "TrovCodec.h"
 #include "api/AbiFigures.h"
 
-/* The generated records and codes are pedantic C11. */
+/* The generated records, codes and encode front doors are pedantic C11. */
 #pragma GCC diagnostic push
 #pragma GCC diagnostic error "-Wpedantic"
 #include "TrovCodes.h"
+#include "TrovEncode.h"
 #include "TrovRecords.h"
 #pragma GCC diagnostic pop
 

@@ -8,10 +8,12 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
 #include "TrovCodes.h"
+#include "TrovEncode.h"
 #include "TrovLayout.h"
 #include "TrovRecords.h"
 
@@ -201,6 +203,28 @@ TEST(PublicRecords, DecodedValueArraysReadThroughTheirDeclarations) {
     EXPECT_EQ(value->array1.data[2], 0x33333333u);
     trovFree(body->buffer.data);
     trovFree(result.record);
+}
+
+// The typed front door takes only its code's request record, and encodes as
+// TROV_EncodeFU does with the code set.
+static_assert(std::is_invocable_v<decltype(&TROV_EncodeBody_0012), HeaderInfo *, const AttributeBody *, EncodeOutput *>);
+static_assert(!std::is_invocable_v<decltype(&TROV_EncodeBody_0012), HeaderInfo *, const U32Body *, EncodeOutput *>);
+
+TEST(PublicRecords, TypedEncodeIsTheGenericEncodeWithItsCode) {
+    TROV_InitCoder();
+    uint16_t values[] = {7, 9};
+    AttributeArrayHeader array{2, values};
+    AttributeBody body{TROV_ATTRIBUTE_0070, &array, {}};
+    uint8_t typed[64] = {}, generic[64] = {};
+    HeaderInfo a{TROV_PROTOCOL_MARK, 0x10, 0, 0, 0, 0, 0, 0, 0}, b = a;
+    b.code = TROV_BODY_0012;
+    EncodeOutput outA{typed, sizeof typed}, outB{generic, sizeof generic};
+    ASSERT_EQ(TROV_EncodeBody_0012(&a, &body, &outA), TROV_RESULT_OK);
+    ASSERT_EQ(TROV_EncodeFU(&b, &body, &outB), TROV_RESULT_OK);
+    EXPECT_EQ(a.code, 0x12);
+    ASSERT_EQ(outA.length, outB.length);
+    EXPECT_EQ(std::memcmp(typed, generic, outA.length), 0);
+    EXPECT_EQ(TROV_EncodeBody_0012(nullptr, &body, &outA), TROV_RESULT_NULL_ARGUMENT);
 }
 
 } // namespace

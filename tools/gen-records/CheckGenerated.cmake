@@ -4,7 +4,8 @@
 set(parts
   records src/TrovCodec/api/TrovRecords.h
   codes src/TrovCodec/api/TrovCodes.h
-  checks tests/api/PublicRecordsChecks.inc)
+  checks tests/api/PublicRecordsChecks.inc
+  encode src/TrovCodec/api/TrovEncode.h)
 set(stale "")
 while(parts)
   list(POP_FRONT parts part file)

@@ -39,6 +39,9 @@ inline void storePointer(uint8_t *at, const void *pointer) { std::memcpy(at, &po
 // The largest count a prefix of `bytes` bytes can carry.
 inline uint32_t countLimit(unsigned bytes) { return bytes == 1 ? 0xFFu : 0xFFFFu; }
 
+// The bytes of a u8, u16 or u32 field.
+inline unsigned scalarBytes(uint8_t kind) { return kind == TROV_KIND_U8 ? 1 : kind == TROV_KIND_U16 ? 2 : 4; }
+
 // How far apart the elements of a counted field sit in the record. The
 // "wide" u32 arrays reserve 8 bytes a value but keep the values 4 apart, as
 // the codecs read and write them.

@@ -192,7 +192,7 @@ private:
         case TROV_KIND_U8:
         case TROV_KIND_U16:
         case TROV_KIND_U32: {
-            const unsigned width = field.kindId == TROV_KIND_U8 ? 1 : field.kindId == TROV_KIND_U16 ? 2 : 4;
+            const unsigned width = scalarBytes(field.kindId);
             if (!integer(value, path, (uint64_t{1} << (8 * width)) - 1, number)) return false;
             storeUnsigned(at, number, width);
             return true;

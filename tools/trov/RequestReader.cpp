@@ -89,7 +89,7 @@ private:
         case TROV_KIND_U8:
         case TROV_KIND_U16:
         case TROV_KIND_U32: {
-            const unsigned width = field.kindId == TROV_KIND_U8 ? 1 : field.kindId == TROV_KIND_U16 ? 2 : 4;
+            const unsigned width = scalarBytes(field.kindId);
             if (!read(width, value)) return TROV_RESULT_SHORT_INPUT;
             storeUnsigned(at, value, width);
             return TROV_RESULT_OK;

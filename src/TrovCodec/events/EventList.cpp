@@ -69,27 +69,6 @@ void readEventHead(EventFraming framing, PacketCursor &c, uint8_t *entries, uint
 // (The short framing counts at most 255 events; long lists rarely hold more.)
 constexpr uint32_t kKeptRows = 256;
 
-// The rows of the codes a list has used so far, direct-mapped: lists tend to
-// repeat a few codes, and a hit spares the table lookup.
-class RecentRows {
-public:
-    const EventCodecRow *find(const Tables &tables, uint16_t code, uint8_t version) {
-        Slot &s = slots_[(code ^ (code >> 4)) & (kSlots - 1)];
-        if (s.row != nullptr && s.code == code) return s.row;
-        const EventCodecRow *row = findEventRow(tables, code, version, 1);
-        if (row != nullptr) s = Slot{code, row};
-        return row;
-    }
-
-private:
-    static constexpr uint32_t kSlots = 16;
-    struct Slot {
-        uint16_t code;
-        const EventCodecRow *row;
-    };
-    Slot slots_[kSlots]{};
-};
-
 } // namespace
 
 TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t version,
@@ -112,7 +91,6 @@ TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t v
     // Size pass. The total is 16-bit and wraps, as the protocol computes it;
     // the extent beside it is the room the decode pass really needs.
     const EventCodecRow *rows[kKeptRows];
-    RecentRows recent;
     uint16_t total = static_cast<uint16_t>(n * f.entryBytes);
     uint32_t extent = n * f.entryBytes;
     PacketCursor sizing = c;
@@ -120,7 +98,7 @@ TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t v
         if (sizing.remaining < f.eventHead) return fail(TROV_RESULT_SHORT_INPUT, false);
         const uint16_t code = loadU16(sizing.position + f.codeOffset);
         advance(sizing, f.eventHead);
-        const EventCodecRow *row = recent.find(tables, code, version);
+        const EventCodecRow *row = findEventRow(tables, code, version, 1);
         if (row == nullptr) return fail(TROV_RESULT_NO_EVENT_CODEC, false);
         RecordSize size{};
         if (TrovResult r = row->decCalc(&sizing, 0, &size)) return fail(r, false);
@@ -139,7 +117,7 @@ TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t v
     void *next = entries + n * f.entryBytes;
     for (uint32_t i = 0; i < n; ++i) {
         const EventCodecRow *row =
-            i < kKeptRows ? rows[i] : recent.find(tables, loadU16(c.position + f.codeOffset), version);
+            i < kKeptRows ? rows[i] : findEventRow(tables, loadU16(c.position + f.codeOffset), version, 1);
         readEventHead(framing, c, entries, i, next);
         next = row->decode(next, &c, 0);
     }

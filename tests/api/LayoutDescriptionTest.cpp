@@ -168,7 +168,7 @@ TEST_F(LayoutDescription, EventsDescribedExactlyWhenDecoded) {
         EXPECT_EQ(r == 0, decodeOneEvent(code) != TROV_RESULT_NO_EVENT_CODEC) << code;
         if (r != 0) { EXPECT_EQ(r, TROV_RESULT_NO_EVENT_CODEC) << code; continue; }
         expectWellFormed(l, "event " + std::to_string(code));
-        EXPECT_EQ(l.fieldCount == 0, l.form == TROV_LAYOUT_STRUCTURE) << code;
+        EXPECT_GT(l.fieldCount, 0) << code;
         ++described;
     }
     EXPECT_EQ(described, 120);

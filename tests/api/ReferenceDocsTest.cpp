@@ -79,7 +79,10 @@ void expectSide(const Side &doc, TrovResult r, const TrovLayoutInfo &l, const st
     }
     ASSERT_EQ(r, 0u) << what << ": documented, but the library has no layout";
     EXPECT_EQ(l.form, doc.form) << what;
-    EXPECT_EQ(l.record ? l.record : "", doc.record) << what;
+    // Structured records are named after their public type; the page does not list those.
+    if (l.form != TROV_LAYOUT_STRUCTURE) {
+        EXPECT_EQ(l.record ? l.record : "", doc.record) << what;
+    }
     if (doc.recordBytes >= 0) {
         EXPECT_EQ(l.recordBytes, doc.recordBytes) << what;
     }

@@ -8,9 +8,9 @@
 // Flat layouts (events, method parameters, attribute and typed values) come
 // from the library's own layout descriptions (TrovLayout.h): a member per
 // described field, named as the field, at the described offset. Structured
-// records are described by size only; their fields come from the structure
-// codec's descriptors, named by the table below, and their offsets from the
-// codec's own placement rule. The attribute table gives the rows (identifier
+// records come from the structure codec's descriptors, named as the layout
+// description names them, at the codec's own placement (with an array's
+// elements: the slot a count of 0 keeps is noted in a comment). The attribute table gives the rows (identifier
 // lists in row order). Whatever the emitted C would not reproduce (an offset
 // natural alignment cannot reach, a field kind without a C form) stops the
 // generator with an error rather than a wrong header.
@@ -27,6 +27,7 @@
 
 #include "TrovLayout.h"
 #include "api/Dispatch.h"
+#include "api/StructureDescription.h"
 #include "attributes/StructureValueTypes.h"
 #include "events/AttributeEvents.h"
 #include "units/MethodCodecs.h"
@@ -384,46 +385,25 @@ void declareFlat(Output &o, const std::vector<std::pair<Family, unsigned>> &item
 // ---- structured records -------------------------------------------------------------
 
 // Member names of a structure-codec descriptor, in field order, and the C
-// types of its nested records and array elements.
+// types of its nested records and array elements: the library's own, which
+// its layout description gives out.
 struct StructNames {
     const trov::StructField *fields;
     const char *type;
     std::vector<const char *> members;
 };
 
-const trov::StructField *const kMethodEntry = trov::kMethodEntry16x32;
-const trov::StructField *const kOctetEntry = trov::kMethodOctetEntry;
-
 const std::vector<StructNames> &structNames() {
-    using namespace trov::structures;
-    namespace ev = trov::structure_event;
-    static const std::vector<StructNames> names = {
-        {kVersion, "TrovVersion", {"major", "minor"}},
-        {kRange, "TrovRange", {"low", "high"}},
-        {kHop, "TrovHop", {"kind", "node", "nameLength", "name"}},
-        {kEndpointAddress, "TrovEndpointAddress", {"family", "port", "addressLength", "address"}},
-        {kNamedValue, "TrovNamedValue", {"nameLength", "name", "value"}},
-        {kTimeWindow, "TrovTimeWindow", {"start", "end", "flags"}},
-        {kVersionStamp, "TrovVersionStamp", {"version", "build"}},
-        {kRangeList, "TrovRangeList", {"rangeCount", "ranges"}},
-        {kOptionSet, "TrovOptionSet", {"setId", "options"}},
-        {kTaggedAttribute, "TrovTaggedAttribute", {"tag", "attribute"}},
-        {kLabel, "TrovLabel", {"textLength", "text", "dataLength", "data"}},
-        {kRoute, "TrovRoute", {"hopCount", "hops"}},
-        {kCounters, "TrovCounters", {"total", "failed", "state", "reason", "period"}},
-        {kProfile, "TrovProfile", {"profileId", "nameLength", "name", "version", "rangeCount", "ranges"}},
-        {kAttributePair, "TrovAttributePair", {"first", "second"}},
-        {kSession, "TrovSession", {"sessionId", "tokenLength", "token", "options"}},
-        {kMethodEntry, "TrovMethod00BBEntry", {"key", "value"}},
-        {trov::kMethodReplyBB, "TrovMethod00BBReply", {"status", "count", "entries"}},
-        {trov::kMethodReplyBC, "TrovMethod00BCReply", {"value", "length", "text"}},
-        {kOctetEntry, "TrovMethod00C0Entry", {"length", "data"}},
-        {trov::kMethodReplyC0, "TrovMethod00C0Reply", {"value", "count", "entries"}},
-        {ev::kStamp, "TrovEvent00C4Stamp", {"seconds", "milliseconds", "zone"}},
-        {ev::kItem, "TrovEvent00C4Item", {"tag", "state", "value"}},
-        {ev::kBody, "TrovEvent00C4Body", {"object", "reason", "nameLength", "name", "stamp", "sequence", "flags",
-                                          "itemCount", "items"}},
-    };
+    static const std::vector<StructNames> names = [] {
+        std::vector<StructNames> out;
+        for (const trov::StructureNames &n : trov::kStructureNames) {
+            StructNames entry{n.fields, n.record, {}};
+            for (const char *member : n.members)
+                if (member != nullptr) entry.members.push_back(member);
+            out.push_back(entry);
+        }
+        return out;
+    }();
     return names;
 }
 

@@ -14,6 +14,7 @@
 
 #include "api/Dispatch.h"
 #include "api/LayoutRegistry.h"
+#include "api/StructureDescription.h"
 #include "api/TrovLayout.h"
 #include "attributes/DataTypes.h"
 #include "attributes/FixedValueTypes.h"
@@ -60,9 +61,13 @@ constexpr auto kAttributeEventInfos =
 // The rows of the built-in FU event table: every code of the two families.
 constexpr size_t kEventRows = kStringEventCodecs.size() + kAttributeEventCodecs.size();
 
-// 0xC4 and 0xC5: a 16-byte head pointing at the structure, the structure behind it.
+// 0xC4 and 0xC5: a 16-byte head pointing at the structure, the structure
+// behind it as the one field, "data".
+constexpr TrovFieldInfo kStructureEventFields[] = {structFieldInfo(
+    "data", "record", TROV_KIND_RECORD, structure_event::kHeadBytes, sizeof(structure_event::Body))};
 constexpr TrovLayoutInfo kStructureEventInfo =
-    info(nullptr, sizeof(structure_event::Event), 0, nullptr, TROV_LAYOUT_STRUCTURE, 0, 0);
+    info("TrovEvent00C4", sizeof(structure_event::Event), 1, kStructureEventFields, TROV_LAYOUT_STRUCTURE, 0,
+         structFixedWireSize(structure_event::kBody));
 
 // The description of the event a row decodes, found through the plan its
 // operations run.
@@ -98,8 +103,7 @@ constexpr TrovLayoutInfo methodReplyInfo() {
     const MethodInfo &m = kMethods[I];
     const Plan &p = kMethodPlans[I].reply;
     switch (m.reply) {
-    case MethodReply::Structured:
-        return info(nullptr, structRecordSize(m.replyDescriptor), 0, nullptr, TROV_LAYOUT_STRUCTURE, 0, 0);
+    case MethodReply::Structured: return *describeStructureOf(m.replyDescriptor);
     case MethodReply::None: return info(nullptr, 0, 0, nullptr, TROV_LAYOUT_NONE, 0, 0);
     default:
         return info(nullptr, p.record, fieldCount<MethodReplyFields, I>(), fieldArray<MethodReplyFields, I>(),
@@ -177,8 +181,9 @@ constexpr TrovLayoutInfo attributeRowInfo() {
     } else {
         constexpr size_t k = typeOfRow(kStructureValueTypes, Row);
         static_assert(k < std::size(kStructureValueTypes), "an attribute row without a value type");
-        return info(nullptr, structRecordSize(kStructureValueTypes[k].fields), 0, nullptr, TROV_LAYOUT_STRUCTURE,
-                    0, 0);
+        static_assert(describeStructureOf(kStructureValueTypes[k].fields) != nullptr,
+                      "a structure value type without names");
+        return *describeStructureOf(kStructureValueTypes[k].fields);
     }
 }
 
@@ -188,6 +193,61 @@ constexpr std::array<TrovLayoutInfo, sizeof...(I)> attributeInfos(std::index_seq
     return {attributeRowInfo<I + 1>()...};
 }
 constexpr auto kAttributeInfos = attributeInfos(std::make_index_sequence<kAttributeRows>{});
+
+// The selector type's variants: each the whole record, the selector at 0 and
+// the variant's fields at their offsets behind it (from 8).
+constexpr size_t kSelectorType = [] {
+    size_t found = std::size(kRecordValueTypes);
+    for (size_t i = 0; i < std::size(kRecordValueTypes); ++i)
+        if (kRecordValueTypes[i].variants != nullptr) found = found == std::size(kRecordValueTypes) ? i : ~size_t{0};
+    return found;
+}();
+static_assert(kSelectorType < std::size(kRecordValueTypes), "one selector type");
+constexpr uint16_t kVariantOffset = 8;
+constexpr size_t kVariantCount = std::size(SelectorVariants{}.variant);
+
+struct VariantFields {
+    static constexpr FieldList make(size_t v) {
+        FieldList out;
+        out.at[0] = describeField(fields::u8, 0, false);
+        out.at[0].name = "selector";
+        const FieldList variant = describePlan(valuePlan(kRecordValueTypes[kSelectorType].variants->variant[v]));
+        for (uint16_t k = 0; k < variant.count; ++k) {
+            TrovFieldInfo f = variant.at[k];
+            f.offset = static_cast<uint16_t>(f.offset + kVariantOffset);
+            if (f.dataOffset != TROV_NO_DATA) f.dataOffset = static_cast<uint16_t>(f.dataOffset + kVariantOffset);
+            if (f.countField >= 0) f.countField = static_cast<int16_t>(f.countField + 1);
+            out.at[++out.count] = f;
+        }
+        ++out.count;
+        return out;
+    }
+};
+template <size_t... V>
+constexpr std::array<TrovLayoutInfo, sizeof...(V)> variantInfos(std::index_sequence<V...>) {
+    const auto plan = [](size_t v) { return valuePlan(kRecordValueTypes[kSelectorType].variants->variant[v]); };
+    return {info(nullptr, static_cast<uint16_t>(kVariantOffset + plan(V).record), fieldCount<VariantFields, V>(),
+                 fieldArray<VariantFields, V>(), TROV_LAYOUT_FIELDS, 0,
+                 static_cast<uint16_t>(1 + plan(V).wireFixed))...};
+}
+constexpr auto kVariantInfos = variantInfos(std::make_index_sequence<kVariantCount>{});
+
+// The record a structure field nests and the room the field gives it.
+const TrovLayoutInfo *nestedOf(const TrovFieldInfo *field, uint16_t &room) {
+    if (field == &kStructureEventFields[0]) {
+        room = sizeof(structure_event::Body);
+        return describeStructureOf(structure_event::kBody);
+    }
+    for (size_t i = 0; i < kStructureCount; ++i) {
+        const TrovLayoutInfo &l = kStructureInfos[i];
+        if (!within(field, l.fields, l.fieldCount)) continue;
+        const StructField &f = kStructureNames[i].fields[field - l.fields];
+        if (f.kind != kStructNested && f.kind != kStructArray) return nullptr;
+        room = f.size;
+        return describeStructureOf(f.nested);
+    }
+    return nullptr;
+}
 
 // The data types' own types, in the order of their tables.
 struct OwnTypeFields {
@@ -247,7 +307,8 @@ constexpr bool allHold(const std::array<TrovLayoutInfo, N> &infos) {
 }
 static_assert(allHold(kStringEventInfos) && allHold(kAttributeEventInfos));
 static_assert(allHold(kMethodInfos.request) && allHold(kMethodInfos.reply));
-static_assert(allHold(kAttributeInfos));
+static_assert(allHold(kAttributeInfos) && allHold(kStructureInfos) && allHold(kVariantInfos));
+static_assert(holds(kStructureEventInfo));
 static_assert(kAttributeInfos[0].fieldCount == 5 && kAttributeInfos[0].fields[4].offset == 4);
 
 TrovResult answer(const TrovLayoutInfo *found, TrovResult missing, TrovLayoutInfo *out) {
@@ -301,4 +362,23 @@ TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLa
     if (row == nullptr || !within(row, DataTypeCodecTable, std::size(kDataTypeRows))) return TROV_RESULT_NO_DATA_TYPE_CODEC;
     return answer(describeDataType(kDataTypeRows[static_cast<size_t>(row - DataTypeCodecTable)]),
                   TROV_RESULT_NO_DATA_TYPE_CODEC, out);
+}
+
+TROV_API TrovResult TROV_DescribeNested(const TrovFieldInfo *field, TrovLayoutInfo *out) {
+    if (field == nullptr || out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    uint16_t room = 0;
+    const TrovLayoutInfo *nested = nestedOf(field, room);
+    if (nested == nullptr) return TROV_RESULT_BAD_VALUE;
+    *out = *nested;
+    out->recordBytes = room;
+    return TROV_RESULT_OK;
+}
+
+TROV_API TrovResult TROV_DescribeVariant(const TrovLayoutInfo *layout, uint8_t selector, TrovLayoutInfo *out) {
+    if (layout == nullptr || out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
+    const TrovLayoutInfo &selectorLayout = kAttributeInfos[kRecordValueTypes[kSelectorType].row - 1];
+    if (layout->form != TROV_LAYOUT_SELECTOR || layout->fields != selectorLayout.fields) return TROV_RESULT_BAD_VALUE;
+    if (selector < 1 || selector > kVariantCount) return TROV_RESULT_BAD_VALUE;
+    *out = kVariantInfos[selector - 1u];
+    return TROV_RESULT_OK;
 }

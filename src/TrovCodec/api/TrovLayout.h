@@ -56,7 +56,26 @@ enum {
     TROV_KIND_OPTION = 20,     /* "option": u8 kind, u8 length, the value */
     TROV_KIND_ATTRIBUTES = 21, /* "attributes": u16 count, then (u16 id, u16 length, value) */
     TROV_KIND_EVENT_ATTRIBUTES = 22, /* "attributes": as TROV_KIND_ATTRIBUTES, in an event */
-    TROV_KIND_BUFFER = 23      /* "buffer": record only, the BufferDesc of decoded data */
+    TROV_KIND_BUFFER = 23,     /* "buffer": record only, the BufferDesc of decoded data */
+    /* Kinds of structured records (TROV_LAYOUT_STRUCTURE) only: */
+    TROV_KIND_RECORD = 24,     /* "record": a nested record of `width` bytes at `offset`, its
+                                  fields one after another on the wire; TROV_DescribeNested
+                                  gives its layout */
+    TROV_KIND_RECORDS = 25,    /* "records": counted nested records: the count in countField,
+                                  the elements one record apart (TROV_DescribeNested gives the
+                                  element's layout and its recordBytes the stride). With a
+                                  count above 0 the pointer to them is at dataOffset; with a
+                                  count of 0 the decoder stores a null pointer at `offset`,
+                                  right behind what came before, and `width` covers both */
+    TROV_KIND_OPTIONS = 26,    /* "options": a TrovOptionList (u8 count, the options' pointer
+                                  at dataOffset), on the wire the u8 count, then per option
+                                  u8 kind, u8 length and the value (trovEncode_OptionParam) */
+    TROV_KIND_ENTRY = 27       /* "entry": an AttributeEntry: u16 identifier, u16 length, the
+                                  value's pointer at dataOffset; on the wire u16 identifier,
+                                  u16 length and the value as the codec of that attribute at
+                                  version 0 writes it in array form (a decoded entry with
+                                  such a codec keeps length 0), or, without a codec, `length`
+                                  bytes as they stand */
 };
 
 /* What a layout is (TrovLayoutInfo.form). */
@@ -67,9 +86,13 @@ enum {
                                       the events are described one by one */
     TROV_LAYOUT_METHOD_CALL = 3,   /* a method invocation: MethodBody; its parameters
                                       are described by TROV_DescribeMethod */
-    TROV_LAYOUT_STRUCTURE = 4,     /* a structured record; fieldCount is 0 */
+    TROV_LAYOUT_STRUCTURE = 4,     /* a structured record: scalars at their natural
+                                      alignment, nested records, and counted data whose
+                                      count is the count field named by countField; the
+                                      fields follow each other on the wire with no padding
+                                      (see the TROV_KIND_RECORD to TROV_KIND_ENTRY kinds) */
     TROV_LAYOUT_SELECTOR = 5,      /* a u8 selector (the one field), then the selected
-                                      variant's record at offset 8 (not described) */
+                                      variant's record at offset 8: TROV_DescribeVariant */
     TROV_LAYOUT_RAW = 6            /* opaque bytes, as many as the body carries */
 };
 
@@ -92,7 +115,11 @@ typedef struct TrovFieldInfo {
                                  count's width */
     uint8_t countRecordBytes; /* record width of the count at the start of a counted
                                  field's 16-byte head (may be wider than countBytes);
-                                 0 when the field has no head count */
+                                 0 when the field has no head count. For TROV_KIND_COUNT
+                                 in a structure, the bytes at the field's start that the
+                                 count is read from (1 or 2: counts are at most 16 bits,
+                                 so a 4-byte count field counts by its first two bytes
+                                 in memory); 0 elsewhere: the whole field */
     uint8_t reserved;         /* 0 */
     uint16_t offset;          /* record offset of the field (of its head, of an identifier
                                  or data type) */
@@ -103,8 +130,9 @@ typedef struct TrovFieldInfo {
 
 /* A layout: the record and its fields. */
 typedef struct TrovLayoutInfo {
-    const char *record;          /* the public record type's name; NULL when the record
-                                    has no public type of its own */
+    const char *record;          /* the public record type's name: a body record's
+                                    (TrovCodec.h), a structured record's (TrovRecords.h);
+                                    NULL for the others */
     uint16_t recordBytes;        /* the record's size (its fixed part; decoded variable
                                     data follows it or goes to its buffer) */
     uint16_t fieldCount;
@@ -114,7 +142,8 @@ typedef struct TrovLayoutInfo {
                                     array form (1 or 2), whose elements are each one record
                                     of this layout; 0: scalar form only. 0 elsewhere. */
     uint16_t wireFixed;          /* wire bytes of the fields with every count 0 and no
-                                    values (0 for forms other than FIELDS and SELECTOR) */
+                                    values (0 for forms other than FIELDS, SELECTOR and
+                                    STRUCTURE) */
 } TrovLayoutInfo;
 
 /* Results of every function: 0 found (out filled); 1 out NULL; the "no codec"
@@ -140,6 +169,22 @@ TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLay
 
 /* One element of a value of data type `code`. Unknown: 13. */
 TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLayoutInfo *out);
+
+/* The record inside a TROV_KIND_RECORD or TROV_KIND_RECORDS field. `field`
+ * must point into the fields of a description the functions above (or this
+ * one) gave; the nested layout's recordBytes is the room the field gives the
+ * record (the stride of an array's elements). 1: a null argument; 4: not such
+ * a field of this library. */
+TROV_API TrovResult TROV_DescribeNested(const TrovFieldInfo *field, TrovLayoutInfo *out);
+
+/* The whole record of a TROV_LAYOUT_SELECTOR value whose selector byte is
+ * `selector`: the selector field at offset 0, then the variant's fields at
+ * their record offsets (from 8 on); on the wire the selector byte and the
+ * variant's fields. `layout` is a selector description the functions above
+ * gave. 1: a null argument; 4: not a selector layout of this library, or a
+ * selector the value type does not have (it has 1 to 4). */
+TROV_API TrovResult TROV_DescribeVariant(const TrovLayoutInfo *layout, uint8_t selector,
+                                         TrovLayoutInfo *out);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -4,6 +4,7 @@
 // printer) print and rebuild to the same bytes again.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -22,12 +23,13 @@ using trov::Json;
 
 constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
 
-// An attribute for values nested in attribute lists: the first one whose
-// element is plain scalars in array form, so nesting stays small.
-uint16_t plainAttribute() {
+// An attribute for values nested in attribute lists (and, at version 0, in
+// structures): the first one whose element is plain scalars in array form, so
+// nesting stays small.
+uint16_t plainAttribute(uint8_t version = kVersion) {
     for (unsigned id = 0; id < 0x10000; ++id) {
         TrovLayoutInfo l{};
-        if (TROV_DescribeAttribute(static_cast<uint16_t>(id), kVersion, &l) != 0 || l.form != TROV_LAYOUT_FIELDS ||
+        if (TROV_DescribeAttribute(static_cast<uint16_t>(id), version, &l) != 0 || l.form != TROV_LAYOUT_FIELDS ||
             l.arrayCountBytes == 0 || l.fieldCount == 0)
             continue;
         bool plain = true;
@@ -41,11 +43,21 @@ uint16_t plainAttribute() {
 // strings, for every kind a request can carry.
 struct Sampler {
     uint16_t attribute; // the identifier of the body's attribute field
+    int selector = 0;   // the variant of a selector value
     int serial = 0;
 
     Json value(const TrovLayoutInfo &element) {
-        if (element.arrayCountBytes == 0) return fields(element);
-        return Json::array({fields(element), fields(element)});
+        if (element.arrayCountBytes == 0) return record(element);
+        return Json::array({record(element), record(element)});
+    }
+
+    Json record(const TrovLayoutInfo &layout) {
+        TrovLayoutInfo variant{};
+        if (layout.form != TROV_LAYOUT_SELECTOR) return fields(layout);
+        EXPECT_EQ(TROV_DescribeVariant(&layout, static_cast<uint8_t>(selector), &variant), 0u);
+        Json out = fields(variant);
+        out["selector"] = selector;
+        return out;
     }
 
     Json fields(const TrovLayoutInfo &layout) {
@@ -84,6 +96,24 @@ struct Sampler {
                 out[f.name] = Json::array({{{"id", id}, {"value", value(element)}}});
                 break;
             }
+            case TROV_KIND_RECORD:
+            case TROV_KIND_RECORDS: {
+                TrovLayoutInfo nested{};
+                EXPECT_EQ(TROV_DescribeNested(&f, &nested), 0u);
+                out[f.name] = f.kindId == TROV_KIND_RECORD ? fields(nested)
+                                                           : Json::array({fields(nested), fields(nested)});
+                break;
+            }
+            case TROV_KIND_OPTIONS:
+                out[f.name] = Json::array({{{"kind", 1}, {"value", "c0ffee01"}}, {{"kind", 7}, {"value", hex(2, n)}}});
+                break;
+            case TROV_KIND_ENTRY: {
+                TrovLayoutInfo element{};
+                const uint16_t id = plainAttribute(0);
+                EXPECT_EQ(TROV_DescribeAttribute(id, 0, &element), 0u);
+                out[f.name] = {{"id", id}, {"value", value(element)}};
+                break;
+            }
             default: break; // counts are computed; reserved and buffer stay empty
             }
         }
@@ -104,8 +134,9 @@ struct Sampler {
 
 struct Case {
     uint16_t code;
-    int method;    // inside body 0x1d, or -1
-    int attribute; // the attribute body's identifier, or -1
+    int method;       // inside body 0x1d, or -1
+    int attribute;    // the attribute body's identifier, or -1
+    int selector = 0; // a selector value's variant
 };
 
 std::string caseName(const testing::TestParamInfo<Case> &info) {
@@ -114,6 +145,7 @@ std::string caseName(const testing::TestParamInfo<Case> &info) {
     std::string s = name;
     if (info.param.method >= 0) s += "_method" + std::to_string(info.param.method);
     if (info.param.attribute >= 0) s += "_attribute" + std::to_string(info.param.attribute);
+    if (info.param.selector > 0) s += "_selector" + std::to_string(info.param.selector);
     return s;
 }
 
@@ -124,14 +156,22 @@ bool hasKind(const TrovLayoutInfo &l, uint8_t kind) {
 }
 
 // Representative attributes: the first identifier for every element kind in
-// each value form (scalar form only, array form).
+// each value form (scalar form only, array form), of every structured record
+// and of the selector type.
 std::vector<uint16_t> representativeAttributes() {
     std::vector<uint16_t> ids;
     bool seen[2][32] = {};
+    std::vector<const TrovFieldInfo *> structures;
     for (unsigned id = 0; id < 0x10000; ++id) {
         TrovLayoutInfo l{};
-        if (TROV_DescribeAttribute(static_cast<uint16_t>(id), kVersion, &l) != 0 || l.form != TROV_LAYOUT_FIELDS)
+        if (TROV_DescribeAttribute(static_cast<uint16_t>(id), kVersion, &l) != 0) continue;
+        if (l.form == TROV_LAYOUT_STRUCTURE || l.form == TROV_LAYOUT_SELECTOR) {
+            if (std::find(structures.begin(), structures.end(), l.fields) == structures.end()) {
+                structures.push_back(l.fields);
+                ids.push_back(static_cast<uint16_t>(id));
+            }
             continue;
+        }
         bool fresh = false;
         for (uint16_t i = 0; i < l.fieldCount; ++i) {
             bool &s = seen[l.arrayCountBytes != 0][l.fields[i].kindId & 31];
@@ -164,8 +204,16 @@ std::vector<Case> allCases() {
         }
     }
     if (!attributeBodies.empty())
-        for (uint16_t id : representativeAttributes())
-            if (id != plainAttribute()) cases.push_back({attributeBodies.front(), -1, id});
+        for (uint16_t id : representativeAttributes()) {
+            TrovLayoutInfo l{};
+            TROV_DescribeAttribute(id, kVersion, &l);
+            if (l.form == TROV_LAYOUT_SELECTOR) {
+                for (int selector = 1; selector <= 4; ++selector)
+                    cases.push_back({attributeBodies.front(), -1, id, selector});
+            } else if (id != plainAttribute()) {
+                cases.push_back({attributeBodies.front(), -1, id});
+            }
+        }
     return cases;
 }
 
@@ -211,7 +259,7 @@ TEST_P(EncodeRoundTrip, EncodesReadsBackAndReencodes) {
     const Case c = GetParam();
     TrovLayoutInfo layout{};
     ASSERT_EQ(TROV_DescribeBody(c.code, kVersion, 1, &layout), 0u);
-    Sampler sampler{static_cast<uint16_t>(c.attribute < 0 ? 0 : c.attribute)};
+    Sampler sampler{static_cast<uint16_t>(c.attribute < 0 ? 0 : c.attribute), c.selector};
     Json fields;
     TrovLayoutInfo params{};
     if (c.method >= 0) {
@@ -341,8 +389,10 @@ std::vector<ErrorCase> errorCases() {
         {"array too long", R"({"header":{"code":29},"body":{"fields":{"value0":1,"method":133,"params":{"value0":1,"array1":[)" + [] { std::string s = "1"; for (int i = 0; i < 255; ++i) s += ",1"; return s; }() + "]}}}}", 2, "/body/fields/params/array1: expected at most 255 elements, got 256"},
         {"unknown method", R"({"header":{"code":29},"body":{"fields":{"value0":1,"method":1,"params":{}}}})", 2, "/body/fields/method: unknown method 0x0001 (NO_METHOD_CODEC)"},
         {"unknown attribute", R"({"header":{"code":18},"body":{"fields":{"id":{"id":1,"value":[]}}}})", 2, "/body/fields/id/id: unknown attribute 0x0001 (NO_ATTRIBUTE_CODEC)"},
-        {"structure value", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x2972","value":{"structure":"16 bytes","undescribed":true}}}}})", 2, "/body/fields/id/value: the value of attribute 0x2972 is a structure the layout description does not spell"},
-        {"selector value", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x013c","value":{"selector":1}}}}})", 2, "/body/fields/id/value: the value of attribute 0x013c is a structure"},
+        {"structure member", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x36b2","value":{"profileId":1,"name":"p","version":{"major":1},"ranges":[]}}}}})", 2, "/body/fields/id/value/version/minor: missing"},
+        {"structure array", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x32cb","value":{"hops":[{"kind":1,"node":2,"name":"x","colour":3}]}}}}})", 2, "/body/fields/id/value/hops/0/colour: no such field"},
+        {"structure entry", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x2cf1","value":{"tag":1,"attribute":{"id":1,"value":[]}}}}}})", 2, "/body/fields/id/value/attribute/id: unknown attribute 0x0001 at version 0 (NO_ATTRIBUTE_CODEC)"},
+        {"selector value", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x013c","value":{"selector":5}}}}})", 2, "/body/fields/id/value/selector: no variant has selector 5"},
         {"nested too deep", nested(33), 2, "/value/0/attributes0/0/value: values nest deeper than 32 levels"},
         {"body too long", R"({"header":{"code":117},"body":{"fields":{"value0":1,"string1":")" + big(40000) + R"(","string2":")" + big(30000) + R"("}}})", 2, "/body: encoding failed: SHORT_INPUT"},
         {"second of an array", "[" + u32 + "1}}}," + R"({"header":{"code":10}}])", 2, "t: /1/header/code: no request layout"},
@@ -409,7 +459,9 @@ TEST(RequestReader, RefusesWhatTheLayoutCannotHold) {
     };
     const Bad cases[] = {
         {0x12, {0x00, 0x01, 0x00}, TROV_RESULT_NO_ATTRIBUTE_CODEC, 0},       // unknown identifier
-        {0x12, {0x29, 0x72, 0x01, 0x02}, TROV_RESULT_BAD_VALUE, 2},          // structure value
+        {0x12, {0x29, 0x72, 0x01, 0x00, 0x02, 0x05, 'a'}, TROV_RESULT_SHORT_INPUT, 6}, // structure's octets cut
+        {0x12, {0x32, 0xCB, 0x02, 0x01, 0x00, 0x02, 0x00}, TROV_RESULT_SHORT_INPUT, 3}, // second hop missing
+        {0x12, {0x01, 0x3C, 0x09}, TROV_RESULT_BAD_VALUE, 2},                // no variant 9
         {0x1d, {0, 0, 0, 1, 0x00, 0x01}, TROV_RESULT_NO_METHOD_CODEC, 4},    // unknown method
         {0x1a, {0x05, 'a', 'b'}, TROV_RESULT_SHORT_INPUT, 0},                // string past the end
         {0x1d, {0, 0, 0, 1, 0x00, 0x85, 0, 7, 0x03, 0, 1}, TROV_RESULT_SHORT_INPUT, 8}, // u16s past the end

@@ -8,8 +8,10 @@
 // attribute or typed value gets its identifier and a pointer to the value,
 // which is one element record (scalar form) or an AttributeArrayHeader with
 // its elements (array form, when the element layout has a count prefix: the
-// form request bodies and attribute lists carry). Counts are always
-// recomputed from the data, so the printed ones are ignored.
+// form request bodies and attribute lists carry). Structured records nest
+// records in place and count arrays of records, option lists and attribute
+// entries; a selector value takes the layout its "selector" member picks.
+// Counts are always recomputed from the data, so the printed ones are ignored.
 #include "RecordBuild.h"
 
 #include <cstring>
@@ -78,9 +80,11 @@ public:
     uint8_t *record(const Json &fields, const TrovLayoutInfo &layout, const std::string &path) {
         switch (layout.form) {
         case TROV_LAYOUT_FIELDS:
-        case TROV_LAYOUT_NONE: {
+        case TROV_LAYOUT_NONE:
+        case TROV_LAYOUT_STRUCTURE:
+        case TROV_LAYOUT_SELECTOR: {
             auto *record = allocate(layout.recordBytes);
-            if (!fill(fields, layout, record, path)) return nullptr;
+            if (!fillRecord(fields, layout, record, path)) return nullptr;
             return record;
         }
         case TROV_LAYOUT_METHOD_CALL:
@@ -143,10 +147,27 @@ private:
 
     // The largest count `field` may carry: its own prefix's, or its count field's.
     uint32_t limitOf(const TrovLayoutInfo &layout, const TrovFieldInfo &field) {
-        if (field.countField >= 0 && field.countField < layout.fieldCount)
-            return countLimit(layout.fields[field.countField].countBytes);
+        if (field.countField >= 0 && field.countField < layout.fieldCount) {
+            const TrovFieldInfo &count = layout.fields[field.countField];
+            return countLimit(count.countRecordBytes != 0 ? count.countRecordBytes : count.countBytes);
+        }
         if (field.countBytes != 0) return countLimit(field.countBytes);
         return 0xFFFF;
+    }
+
+    // A record of any described form; a selector value takes the variant its
+    // "selector" member picks.
+    bool fillRecord(const Json &fields, const TrovLayoutInfo &layout, uint8_t *record, const std::string &path) {
+        if (layout.form != TROV_LAYOUT_SELECTOR) return fill(fields, layout, record, path);
+        if (!fields.is_object()) return fail(path, "expected an object");
+        const auto given = fields.find("selector");
+        if (given == fields.end()) return fail(path + "/selector", "missing");
+        uint64_t selector = 0;
+        if (!integer(*given, path + "/selector", 0xFF, selector)) return false;
+        TrovLayoutInfo variant{};
+        if (TROV_DescribeVariant(&layout, static_cast<uint8_t>(selector), &variant) != TROV_RESULT_OK)
+            return fail(path + "/selector", "no variant has selector " + std::to_string(selector));
+        return fill(fields, variant, record, path);
     }
 
     bool fill(const Json &fields, const TrovLayoutInfo &layout, uint8_t *record, const std::string &path) {
@@ -235,6 +256,21 @@ private:
         case TROV_KIND_ATTRIBUTES:
         case TROV_KIND_EVENT_ATTRIBUTES:
             return attributeList(value, field, record, path);
+        case TROV_KIND_RECORD: {
+            TrovLayoutInfo nested{};
+            if (TROV_DescribeNested(&field, &nested) != TROV_RESULT_OK) return fail(path, "no nested layout");
+            return fill(value, nested, at, path);
+        }
+        case TROV_KIND_RECORDS:
+            return records(value, layout, field, record, path);
+        case TROV_KIND_OPTIONS:
+            return optionList(value, field, record, path);
+        case TROV_KIND_ENTRY: {
+            // Entries of a structure are coded by the attribute rows of version 0.
+            TrovFieldInfo entryField = field;
+            entryField.kindId = TROV_KIND_ATTRIBUTE;
+            return identified(value, entryField, record, path, 0);
+        }
         default:
             return fail(path, std::string("fields of kind ") + field.kind + " cannot be encoded");
         }
@@ -293,9 +329,46 @@ private:
         return true;
     }
 
+    // Counted nested records, each filled from its JSON object, one element
+    // record (the stride TROV_DescribeNested gives) apart.
+    bool records(const Json &value, const TrovLayoutInfo &layout, const TrovFieldInfo &field, uint8_t *record,
+                 const std::string &path) {
+        if (!value.is_array()) return fail(path, "expected an array of objects");
+        const uint32_t limit = limitOf(layout, field);
+        if (value.size() > limit)
+            return fail(path, "expected at most " + std::to_string(limit) + " elements, got " +
+                                  std::to_string(value.size()));
+        TrovLayoutInfo element{};
+        if (TROV_DescribeNested(&field, &element) != TROV_RESULT_OK) return fail(path, "no element layout");
+        uint8_t *data = value.empty() ? nullptr : allocate(value.size() * element.recordBytes);
+        for (size_t i = 0; i < value.size(); ++i)
+            if (!fill(value[i], element, data + i * element.recordBytes, path + "/" + std::to_string(i)))
+                return false;
+        counted(layout, field, record, value.size(), data);
+        return true;
+    }
+
+    // A TrovOptionList: the u8 count, then the options, 16 bytes each.
+    bool optionList(const Json &value, const TrovFieldInfo &field, uint8_t *record, const std::string &path) {
+        if (!value.is_array()) return fail(path, "expected an array of {\"kind\": k, \"value\": \"hex\"}");
+        if (value.size() > 0xFF)
+            return fail(path, "expected at most 255 elements, got " + std::to_string(value.size()));
+        uint8_t *options = value.empty() ? nullptr : allocate(value.size() * 16);
+        for (size_t i = 0; i < value.size(); ++i)
+            if (!option(value[i], options + 16 * i, path + "/" + std::to_string(i))) return false;
+        storeUnsigned(record + field.offset, value.size(), 1);
+        storePointer(record + field.dataOffset, options);
+        return true;
+    }
+
     // {"id": N, "value": V} or {"type": N, "value": V}: the identifier at the
-    // field's offset and the value's pointer at its dataOffset.
+    // field's offset and the value's pointer at its dataOffset; values are
+    // those of the rows of `version`.
     bool identified(const Json &value, const TrovFieldInfo &field, uint8_t *record, const std::string &path) {
+        return identified(value, field, record, path, version_);
+    }
+    bool identified(const Json &value, const TrovFieldInfo &field, uint8_t *record, const std::string &path,
+                    uint8_t version) {
         const bool attribute = field.kindId == TROV_KIND_ATTRIBUTE;
         const char *key = attribute ? "id" : "type";
         if (!value.is_object()) return fail(path, std::string("expected {\"") + key + "\": N, \"value\": ...}");
@@ -307,7 +380,8 @@ private:
         if (inner == value.end()) return fail(path + "/value", "missing");
         uint64_t code = 0;
         if (!integer(*id, path + "/" + key, 0xFFFF, code)) return false;
-        const void *data = valueOf(*inner, attribute, static_cast<uint16_t>(code), path + "/" + key, path + "/value");
+        const void *data =
+            valueOf(*inner, attribute, static_cast<uint16_t>(code), version, path + "/" + key, path + "/value");
         if (!data) return false;
         storeUnsigned(record + field.offset, code, 2);
         if (field.dataOffset != TROV_NO_DATA) storePointer(record + field.dataOffset, data);
@@ -316,19 +390,15 @@ private:
 
     // The value of attribute (or data type) `code`, in the form its layout
     // gives it: array form when the element layout has a count prefix.
-    const void *valueOf(const Json &value, bool attribute, uint16_t code, const std::string &codePath,
-                        const std::string &path) {
+    const void *valueOf(const Json &value, bool attribute, uint16_t code, uint8_t version,
+                        const std::string &codePath, const std::string &path) {
         TrovLayoutInfo element{};
-        const TrovResult found = attribute ? TROV_DescribeAttribute(code, version_, &element)
-                                           : TROV_DescribeDataType(code, version_, &element);
+        const TrovResult found = attribute ? TROV_DescribeAttribute(code, version, &element)
+                                           : TROV_DescribeDataType(code, version, &element);
         const std::string what = (attribute ? "attribute " : "data type ") + hex16(code);
         if (found != TROV_RESULT_OK) {
-            fail(codePath, "unknown " + what + " (" + TROV_ResultName(found) + ")");
-            return nullptr;
-        }
-        if (element.form != TROV_LAYOUT_FIELDS) {
-            fail(path, "the value of " + what +
-                           " is a structure the layout description does not spell; it cannot be encoded");
+            fail(codePath, "unknown " + what + (version == 0 ? " at version 0" : "") + " (" +
+                               TROV_ResultName(found) + ")");
             return nullptr;
         }
         if (depth_ >= kMaxValueDepth) {
@@ -351,7 +421,8 @@ private:
             uint8_t *elements = value.empty() ? nullptr : allocate(value.size() * element.recordBytes);
             bool ok = true;
             for (size_t i = 0; ok && i < value.size(); ++i)
-                ok = fill(value[i], element, elements + i * element.recordBytes, path + "/" + std::to_string(i));
+                ok = fillRecord(value[i], element, elements + i * element.recordBytes,
+                                path + "/" + std::to_string(i));
             if (ok) {
                 storeUnsigned(header, value.size(), element.arrayCountBytes);
                 storePointer(header + 8, elements);

@@ -12,6 +12,10 @@
 //     one element record of the value's layout, or, for types with an array
 //     form, an AttributeArrayHeader (count, pointer to the elements);
 //   - attribute lists are an AttributeList of AttributeEntry rows.
+//   - structured records nest records in place (TROV_DescribeNested), count
+//     arrays of them, option lists and attribute entries;
+//   - a selector value's record is described per selector byte
+//     (TROV_DescribeVariant).
 // Event lists and method invocations are the two record types whose contents
 // are described one level further down (per event code, per method code).
 #include <cstddef>
@@ -45,12 +49,8 @@ uint32_t loadWidth(const uint8_t *at, unsigned width) {
     }
 }
 
-Json undescribed(uint16_t recordBytes) {
-    Json j = Json::object();
-    j["structure"] = std::to_string(recordBytes) + " bytes";
-    j["undescribed"] = true;
-    return j;
-}
+// A record the printer does not go into, and why.
+Json unprinted(const char *why) { return Json{{"unprinted", why}}; }
 
 class Printer {
 public:
@@ -58,18 +58,19 @@ public:
 
     Json record(const TrovLayoutInfo &layout, const uint8_t *rec, int depth) const {
         if (rec == nullptr) return nullptr;
-        if (depth > kMaxDepth) return undescribed(layout.recordBytes);
+        if (depth > kMaxDepth) return unprinted("nested too deep");
         switch (layout.form) {
         case TROV_LAYOUT_NONE: return Json::object();
         case TROV_LAYOUT_EVENT_LIST: return eventList(layout, rec, depth);
         case TROV_LAYOUT_METHOD_CALL: return methodCall(rec, depth);
-        case TROV_LAYOUT_STRUCTURE: return undescribed(layout.recordBytes);
         case TROV_LAYOUT_SELECTOR: {
-            Json j = fields(layout, rec, depth);
-            j["variant"] = undescribed(layout.recordBytes);
-            return j;
+            // The selector byte picks the variant, whose layout spells the
+            // whole record; a selector the type does not have prints alone.
+            TrovLayoutInfo variant{};
+            if (TROV_DescribeVariant(&layout, rec[0], &variant) != TROV_RESULT_OK) return fields(layout, rec, depth);
+            return fields(variant, rec, depth);
         }
-        case TROV_LAYOUT_RAW: return undescribed(layout.recordBytes);
+        case TROV_LAYOUT_RAW: return unprinted("raw bytes");
         default: return fields(layout, rec, depth);
         }
     }
@@ -85,11 +86,12 @@ private:
         return j;
     }
 
-    // The element count of a counted field.
+    // The element count of a counted field. A structure's count field may
+    // count by its first bytes only (countRecordBytes).
     static uint32_t countOf(const TrovLayoutInfo &layout, const TrovFieldInfo &f, const uint8_t *rec) {
         if (f.countField >= 0 && f.countField < layout.fieldCount) {
             const TrovFieldInfo &c = layout.fields[f.countField];
-            return loadWidth(rec + c.offset, c.countBytes);
+            return loadWidth(rec + c.offset, c.countRecordBytes != 0 ? c.countRecordBytes : c.countBytes);
         }
         if (f.kindId == TROV_KIND_REST) return load<uint16_t>(rec + f.offset);
         return loadWidth(rec + f.offset, f.countRecordBytes);
@@ -137,6 +139,21 @@ private:
         }
         case TROV_KIND_ATTRIBUTES:
         case TROV_KIND_EVENT_ATTRIBUTES: return attributeList(at, depth);
+        case TROV_KIND_RECORD: {
+            TrovLayoutInfo nested{};
+            if (TROV_DescribeNested(&f, &nested) != TROV_RESULT_OK) return nullptr;
+            return record(nested, at, depth + 1);
+        }
+        case TROV_KIND_OPTIONS: {
+            // TrovOptionList: the u8 count, the 16-byte options behind the pointer.
+            const uint8_t *options = dataOf(f, rec);
+            Json a = Json::array();
+            for (unsigned i = 0; options != nullptr && i < at[0]; ++i)
+                a.push_back(option(options + 16 * i, loadPointer(options + 16 * i + 8)));
+            return a;
+        }
+        // Entries of a structure are coded by the attribute rows of version 0.
+        case TROV_KIND_ENTRY: return entry(at, 0, depth);
         default: break;
         }
         // Counted kinds.
@@ -175,6 +192,14 @@ private:
         case TROV_KIND_BYTE_PAIRS: {
             Json a = Json::array();
             for (uint32_t i = 0; i < n; ++i) a.push_back(Json::array({data[2 * i], data[2 * i + 1]}));
+            return a;
+        }
+        case TROV_KIND_RECORDS: {
+            TrovLayoutInfo element{};
+            Json a = Json::array();
+            if (n == 0 || TROV_DescribeNested(&f, &element) != TROV_RESULT_OK) return a;
+            for (uint32_t i = 0; i < n; ++i)
+                a.push_back(record(element, data + size_t{i} * element.recordBytes, depth + 1));
             return a;
         }
         default: return nullptr;
@@ -229,21 +254,25 @@ private:
         const auto list = load<AttributeList>(at);
         Json a = Json::array();
         if (list.entries == nullptr) return a;
-        for (uint16_t i = 0; i < list.count; ++i) {
-            const auto *raw = reinterpret_cast<const uint8_t *>(list.entries) + i * sizeof(AttributeEntry);
-            const auto entry = load<AttributeEntry>(raw);
-            const auto *value = static_cast<const uint8_t *>(entry.value);
-            Json j = Json::object();
-            j["id"] = entry.id;
-            TrovLayoutInfo element{};
-            // A value without a codec is kept as its wire bytes, length kept.
-            if (entry.length != 0 || TROV_DescribeAttribute(entry.id, version_, &element) != TROV_RESULT_OK)
-                j["value"] = Json{{"hex", hexString(value, value != nullptr ? entry.length : 0)}};
-            else
-                j["value"] = typedValue(element, value, depth);
-            a.push_back(std::move(j));
-        }
+        for (uint16_t i = 0; i < list.count; ++i)
+            a.push_back(entry(reinterpret_cast<const uint8_t *>(list.entries) + i * sizeof(AttributeEntry), version_,
+                              depth));
         return a;
+    }
+
+    // An AttributeEntry whose value the rows of `version` code.
+    Json entry(const uint8_t *raw, uint8_t version, int depth) const {
+        const auto entry = load<AttributeEntry>(raw);
+        const auto *value = static_cast<const uint8_t *>(entry.value);
+        Json j = Json::object();
+        j["id"] = entry.id;
+        TrovLayoutInfo element{};
+        // A value without a codec is kept as its wire bytes, length kept.
+        if (entry.length != 0 || TROV_DescribeAttribute(entry.id, version, &element) != TROV_RESULT_OK)
+            j["value"] = Json{{"hex", hexString(value, value != nullptr ? entry.length : 0)}};
+        else
+            j["value"] = typedValue(element, value, depth);
+        return j;
     }
 
     Json event(uint16_t code, const void *body, int depth) const {

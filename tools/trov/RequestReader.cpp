@@ -6,7 +6,9 @@
 // a hostile body costs at most memory in proportion to its own size. Records
 // take the form the builder gives them (RecordBuild.cpp): scalars at their
 // offsets in host order, counted fields as head plus elements, values as an
-// element record (scalar form) or an AttributeArrayHeader (array form).
+// element record (scalar form) or an AttributeArrayHeader (array form),
+// structured records with their nested records in place and their arrays,
+// options and attribute entries behind pointers.
 #include "RequestReader.h"
 
 #include <cstring>
@@ -97,6 +99,9 @@ private:
         case TROV_KIND_COUNT:
             if (!read(field.countBytes, value)) return TROV_RESULT_SHORT_INPUT;
             storeUnsigned(at, value, field.countBytes);
+            // A structure's count may count by the field's first bytes only.
+            if (field.countRecordBytes == 1) value = at[0];
+            if (field.countRecordBytes == 2) value = loadU16(at);
             if (index < 64) counts[index] = value;
             return TROV_RESULT_OK;
         case TROV_KIND_RESERVED:
@@ -134,32 +139,94 @@ private:
             const bool attribute = field.kindId == TROV_KIND_ATTRIBUTE;
             if (!read(2, value)) return TROV_RESULT_SHORT_INPUT;
             const void *data = nullptr;
-            const TrovResult result = valueOf(attribute, static_cast<uint16_t>(value), data);
+            const TrovResult result = valueOf(attribute, static_cast<uint16_t>(value), version_, data);
             if (result != TROV_RESULT_OK) return result;
             storeUnsigned(at, value, 2);
             if (field.dataOffset != TROV_NO_DATA) storePointer(record + field.dataOffset, data);
             return TROV_RESULT_OK;
         }
-        case TROV_KIND_OPTION: {
-            uint64_t kind = 0, length = 0;
-            if (!read(1, kind) || !read(1, length)) return TROV_RESULT_SHORT_INPUT;
-            PacketCursor cursor{const_cast<uint8_t *>(body_ + position_), static_cast<uint32_t>(size_ - position_)};
-            const uint32_t room = trovDecCalc_OptionParam(static_cast<uint8_t>(kind), static_cast<uint8_t>(length));
-            uint8_t *data = allocate(room < 8 ? 8 : room);
-            if (!trovDecode_OptionParam(static_cast<uint8_t>(kind), static_cast<uint8_t>(length), data, &cursor))
-                return TROV_RESULT_SHORT_INPUT;
-            position_ = static_cast<size_t>(cursor.position - body_);
-            at[0] = static_cast<uint8_t>(kind);
-            at[1] = static_cast<uint8_t>(length);
-            storePointer(at + 8, kind == 0 || room == 0 ? nullptr : data);
-            return TROV_RESULT_OK;
-        }
+        case TROV_KIND_OPTION:
+            return option(at);
         case TROV_KIND_ATTRIBUTES:
         case TROV_KIND_EVENT_ATTRIBUTES:
             return attributeList(field, record);
+        case TROV_KIND_RECORD: {
+            TrovLayoutInfo nested{};
+            if (TROV_DescribeNested(&field, &nested) != TROV_RESULT_OK) return stop(TROV_RESULT_BAD_VALUE);
+            return nestedFields(nested, at);
+        }
+        case TROV_KIND_RECORDS:
+            return records(layout, field, record, counts);
+        case TROV_KIND_OPTIONS: {
+            // A TrovOptionList: the u8 count, then the options, 16 bytes each;
+            // every option takes at least its kind and length bytes.
+            if (!read(1, value)) return TROV_RESULT_SHORT_INPUT;
+            if ((size_ - position_) / 2 < value) return TROV_RESULT_SHORT_INPUT;
+            uint8_t *options = value ? allocate(value * 16) : nullptr;
+            for (uint64_t i = 0; i < value; ++i)
+                if (const TrovResult result = option(options + 16 * i); result != TROV_RESULT_OK) return result;
+            at[0] = static_cast<uint8_t>(value);
+            storePointer(record + field.dataOffset, options);
+            return TROV_RESULT_OK;
+        }
+        case TROV_KIND_ENTRY:
+            // Entries of a structure are coded by the attribute rows of version 0.
+            return entry(at, 0);
         default:
             return stop(TROV_RESULT_BAD_VALUE);
         }
+    }
+
+    static uint16_t loadU16(const uint8_t *at) {
+        uint16_t v;
+        std::memcpy(&v, at, 2);
+        return v;
+    }
+
+    // One option: u8 kind, u8 length and the value, held as the
+    // option-parameter decoder leaves it; the pointer at +8.
+    TrovResult option(uint8_t *at) {
+        uint64_t kind = 0, length = 0;
+        if (!read(1, kind) || !read(1, length)) return TROV_RESULT_SHORT_INPUT;
+        PacketCursor cursor{const_cast<uint8_t *>(body_ + position_), static_cast<uint32_t>(size_ - position_)};
+        const uint32_t room = trovDecCalc_OptionParam(static_cast<uint8_t>(kind), static_cast<uint8_t>(length));
+        uint8_t *data = allocate(room < 8 ? 8 : room);
+        if (!trovDecode_OptionParam(static_cast<uint8_t>(kind), static_cast<uint8_t>(length), data, &cursor))
+            return TROV_RESULT_SHORT_INPUT;
+        position_ = static_cast<size_t>(cursor.position - body_);
+        at[0] = static_cast<uint8_t>(kind);
+        at[1] = static_cast<uint8_t>(length);
+        storePointer(at + 8, kind == 0 || room == 0 ? nullptr : data);
+        return TROV_RESULT_OK;
+    }
+
+    // A nested record's fields, its counts its own; nesting is bounded with
+    // the values'.
+    TrovResult nestedFields(const TrovLayoutInfo &nested, uint8_t *at) {
+        if (depth_ >= kMaxValueDepth) return stop(TROV_RESULT_SHORT_INPUT);
+        ++depth_;
+        const TrovResult result = fields(nested, at);
+        --depth_;
+        return result;
+    }
+
+    // Counted nested records, one element record apart.
+    TrovResult records(const TrovLayoutInfo &layout, const TrovFieldInfo &field, uint8_t *record,
+                       const uint64_t *counts) {
+        TrovLayoutInfo element{};
+        if (TROV_DescribeNested(&field, &element) != TROV_RESULT_OK) return stop(TROV_RESULT_BAD_VALUE);
+        const bool counted = field.countField >= 0 && field.countField < layout.fieldCount && field.countField < 64;
+        const uint64_t count = counted ? counts[field.countField] : 0;
+        if ((size_ - position_) / (element.wireFixed ? element.wireFixed : 1) < count) return TROV_RESULT_SHORT_INPUT;
+        uint8_t *data = count ? allocate(count * element.recordBytes) : nullptr;
+        for (uint64_t i = 0; i < count; ++i)
+            if (const TrovResult result = nestedFields(element, data + i * element.recordBytes);
+                result != TROV_RESULT_OK)
+                return result;
+        // Without elements the pointer's slot is the field's offset, and the
+        // arena's memory is already zero there.
+        if (count) storePointer(record + field.dataOffset, data);
+        return TROV_RESULT_OK;
     }
 
     static void head(const TrovFieldInfo &field, uint8_t *record, size_t count, const void *data) {
@@ -211,24 +278,37 @@ private:
         return TROV_RESULT_OK;
     }
 
+    // One record of a value's element layout; a selector value's variant is
+    // the one its first byte picks.
+    TrovResult element(const TrovLayoutInfo &layout, uint8_t *record) {
+        if (layout.form != TROV_LAYOUT_SELECTOR) return fields(layout, record);
+        TrovLayoutInfo variant{};
+        if (!has(1)) return stop(TROV_RESULT_SHORT_INPUT);
+        if (TROV_DescribeVariant(&layout, body_[position_], &variant) != TROV_RESULT_OK)
+            return stop(TROV_RESULT_BAD_VALUE);
+        return fields(variant, record);
+    }
+
     // The value of attribute (or data type) `code` at the current position,
-    // in array form when its layout has a count prefix.
-    TrovResult valueOf(bool attribute, uint16_t code, const void *&data) {
+    // in array form when its layout has a count prefix; the rows of `version`
+    // code it.
+    TrovResult valueOf(bool attribute, uint16_t code, uint8_t version, const void *&data) {
         TrovLayoutInfo element{};
-        const TrovResult found = attribute ? TROV_DescribeAttribute(code, version_, &element)
-                                           : TROV_DescribeDataType(code, version_, &element);
+        const TrovResult found = attribute ? TROV_DescribeAttribute(code, version, &element)
+                                           : TROV_DescribeDataType(code, version, &element);
         if (found != TROV_RESULT_OK) {
             position_ -= 2; // stop at the identifier
             return stop(found);
         }
-        // Structure and selector values are not spelled by the description.
-        if (element.form != TROV_LAYOUT_FIELDS) return stop(TROV_RESULT_BAD_VALUE);
+        if (element.form != TROV_LAYOUT_FIELDS && element.form != TROV_LAYOUT_STRUCTURE &&
+            element.form != TROV_LAYOUT_SELECTOR)
+            return stop(TROV_RESULT_BAD_VALUE);
         if (depth_ >= kMaxValueDepth) return stop(TROV_RESULT_SHORT_INPUT);
         ++depth_;
         TrovResult result = TROV_RESULT_OK;
         if (element.arrayCountBytes == 0) {
             uint8_t *record = allocate(element.recordBytes);
-            result = fields(element, record);
+            result = this->element(element, record);
             data = record;
         } else {
             uint64_t count = 0;
@@ -239,7 +319,7 @@ private:
                 uint8_t *header = allocate(16);
                 uint8_t *elements = count ? allocate(count * element.recordBytes) : nullptr;
                 for (uint64_t i = 0; i < count && result == TROV_RESULT_OK; ++i)
-                    result = fields(element, elements + i * element.recordBytes);
+                    result = this->element(element, elements + i * element.recordBytes);
                 storeUnsigned(header, count, element.arrayCountBytes);
                 storePointer(header + 8, elements);
                 data = header;
@@ -257,23 +337,30 @@ private:
         // Every entry takes at least its 4-byte head.
         if ((size_ - position_) / 4 < count) return TROV_RESULT_SHORT_INPUT;
         uint8_t *entries = count ? allocate(count * sizeof(AttributeEntry)) : nullptr;
-        for (uint64_t i = 0; i < count; ++i) {
-            uint8_t *entry = entries + i * sizeof(AttributeEntry);
-            uint64_t id = 0, length = 0;
-            if (!read(2, id) || !read(2, length)) return stop(TROV_RESULT_SHORT_INPUT);
-            if (!has(length)) return stop(TROV_RESULT_SHORT_INPUT);
-            const size_t end = position_ + length, savedSize = size_;
-            size_ = end; // the value may not read past its announced length
-            const void *data = nullptr;
-            TrovResult result = valueOf(true, static_cast<uint16_t>(id), data);
-            if (result == TROV_RESULT_OK && position_ != end) result = stop(TROV_RESULT_SHORT_INPUT);
-            size_ = savedSize;
-            if (result != TROV_RESULT_OK) return result;
-            storeUnsigned(entry + offsetof(AttributeEntry, id), id, 2);
-            storePointer(entry + offsetof(AttributeEntry, value), data);
-        }
+        for (uint64_t i = 0; i < count; ++i)
+            if (const TrovResult result = entry(entries + i * sizeof(AttributeEntry), version_);
+                result != TROV_RESULT_OK)
+                return result;
         storeUnsigned(record + field.offset, count, field.countRecordBytes ? field.countRecordBytes : 2);
         storePointer(record + (field.dataOffset != TROV_NO_DATA ? field.dataOffset : field.offset + 8), entries);
+        return TROV_RESULT_OK;
+    }
+
+    // An AttributeEntry: u16 identifier, u16 length, and the value, which must
+    // fill exactly its length; the length kept is 0, as the encoder computes it.
+    TrovResult entry(uint8_t *at, uint8_t version) {
+        uint64_t id = 0, length = 0;
+        if (!read(2, id) || !read(2, length)) return stop(TROV_RESULT_SHORT_INPUT);
+        if (!has(length)) return stop(TROV_RESULT_SHORT_INPUT);
+        const size_t end = position_ + length, savedSize = size_;
+        size_ = end; // the value may not read past its announced length
+        const void *data = nullptr;
+        TrovResult result = valueOf(true, static_cast<uint16_t>(id), version, data);
+        if (result == TROV_RESULT_OK && position_ != end) result = stop(TROV_RESULT_SHORT_INPUT);
+        size_ = savedSize;
+        if (result != TROV_RESULT_OK) return result;
+        storeUnsigned(at + offsetof(AttributeEntry, id), id, 2);
+        storePointer(at + offsetof(AttributeEntry, value), data);
         return TROV_RESULT_OK;
     }
 

@@ -31,6 +31,33 @@ std::string hex16(uint64_t v) {
     return text;
 }
 
+// Name and kind of each field; a nested record's fields under it.
+Json fieldsJson(const TrovLayoutInfo &layout) {
+    Json fields = Json::array();
+    for (uint16_t i = 0; i < layout.fieldCount; ++i) {
+        const TrovFieldInfo &f = layout.fields[i];
+        Json field{{"name", f.name}, {"kind", f.kind}};
+        TrovLayoutInfo nested{};
+        if ((f.kindId == TROV_KIND_RECORD || f.kindId == TROV_KIND_RECORDS) &&
+            TROV_DescribeNested(&f, &nested) == TROV_RESULT_OK) {
+            field["record"] = nested.record != nullptr ? nested.record : "";
+            field["fields"] = fieldsJson(nested);
+        }
+        fields.push_back(std::move(field));
+    }
+    return fields;
+}
+
+// "name kind", with a nested record's fields in braces.
+std::string fieldsText(const Json &fields) {
+    std::string text;
+    for (const Json &f : fields) {
+        text += (text.empty() ? "" : ", ") + f["name"].get<std::string>() + ' ' + f["kind"].get<std::string>();
+        if (f.contains("fields")) text += " {" + fieldsText(f["fields"]) + "}";
+    }
+    return text;
+}
+
 // The record's public type, or a name made of what the layout describes
 // ("method 0x0095 request"), as `trov decode` names layouts.
 Json layoutJson(const char *family, uint32_t code, const char *side, const TrovLayoutInfo &layout) {
@@ -42,10 +69,12 @@ Json layoutJson(const char *family, uint32_t code, const char *side, const TrovL
     j["form"] = formName(layout.form);
     j["recordBytes"] = layout.recordBytes;
     if (layout.arrayCountBytes != 0) j["arrayCountBytes"] = layout.arrayCountBytes;
-    Json fields = Json::array();
-    for (uint16_t i = 0; i < layout.fieldCount; ++i)
-        fields.push_back(Json{{"name", layout.fields[i].name}, {"kind", layout.fields[i].kind}});
-    j["fields"] = std::move(fields);
+    j["fields"] = fieldsJson(layout);
+    // A selector value: per selector byte, the variant's whole record.
+    TrovLayoutInfo variant{};
+    for (unsigned selector = 1; layout.form == TROV_LAYOUT_SELECTOR && selector <= 0xFF; ++selector)
+        if (TROV_DescribeVariant(&layout, static_cast<uint8_t>(selector), &variant) == TROV_RESULT_OK)
+            j["variants"].push_back(Json{{"selector", selector}, {"fields", fieldsJson(variant)}});
     return j;
 }
 
@@ -71,11 +100,10 @@ void writeRows(const char *title, const Json &rows, std::ostream &out) {
             << row["form"].get<std::string>();
         if (row.contains("arrayCountBytes")) out << ", array form";
         out << "]";
-        const char *separator = ": ";
-        for (const Json &f : row["fields"]) {
-            out << separator << f["name"].get<std::string>() << ' ' << f["kind"].get<std::string>();
-            separator = ", ";
-        }
+        if (!row["fields"].empty()) out << ": " << fieldsText(row["fields"]);
+        if (row.contains("variants"))
+            for (const Json &v : row["variants"])
+                out << "; selector " << v["selector"].get<unsigned>() << ": " << fieldsText(v["fields"]);
         out << '\n';
     }
 }

@@ -67,7 +67,7 @@ constexpr TrovFieldInfo kStructureEventFields[] = {structFieldInfo(
     "data", "record", TROV_KIND_RECORD, structure_event::kHeadBytes, sizeof(structure_event::Body))};
 constexpr TrovLayoutInfo kStructureEventInfo =
     info("TrovEvent00C4", sizeof(structure_event::Event), 1, kStructureEventFields, TROV_LAYOUT_STRUCTURE, 0,
-         structFixedWireSize(structure_event::kBody));
+         describedWireFixed(structure_event::kBody));
 
 // The description of the event a row decodes, found through the plan its
 // operations run.

@@ -183,6 +183,21 @@ inline constexpr auto kStructFieldArray = [] {
     return out;
 }();
 
+// The wire bytes of a record with every count 0: its scalars, its nested
+// records', an option list's count byte, an attribute entry's identifier and
+// length (as the description of flat layouts counts an attribute's
+// identifier). The codec's fixed wire size leaves the last two out.
+constexpr uint16_t describedWireFixed(const StructField *d, uint32_t depth = 0) {
+    uint32_t total = 0;
+    for (; depth <= kMaxStructDepth && d != nullptr && d->number != 0; ++d) {
+        if (structIsScalar(d->kind)) total += d->size;
+        if (d->kind == kStructNested) total += describedWireFixed(d->nested, depth + 1);
+        if (d->kind == kStructOptions) total += 1;
+        if (d->kind == kStructAttribute) total += 4;
+    }
+    return static_cast<uint16_t>(total);
+}
+
 // The layout of descriptor I, `recordBytes` the room it is given.
 template <size_t I>
 constexpr TrovLayoutInfo structureInfo(uint16_t recordBytes) {
@@ -193,7 +208,7 @@ constexpr TrovLayoutInfo structureInfo(uint16_t recordBytes) {
                           kStructFieldArray<I>.data(),
                           TROV_LAYOUT_STRUCTURE,
                           0,
-                          structFixedWireSize(d)};
+                          describedWireFixed(d)};
 }
 
 template <size_t... I>

@@ -17,5 +17,7 @@ if(NOT TROV_WINE)
   find_program(TROV_WINE NAMES wine64 wine)
 endif()
 if(TROV_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${TROV_WINE})
+  # Through a wrapper that starts a program again when Wine failed to start
+  # it (see cmake/wine-run).
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine-run ${TROV_WINE})
 endif()

@@ -2,11 +2,21 @@
  * (clang --target=x86_64-pc-windows-msvc) linked by lld-link, the Microsoft
  * linker's stand-in, against TrovCodec.lib, with no C runtime at all
  * (scripts/check-windows). Its exit code says what failed: 1 the loaded
- * library's version, 2 initialisation, 4 a header round trip. */
+ * library's version, 2 initialisation, 4 a header round trip; it says so on
+ * its console too, a line either way. */
 #include "TrovCodec.h"
 #include "TrovVersion.h"
 
 __declspec(dllimport) void __stdcall ExitProcess(unsigned code);
+__declspec(dllimport) void *__stdcall GetStdHandle(unsigned long which);
+__declspec(dllimport) int __stdcall WriteFile(void *file, const void *data, unsigned long size,
+                                              unsigned long *written, void *overlapped);
+
+static void say(const char *text) {
+    unsigned long size = 0, written = 0;
+    while (text[size] != '\0') ++size;
+    WriteFile(GetStdHandle((unsigned long)-11 /* standard output */), text, size, &written, 0);
+}
 
 /* With no C runtime, the compiler's zero-filling calls land here. */
 void *memset(void *to, int value, __SIZE_TYPE__ n) {
@@ -27,5 +37,6 @@ void __stdcall start(void) {
     if (TROV_EncodeHeader(&info, &cursor) != TROV_RESULT_OK || TROV_DecodeHeader(&back, &cursor) != TROV_RESULT_OK ||
         back.code != 0x000b || back.extension != 7)
         code |= 4;
+    say(code == 0 ? "msvc-host: version, init and a header round trip passed\n" : "msvc-host: FAILED\n");
     ExitProcess(code);
 }

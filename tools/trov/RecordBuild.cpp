@@ -107,6 +107,12 @@ private:
         return false;
     }
 
+    // Fails unless `count` elements fit a count of at most `limit`.
+    bool fits(size_t count, size_t limit, const std::string &path) {
+        if (count <= limit) return true;
+        return fail(path, "expected at most " + std::to_string(limit) + " elements, got " + std::to_string(count));
+    }
+
     bool integer(const Json &value, const std::string &path, uint64_t max, uint64_t &out) {
         return jsonInteger(value, path, max, out, error_);
     }
@@ -290,10 +296,7 @@ private:
     bool numbers(const Json &value, const TrovLayoutInfo &layout, const TrovFieldInfo &field, uint8_t *record,
                  const std::string &path) {
         if (!value.is_array()) return fail(path, "expected an array");
-        const uint32_t limit = limitOf(layout, field);
-        if (value.size() > limit)
-            return fail(path, "expected at most " + std::to_string(limit) + " elements, got " +
-                                  std::to_string(value.size()));
+        if (!fits(value.size(), limitOf(layout, field), path)) return false;
         const bool pairs = field.kindId == TROV_KIND_U8U32_ITEMS || field.kindId == TROV_KIND_U32U8_ITEMS ||
                            field.kindId == TROV_KIND_BYTE_PAIRS;
         const unsigned stride = recordElementBytes(field.kindId);
@@ -334,10 +337,7 @@ private:
     bool records(const Json &value, const TrovLayoutInfo &layout, const TrovFieldInfo &field, uint8_t *record,
                  const std::string &path) {
         if (!value.is_array()) return fail(path, "expected an array of objects");
-        const uint32_t limit = limitOf(layout, field);
-        if (value.size() > limit)
-            return fail(path, "expected at most " + std::to_string(limit) + " elements, got " +
-                                  std::to_string(value.size()));
+        if (!fits(value.size(), limitOf(layout, field), path)) return false;
         TrovLayoutInfo element{};
         if (TROV_DescribeNested(&field, &element) != TROV_RESULT_OK) return fail(path, "no element layout");
         uint8_t *data = value.empty() ? nullptr : allocate(value.size() * element.recordBytes);
@@ -351,8 +351,7 @@ private:
     // A TrovOptionList: the u8 count, then the options, 16 bytes each.
     bool optionList(const Json &value, const TrovFieldInfo &field, uint8_t *record, const std::string &path) {
         if (!value.is_array()) return fail(path, "expected an array of {\"kind\": k, \"value\": \"hex\"}");
-        if (value.size() > 0xFF)
-            return fail(path, "expected at most 255 elements, got " + std::to_string(value.size()));
+        if (!fits(value.size(), 0xFF, path)) return false;
         uint8_t *options = value.empty() ? nullptr : allocate(value.size() * 16);
         for (size_t i = 0; i < value.size(); ++i)
             if (!option(value[i], options + 16 * i, path + "/" + std::to_string(i))) return false;
@@ -411,10 +410,7 @@ private:
             result = record(value, element, path);
         } else if (!value.is_array()) {
             fail(path, "expected an array of " + what + " elements");
-        } else if (value.size() > countLimit(element.arrayCountBytes)) {
-            fail(path, "expected at most " + std::to_string(countLimit(element.arrayCountBytes)) +
-                           " elements, got " + std::to_string(value.size()));
-        } else {
+        } else if (fits(value.size(), countLimit(element.arrayCountBytes), path)) {
             // AttributeArrayHeader: the count (as wide as the wire prefix) at 0,
             // the element records one after another from the pointer at 8.
             uint8_t *header = allocate(16);
@@ -437,8 +433,7 @@ private:
     // 0 (the encoder computes it) and the value in array form.
     bool attributeList(const Json &value, const TrovFieldInfo &field, uint8_t *record, const std::string &path) {
         if (!value.is_array()) return fail(path, "expected an array of {\"id\": N, \"value\": ...}");
-        if (value.size() > 0xFFFF)
-            return fail(path, "expected at most 65535 elements, got " + std::to_string(value.size()));
+        if (!fits(value.size(), 0xFFFF, path)) return false;
         uint8_t *entries = value.empty() ? nullptr : allocate(value.size() * sizeof(AttributeEntry));
         TrovFieldInfo entryField{};
         entryField.kindId = TROV_KIND_ATTRIBUTE;

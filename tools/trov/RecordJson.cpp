@@ -112,30 +112,17 @@ private:
         case TROV_KIND_BYTES: return hexString(at, f.width);
         case TROV_KIND_BYTES12: return hexString(at, 12);
         case TROV_KIND_OPTION: return option(at, dataOf(f, rec));
-        case TROV_KIND_ATTRIBUTE: {
-            Json j = Json::object();
-            const uint16_t id = load<uint16_t>(at);
-            j["id"] = id;
-            TrovLayoutInfo element{};
-            const uint8_t *value = dataOf(f, rec);
-            if (TROV_DescribeAttribute(id, version_, &element) != TROV_RESULT_OK)
-                j["value"] = nullptr;
-            else
-                j["value"] = typedValue(element, value, depth);
-            return j;
-        }
+        case TROV_KIND_ATTRIBUTE:
         case TROV_KIND_VALUE:
         case TROV_KIND_RESERVED_VALUE: {
-            Json j = Json::object();
-            const uint16_t type = load<uint16_t>(at);
-            j["type"] = type;
+            // The identifier or data type, then the value its layout describes.
+            const bool attribute = f.kindId == TROV_KIND_ATTRIBUTE;
+            const uint16_t code = load<uint16_t>(at);
             TrovLayoutInfo element{};
-            const uint8_t *value = dataOf(f, rec);
-            if (TROV_DescribeDataType(type, version_, &element) != TROV_RESULT_OK)
-                j["value"] = nullptr;
-            else
-                j["value"] = typedValue(element, value, depth);
-            return j;
+            const TrovResult found = attribute ? TROV_DescribeAttribute(code, version_, &element)
+                                               : TROV_DescribeDataType(code, version_, &element);
+            return Json{{attribute ? "id" : "type", code},
+                        {"value", found == TROV_RESULT_OK ? typedValue(element, dataOf(f, rec), depth) : Json()}};
         }
         case TROV_KIND_ATTRIBUTES:
         case TROV_KIND_EVENT_ATTRIBUTES: return attributeList(at, depth);

@@ -129,23 +129,34 @@ TEST(DecodeCommand, StopsWhenTheOutputFails) {
 }
 
 // ordered_json keeps the last of two equal keys without a word, so a record
-// printed from a layout with a repeated name, or with a name that a list or
-// method member reuses, would lose a field. Every described layout is checked.
+// printed from a layout with a repeated name would lose a field. Every
+// described layout is checked, with the records it nests and, for a selector
+// value, each variant's whole record, as `trov tables` lists them.
+void expectUniqueNames(const Json &fields, const std::string &where) {
+    std::set<std::string> names;
+    for (const Json &f : fields) {
+        EXPECT_TRUE(names.insert(f["name"].get<std::string>()).second) << where << " " << f["name"];
+        if (f.contains("fields")) expectUniqueNames(f["fields"], where + "/" + f["name"].get<std::string>());
+    }
+}
+
 TEST(RecordJson, EveryLayoutHasUniqueFieldNames) {
     const Json tables = trov::tablesJson();
-    size_t layouts = 0;
+    size_t layouts = 0, nested = 0, variants = 0;
     for (const char *family : {"bodies", "events", "methods", "attributes", "dataTypes"}) {
         for (const Json &row : tables[family]) {
-            std::set<std::string> names;
-            for (const Json &f : row["fields"]) EXPECT_TRUE(names.insert(f["name"].get<std::string>()).second)
-                << family << " " << row["code"] << " " << f["name"];
-            // Names the printer adds beside the fields of a value.
-            EXPECT_EQ(names.count("variant"), 0u) << family << " " << row["code"];
+            const std::string where = std::string(family) + " " + row["code"].dump();
+            expectUniqueNames(row["fields"], where);
+            for (const Json &f : row["fields"]) nested += f.contains("fields") ? 1 : 0;
+            if (row.contains("variants"))
+                for (const Json &v : row["variants"]) expectUniqueNames(v["fields"], where), ++variants;
             ++layouts;
         }
     }
     EXPECT_GT(tables["bodies"].size(), 0u);
     EXPECT_GT(layouts, 1000u);
+    EXPECT_GT(nested, 0u);         // structured records list what they nest
+    EXPECT_GE(variants, 4u);       // the selector value's four variants
 }
 
 // A record whose pointers are null behind zero counts prints empty values,

@@ -144,9 +144,4 @@ constexpr RowIndexData<S> buildRowIndex(const Table &table) {
     return index;
 }
 
-// The index of a table of static storage, built at compile time; each table
-// file exports it as `extern constexpr RowIndex XIndex = kRowIndexOf<X>.view()`.
-template <const auto &Table>
-inline constexpr auto kRowIndexOf = buildRowIndex<rowIndexShape(Table)>(Table);
-
 } // namespace trov

@@ -481,6 +481,9 @@ static_assert(std::size(AttributeCodecTable) == kRows + 1 &&
 static_assert(std::size(kFixedValueTypes) == 122);
 
 // The lookup index of the table above, built at compile time.
-extern constexpr RowIndex AttributeCodecIndex = kRowIndexOf<AttributeCodecTable>.view();
+namespace {
+constexpr auto kAttributeCodecIndex = buildRowIndex<rowIndexShape(AttributeCodecTable)>(AttributeCodecTable);
+} // namespace
+extern constexpr RowIndex AttributeCodecIndex = kAttributeCodecIndex.view();
 
 } // namespace trov

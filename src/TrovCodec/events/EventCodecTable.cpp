@@ -154,7 +154,11 @@ extern constexpr EventCodecRow FPEventCodecTable[] = {
 };
 
 // The lookup indexes of the two tables above, built at compile time.
-extern constexpr RowIndex FUEventCodecIndex = kRowIndexOf<FUEventCodecTable>.view();
-extern constexpr RowIndex FPEventCodecIndex = kRowIndexOf<FPEventCodecTable>.view();
+namespace {
+constexpr auto kFUEventCodecIndex = buildRowIndex<rowIndexShape(FUEventCodecTable)>(FUEventCodecTable);
+constexpr auto kFPEventCodecIndex = buildRowIndex<rowIndexShape(FPEventCodecTable)>(FPEventCodecTable);
+} // namespace
+extern constexpr RowIndex FUEventCodecIndex = kFUEventCodecIndex.view();
+extern constexpr RowIndex FPEventCodecIndex = kFPEventCodecIndex.view();
 
 } // namespace trov

@@ -206,8 +206,12 @@ extern constexpr BodyCodecRow FPCodecTable[] = {
 };
 
 // The lookup indexes of the two tables above, built at compile time.
-extern constexpr RowIndex FUCodecIndex = kRowIndexOf<FUCodecTable>.view();
-extern constexpr RowIndex FPCodecIndex = kRowIndexOf<FPCodecTable>.view();
+namespace {
+constexpr auto kFUCodecIndex = buildRowIndex<rowIndexShape(FUCodecTable)>(FUCodecTable);
+constexpr auto kFPCodecIndex = buildRowIndex<rowIndexShape(FPCodecTable)>(FPCodecTable);
+} // namespace
+extern constexpr RowIndex FUCodecIndex = kFUCodecIndex.view();
+extern constexpr RowIndex FPCodecIndex = kFPCodecIndex.view();
 
 namespace {
 

@@ -5,7 +5,8 @@ set(parts
   records src/TrovCodec/api/TrovRecords.h
   codes src/TrovCodec/api/TrovCodes.h
   checks tests/api/PublicRecordsChecks.inc
-  encode src/TrovCodec/api/TrovEncode.h)
+  encode src/TrovCodec/api/TrovEncode.h
+  types src/TrovCodec/api/TrovTypes.hpp)
 set(stale "")
 while(parts)
   list(POP_FRONT parts part file)

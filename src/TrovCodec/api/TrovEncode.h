@@ -20,587 +20,587 @@ extern "C" {
 #endif
 
 static inline TrovResult TROV_EncodeBody_0001(HeaderInfo *info, const BlockBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0001;
+    if (info) info->code = 0x0001;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0002(HeaderInfo *info, const U32U16PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0002;
+    if (info) info->code = 0x0002;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0003(HeaderInfo *info, const U32AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0003;
+    if (info) info->code = 0x0003;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0004(HeaderInfo *info, const U32U16Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0004;
+    if (info) info->code = 0x0004;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0005(HeaderInfo *info, const U32TripleByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0005;
+    if (info) info->code = 0x0005;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0006(HeaderInfo *info, const U32StringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0006;
+    if (info) info->code = 0x0006;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0007(HeaderInfo *info, const U32PairByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0007;
+    if (info) info->code = 0x0007;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0008(HeaderInfo *info, const U16AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0008;
+    if (info) info->code = 0x0008;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0009(HeaderInfo *info, const U32LongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0009;
+    if (info) info->code = 0x0009;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_000B(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x000B;
+    if (info) info->code = 0x000B;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_000C(HeaderInfo *info, const ByteU32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x000C;
+    if (info) info->code = 0x000C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_000D(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x000D;
+    if (info) info->code = 0x000D;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_000E(HeaderInfo *info, const U32TripleBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x000E;
+    if (info) info->code = 0x000E;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_000F(HeaderInfo *info, const U32PairBytePairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x000F;
+    if (info) info->code = 0x000F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0010(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0010;
+    if (info) info->code = 0x0010;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0011(HeaderInfo *info, const ByteU32TripleBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0011;
+    if (info) info->code = 0x0011;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0012(HeaderInfo *info, const AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0012;
+    if (info) info->code = 0x0012;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0013(HeaderInfo *info, const ByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0013;
+    if (info) info->code = 0x0013;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0014(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0014;
+    if (info) info->code = 0x0014;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0015(HeaderInfo *info, const AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0015;
+    if (info) info->code = 0x0015;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0016(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0016;
+    if (info) info->code = 0x0016;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0017(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0017;
+    if (info) info->code = 0x0017;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0018(HeaderInfo *info, const AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0018;
+    if (info) info->code = 0x0018;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0019(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0019;
+    if (info) info->code = 0x0019;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_001A(HeaderInfo *info, const StringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x001A;
+    if (info) info->code = 0x001A;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_001B(HeaderInfo *info, const U16StringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x001B;
+    if (info) info->code = 0x001B;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_001C(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x001C;
+    if (info) info->code = 0x001C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_001D(HeaderInfo *info, const MethodBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x001D;
+    if (info) info->code = 0x001D;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_001F(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x001F;
+    if (info) info->code = 0x001F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0020(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0020;
+    if (info) info->code = 0x0020;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0021(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0021;
+    if (info) info->code = 0x0021;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0022(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0022;
+    if (info) info->code = 0x0022;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0023(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0023;
+    if (info) info->code = 0x0023;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0024(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0024;
+    if (info) info->code = 0x0024;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0025(HeaderInfo *info, const U32ByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0025;
+    if (info) info->code = 0x0025;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0026(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0026;
+    if (info) info->code = 0x0026;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0027(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0027;
+    if (info) info->code = 0x0027;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0028(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0028;
+    if (info) info->code = 0x0028;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0029(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0029;
+    if (info) info->code = 0x0029;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_002A(HeaderInfo *info, const U32ByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x002A;
+    if (info) info->code = 0x002A;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_002B(HeaderInfo *info, const U16U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x002B;
+    if (info) info->code = 0x002B;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_002C(HeaderInfo *info, const U32QuadByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x002C;
+    if (info) info->code = 0x002C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_002E(HeaderInfo *info, const U16Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x002E;
+    if (info) info->code = 0x002E;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0030(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0030;
+    if (info) info->code = 0x0030;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0031(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0031;
+    if (info) info->code = 0x0031;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0032(HeaderInfo *info, const AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0032;
+    if (info) info->code = 0x0032;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0033(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0033;
+    if (info) info->code = 0x0033;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0035(HeaderInfo *info, const U32U16AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0035;
+    if (info) info->code = 0x0035;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0036(HeaderInfo *info, const U32ByteStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0036;
+    if (info) info->code = 0x0036;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0037(HeaderInfo *info, const U32StringByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0037;
+    if (info) info->code = 0x0037;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0038(HeaderInfo *info, const U32PairLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0038;
+    if (info) info->code = 0x0038;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0039(HeaderInfo *info, const U32LongStringByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0039;
+    if (info) info->code = 0x0039;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_003A(HeaderInfo *info, const ByteStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x003A;
+    if (info) info->code = 0x003A;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_003B(HeaderInfo *info, const U32PairAttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x003B;
+    if (info) info->code = 0x003B;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_003C(HeaderInfo *info, const U32U16U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x003C;
+    if (info) info->code = 0x003C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_003F(HeaderInfo *info, const ByteAttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x003F;
+    if (info) info->code = 0x003F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0040(HeaderInfo *info, const U32StringPairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0040;
+    if (info) info->code = 0x0040;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0044(HeaderInfo *info, const U16PairStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0044;
+    if (info) info->code = 0x0044;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0045(HeaderInfo *info, const ByteU32QuadBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0045;
+    if (info) info->code = 0x0045;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0046(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0046;
+    if (info) info->code = 0x0046;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0047(HeaderInfo *info, const U32TripleU16PairByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0047;
+    if (info) info->code = 0x0047;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0048(HeaderInfo *info, const U32QuadByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0048;
+    if (info) info->code = 0x0048;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0049(HeaderInfo *info, const U32PairU16Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0049;
+    if (info) info->code = 0x0049;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_004A(HeaderInfo *info, const U32ByteU32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x004A;
+    if (info) info->code = 0x004A;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_004C(HeaderInfo *info, const U32PairU16Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x004C;
+    if (info) info->code = 0x004C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_004D(HeaderInfo *info, const EventListBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x004D;
+    if (info) info->code = 0x004D;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_004E(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x004E;
+    if (info) info->code = 0x004E;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_004F(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x004F;
+    if (info) info->code = 0x004F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0050(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0050;
+    if (info) info->code = 0x0050;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0051(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0051;
+    if (info) info->code = 0x0051;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0052(HeaderInfo *info, const U16Bytes12Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0052;
+    if (info) info->code = 0x0052;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0053(HeaderInfo *info, const U32U16LongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0053;
+    if (info) info->code = 0x0053;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0054(HeaderInfo *info, const U16LongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0054;
+    if (info) info->code = 0x0054;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0055(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0055;
+    if (info) info->code = 0x0055;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0056(HeaderInfo *info, const U32PairAttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0056;
+    if (info) info->code = 0x0056;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0057(HeaderInfo *info, const U32U16U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0057;
+    if (info) info->code = 0x0057;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0058(HeaderInfo *info, const U32ByteU32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0058;
+    if (info) info->code = 0x0058;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_005C(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x005C;
+    if (info) info->code = 0x005C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_005D(HeaderInfo *info, const U16U32StringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x005D;
+    if (info) info->code = 0x005D;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_005E(HeaderInfo *info, const U32PairStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x005E;
+    if (info) info->code = 0x005E;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_005F(HeaderInfo *info, const ByteLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x005F;
+    if (info) info->code = 0x005F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0060(HeaderInfo *info, const U32QuadByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0060;
+    if (info) info->code = 0x0060;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0061(HeaderInfo *info, const U32PairStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0061;
+    if (info) info->code = 0x0061;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0062(HeaderInfo *info, const U32ByteLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0062;
+    if (info) info->code = 0x0062;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0065(HeaderInfo *info, const EmptyBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0065;
+    if (info) info->code = 0x0065;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0066(HeaderInfo *info, const U16ByteStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0066;
+    if (info) info->code = 0x0066;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0067(HeaderInfo *info, const U32PairStringByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0067;
+    if (info) info->code = 0x0067;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0068(HeaderInfo *info, const U16PairLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0068;
+    if (info) info->code = 0x0068;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0069(HeaderInfo *info, const U32ByteAttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0069;
+    if (info) info->code = 0x0069;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_006A(HeaderInfo *info, const U16PairAttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x006A;
+    if (info) info->code = 0x006A;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_006B(HeaderInfo *info, const BytePairStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x006B;
+    if (info) info->code = 0x006B;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_006C(HeaderInfo *info, const U32StringU16Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x006C;
+    if (info) info->code = 0x006C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_006D(HeaderInfo *info, const ByteU16StringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x006D;
+    if (info) info->code = 0x006D;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_006E(HeaderInfo *info, const U16LongStringByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x006E;
+    if (info) info->code = 0x006E;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_006F(HeaderInfo *info, const U32TripleStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x006F;
+    if (info) info->code = 0x006F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0070(HeaderInfo *info, const U32U16PairStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0070;
+    if (info) info->code = 0x0070;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0071(HeaderInfo *info, const U32PairByteStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0071;
+    if (info) info->code = 0x0071;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0072(HeaderInfo *info, const U16Bytes16Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0072;
+    if (info) info->code = 0x0072;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0073(HeaderInfo *info, const U16PairLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0073;
+    if (info) info->code = 0x0073;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0074(HeaderInfo *info, const U32U16StringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0074;
+    if (info) info->code = 0x0074;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0075(HeaderInfo *info, const U32LongStringPairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0075;
+    if (info) info->code = 0x0075;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0076(HeaderInfo *info, const U32ByteU32TripleBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0076;
+    if (info) info->code = 0x0076;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0077(HeaderInfo *info, const U32ByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0077;
+    if (info) info->code = 0x0077;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0078(HeaderInfo *info, const U32U16ByteStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0078;
+    if (info) info->code = 0x0078;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0079(HeaderInfo *info, const ByteU32LongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0079;
+    if (info) info->code = 0x0079;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_007A(HeaderInfo *info, const U32ByteBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x007A;
+    if (info) info->code = 0x007A;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_007B(HeaderInfo *info, const U32Body *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x007B;
+    if (info) info->code = 0x007B;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_007C(HeaderInfo *info, const U32PairLongStringPairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x007C;
+    if (info) info->code = 0x007C;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_007D(HeaderInfo *info, const U16U32AttributeBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x007D;
+    if (info) info->code = 0x007D;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_007E(HeaderInfo *info, const U32BytePairStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x007E;
+    if (info) info->code = 0x007E;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_007F(HeaderInfo *info, const U16TripleStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x007F;
+    if (info) info->code = 0x007F;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0080(HeaderInfo *info, const U32PairU16LongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0080;
+    if (info) info->code = 0x0080;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0081(HeaderInfo *info, const U32TripleLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0081;
+    if (info) info->code = 0x0081;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0082(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0082;
+    if (info) info->code = 0x0082;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0083(HeaderInfo *info, const U32U16PairByteLongStringBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0083;
+    if (info) info->code = 0x0083;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0084(HeaderInfo *info, const U32StringPairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0084;
+    if (info) info->code = 0x0084;
     return TROV_EncodeFU(info, record, output);
 }
 
 static inline TrovResult TROV_EncodeBody_0085(HeaderInfo *info, const U32PairBody *record, EncodeOutput *output) {
-    if (info != 0) info->code = 0x0085;
+    if (info) info->code = 0x0085;
     return TROV_EncodeFU(info, record, output);
 }
 

@@ -75,6 +75,10 @@ void *heapAlloc(uint32_t size) {
 
 void *heapRealloc(void *p, uint32_t size) {
     if (TROV_SEAM_FAILS()) return nullptr;
+#if defined(TROV_ALLOC_SEAM)
+    // Found before the reallocation: p may not be looked at after it.
+    AllocationLog::Block *b = loggedBlock(p);
+#endif
 #if defined(_WIN32)
     void *grown = LocalReAlloc(p, size, 0); // flags 0: grow in place or fail
 #else
@@ -82,7 +86,6 @@ void *heapRealloc(void *p, uint32_t size) {
 #endif
 #if defined(TROV_ALLOC_SEAM)
     // A logged block keeps its entry; one from before the log is added whole.
-    AllocationLog::Block *b = loggedBlock(p);
     const uint32_t known = b == nullptr ? size : (b->size < size ? b->size : size);
     if (b != nullptr && grown != nullptr) b->pointer = grown;
     TROV_SEAM_LOG(grown, size, known);

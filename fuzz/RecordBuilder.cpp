@@ -1,49 +1,40 @@
 // The record builder of the encode fuzz targets (see RecordBuilder.h).
 #include "RecordBuilder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <utility>
 
-#include "api/LayoutRegistry.h"
 #include "attributes/DataTypes.h"
-#include "attributes/FixedValueCodec.h"
 #include "attributes/FixedValueTypes.h"
-#include "attributes/RecordValueCodec.h"
 #include "attributes/RecordValueTypes.h"
 #include "attributes/StructureValueTypes.h"
-#include "units/FunctionUnitBodies.h"
+#include "attributes/ValueForms.h"
+#include "engine/Field.h"
+#include "units/MethodCodecs.h"
 
 namespace trovfuzz {
 
 using namespace trov;
+using describe::Frame;
 
 void fail(const char *what) {
     std::fprintf(stderr, "broken invariant: %s\n", what);
     __builtin_trap();
 }
 
-void storeWidth(uint8_t *p, uint32_t width, uint32_t value) {
-    switch (width) {
-    case 1: *p = static_cast<uint8_t>(value); break;
-    case 2: {
-        const auto v = static_cast<uint16_t>(value);
-        std::memcpy(p, &v, 2);
-        break;
-    }
-    default: std::memcpy(p, &value, 4); break;
-    }
+size_t FuzzInput::take(uint8_t *dst, size_t n) {
+    const size_t k = n < size_ - at_ ? n : size_ - at_;
+    if (k != 0) std::memcpy(dst, data_ + at_, k);
+    at_ += k;
+    return k;
 }
 
 void FuzzInput::fill(uint8_t *dst, size_t n) {
-    size_t k = n < 16 ? n : 16;
-    if (k > size_ - at_) k = size_ - at_;
-    if (k == 0) return;
-    std::memcpy(dst, data_ + at_, k);
-    at_ += k;
-    for (size_t done = k; done < n;) { // repeat what was taken, doubling
+    const size_t k = take(dst, n < 16 ? n : 16);
+    for (size_t done = k; k != 0 && done < n;) { // repeat what was taken, doubling
         const size_t step = done < n - done ? done : n - done;
         std::memcpy(dst + done, dst, step);
         done += step;
@@ -54,48 +45,18 @@ void FuzzInput::fill(uint8_t *dst, size_t n) {
 
 namespace {
 
-// The data types' own string-array types, as plans.
-const std::array<Plan, 2> kOwnLayouts = {valuePlan(kOwnRecordTypes[0].fields), valuePlan(kOwnRecordTypes[1].fields)};
-
 constexpr size_t kRows = 282;
 constexpr size_t kPlainByteRow = 6; // a single byte, no nesting
-
-// Record layouts parsed once, in kRecordValueTypes order; a selector type's
-// four variants sit in their own array.
-const std::vector<Plan> &recordLayouts() {
-    static const std::vector<Plan> layouts = [] {
-        std::vector<Plan> v;
-        for (const RecordValueType &t : kRecordValueTypes) v.push_back(valuePlan(t.fields));
-        return v;
-    }();
-    return layouts;
-}
-const std::array<Plan, 4> &selectorVariants() {
-    static const std::array<Plan, 4> variants = [] {
-        std::array<Plan, 4> v{};
-        for (const RecordValueType &t : kRecordValueTypes)
-            if (t.variants != nullptr)
-                for (int i = 0; i < 4; ++i) v[i] = valuePlan(t.variants->variant[i]);
-        return v;
-    }();
-    return variants;
-}
 
 // Value types by attribute row (1 to 282).
 const std::array<ValueType, kRows + 1> &rowTypes() {
     static const std::array<ValueType, kRows + 1> types = [] {
         std::array<ValueType, kRows + 1> t{};
-        for (const FixedValueType &f : kFixedValueTypes)
-            t[f.row] = {ValueType::Family::Fixed, f.prefixBytes, &f, nullptr, nullptr};
-        for (size_t i = 0; i < std::size(kRecordValueTypes); ++i) {
-            const RecordValueType &r = kRecordValueTypes[i];
-            if (r.variants != nullptr)
-                t[r.row] = {ValueType::Family::Selector, 0, nullptr, selectorVariants().data(), nullptr};
-            else
-                t[r.row] = {ValueType::Family::Record, r.prefixBytes, nullptr, &recordLayouts()[i], nullptr};
-        }
-        for (const StructureValueType &s : kStructureValueTypes)
-            t[s.row] = {ValueType::Family::Structure, 0, nullptr, nullptr, s.fields};
+        for (const FixedValueType &f : kFixedValueTypes) t[f.row] = {ValueType::Family::Fixed, f.prefixBytes};
+        for (const RecordValueType &r : kRecordValueTypes)
+            t[r.row] = r.variants != nullptr ? ValueType{ValueType::Family::Selector, 0}
+                                             : ValueType{ValueType::Family::Record, r.prefixBytes};
+        for (const StructureValueType &s : kStructureValueTypes) t[s.row] = {ValueType::Family::Structure, 0};
         return t;
     }();
     return types;
@@ -125,36 +86,14 @@ const ValueType &dataType(uint16_t code) {
         for (size_t i = 0; i < t.size(); ++i) {
             const DataTypeRow &d = kDataTypeRows[i];
             if (d.attributeRow != 0) t[i] = rowTypes()[d.attributeRow];
-            else if (d.ownFixed >= 0)
-                t[i] = {ValueType::Family::Fixed, kOwnFixedTypes[d.ownFixed].prefixBytes,
-                        &kOwnFixedTypes[d.ownFixed], nullptr, nullptr};
-            else t[i] = {ValueType::Family::Record, 2, nullptr, &kOwnLayouts[d.ownRecord], nullptr};
+            else if (d.ownFixed >= 0) t[i] = {ValueType::Family::Fixed, kOwnFixedTypes[d.ownFixed].prefixBytes};
+            else t[i] = {ValueType::Family::Record, 2};
         }
         return t;
     }();
     for (size_t i = 0; i < std::size(kDataTypeRows); ++i)
         if (kDataTypeRows[i].code == code) return types[i];
     return kNoType;
-}
-
-const BodyLayout *requestLayout(const BodyCodecRow &row) {
-    const BodyDescriptions *d = bodyDescriptionsOf(&row);
-    return d != nullptr ? d->requestLayout : nullptr;
-}
-
-const BodyLayout *replyLayout(const BodyCodecRow &row) {
-    const BodyDescriptions *d = bodyDescriptionsOf(&row);
-    return d != nullptr ? d->replyLayout : nullptr;
-}
-
-const MethodInfo *methodInfo(uint16_t code) {
-    const size_t i = methodIndex(code);
-    return i < kMethodCount ? &kMethods[i] : nullptr;
-}
-
-const MethodPlans *methodPlans(uint16_t code) {
-    const size_t i = methodIndex(code);
-    return i < kMethodCount ? &kMethodPlans[i] : nullptr;
 }
 
 // ---- the builder ------------------------------------------------------------------
@@ -166,8 +105,32 @@ constexpr uint16_t kInterestingCounts[] = {0,      1,      2,      7,      8,   
 constexpr uint32_t kChoices = std::size(kInterestingCounts) + 4;
 constexpr uint8_t kNullRates[] = {32, 0, 8, 128}; // of 256
 
-uint8_t *slot(uint8_t *base, uint32_t offset) { return base + offset; }
-void storePointer(uint8_t *at, const void *p) { std::memcpy(at, &p, sizeof p); }
+// The record bytes a fixed-size element's fields take, padded to their
+// widest (a scalar-only type reports more).
+size_t fixedBytes(const TrovLayoutInfo &element) {
+    size_t end = 0, align = 1;
+    for (uint16_t i = 0; i < element.fieldCount; ++i) {
+        end = std::max<size_t>(end, element.fields[i].offset + element.fields[i].width);
+        align = std::max<size_t>(align, element.fields[i].width);
+    }
+    return (end + align - 1) / align * align;
+}
+
+// The wire bytes the structure codec counts as a record's fixed size: its
+// scalars and its nested records' (an option list's count and an entry's
+// head are not in it).
+uint32_t structureWire(const TrovLayoutInfo &layout, int depth = 0) {
+    uint32_t total = 0;
+    for (uint16_t i = 0; depth <= 16 && i < layout.fieldCount; ++i) {
+        const TrovFieldInfo &f = layout.fields[i];
+        TrovLayoutInfo nested{};
+        if (f.kindId <= TROV_KIND_U32) total += f.width;
+        if (f.kindId == TROV_KIND_COUNT) total += f.countBytes;
+        if (f.kindId == TROV_KIND_RECORD && TROV_DescribeNested(&f, &nested) == TROV_RESULT_OK)
+            total += structureWire(nested, depth + 1);
+    }
+    return total;
+}
 
 } // namespace
 
@@ -256,344 +219,344 @@ void RecordBuilder::enter() {
     if (depth_ > deepest_) deepest_ = depth_;
 }
 
-void *RecordBuilder::attributeValue(uint16_t id) { return value(attributeType(id)); }
-void *RecordBuilder::dataTypeValue(uint16_t code) { return value(dataType(code)); }
+bool RecordBuilder::inFixedValue() const {
+    return !values_.empty() && values_.back().type.family == ValueType::Family::Fixed;
+}
 
-void *RecordBuilder::value(const ValueType &type) {
-    enter();
-    void *v = nullptr;
-    switch (type.family) {
-    case ValueType::Family::None: v = bytes(16, false); break; // no codec reads it
-    case ValueType::Family::Fixed: v = fixedValue(*type.fixed); break;
-    case ValueType::Family::Record:
-    case ValueType::Family::Selector: v = recordValue(type); break;
-    case ValueType::Family::Structure: {
-        uint8_t *record = block(structRecordSize(type.structure));
-        structure(type.structure, record);
-        v = record;
-        break;
-    }
-    }
-    leave();
+uint32_t RecordBuilder::recordNesting() const { return open_.empty() ? 0 : open_.back().nesting; }
+
+// ---- values and records -----------------------------------------------------------
+
+void *RecordBuilder::attributeValue(uint16_t id) {
+    pending_.push_back({attributeType(id), id});
+    void *v = describe::buildValue({describe::Code::Of::Attribute, nullptr, TROV_PROTOCOL_VERSION}, id, *this);
+    pending_.pop_back();
     return v;
 }
 
-void *RecordBuilder::fixedValue(const FixedValueType &type) {
-    if (type.prefixBytes == 0) { // scalar form only: the element itself
-        uint8_t *element = block(type.layoutBytes());
-        in_.fill(element, type.layoutBytes());
-        return element;
-    }
-    uint8_t *head = block(sizeof(AttributeArrayHeader));
-    const uint16_t n = count(type.prefixBytes, type.wireBytes, type.recordBytes);
-    if (type.prefixBytes == 1) {
-        head[0] = static_cast<uint8_t>(n);
-        head[1] = unusedHighByte();
-    } else {
-        storeWidth(head, 2, n);
-    }
-    storePointer(slot(head, 8), bytes(size_t{n} * type.recordBytes, n != 0));
-    return head;
+void *RecordBuilder::dataTypeValue(uint16_t code) {
+    pending_.push_back({dataType(code), code});
+    void *v = describe::buildValue({describe::Code::Of::DataType, nullptr, TROV_PROTOCOL_VERSION}, code, *this);
+    pending_.pop_back();
+    return v;
 }
 
-void *RecordBuilder::recordValue(const ValueType &type) {
-    if (type.family == ValueType::Family::Selector) {
-        const uint8_t b = in_.u8();
-        if (b >= 0xF0) { // outside 1 to 4: refused before the variant is read
-            refuse();
-            uint8_t *record = block(1);
-            record[0] = (b & 1) != 0 ? 0 : static_cast<uint8_t>(5 + (b & 0x0F));
-            return record;
-        }
-        const uint8_t selector = static_cast<uint8_t>(1 + b % 4);
-        const Plan &variant = type.layout[selector - 1];
-        uint8_t *record = block(8u + variant.record);
-        record[0] = selector;
-        fillFields(variant, record + 8);
-        return record;
-    }
-    const Plan &layout = *type.layout;
-    if (type.prefixBytes == 0) return planRecord(layout, layout.record);
-    uint8_t *head = block(sizeof(AttributeArrayHeader));
-    const uint16_t n = count(2, layout.wireFixed, layout.record, true);
-    storeWidth(head, 2, n);
-    uint8_t *elements = zeroed(size_t{n} * layout.record, n != 0);
-    storePointer(slot(head, 8), elements);
-    if (elements != nullptr)
-        for (uint32_t i = 0; i < n; ++i) fillFields(layout, elements + size_t{i} * layout.record);
-    return head;
-}
-
-void RecordBuilder::attributeEntry(uint8_t *at, EntryContext context) {
-    // A structure drops an attribute its codec refuses and goes on: such a
-    // record encodes, but to bytes that do not decode to it again.
-    const bool outerMustFail = mustFail_, outerNullData = nullData_;
-    if (context == EntryContext::Structure) mustFail_ = nullData_ = false;
-
-    AttributeEntry entry{};
-    entry.id = attributeId();
-    entry.length = in_.u16(); // ignored unless written raw
-    const ValueType &type = attributeType(entry.id);
-    if (type.family != ValueType::Family::None) {
-        void *value = attributeValue(entry.id);
-        if (nullPointer()) {
-            value = nullptr;
-            // Only a fixed-size scalar's size does not depend on its record.
-            if (type.family == ValueType::Family::Fixed && type.prefixBytes == 0) nullData_ = true;
-            else mustFail_ = true;
-        }
-        entry.value = value;
-    } else if (context == EntryContext::Event) { // raw: `length` bytes
-        entry.length = count(2, 1, 1);
-        entry.value = bytes(entry.length, entry.length != 0);
-    } else {
-        mustFail_ = true; // no codec for the identifier
-        entry.value = bytes(16, false);
-    }
-    std::memcpy(at, &entry, sizeof entry);
-
-    if (context == EntryContext::Structure) {
-        bool dropped = mustFail_;
-        if (const trov::AttributeCodecRow *row = trov::lookupAttribute(entry.id, 0); !dropped && row != nullptr) {
-            // The codec may refuse a value this builder does not model as
-            // refused (a size limit of its own, a selector, a nested list
-            // refusing deeper down): a structure drops that too.
-            trov::WireSize size;
-            dropped = row->ops.encCalc(entry.value, 2, &size, 0) != TROV_RESULT_OK;
-        }
-        if (dropped) { // with whatever null bytes it held
-            lossy();
-            nullData_ = false;
-        }
-        mustFail_ = outerMustFail;
-        nullData_ = nullData_ || outerNullData;
-    }
-}
-
-void RecordBuilder::option(uint8_t *kind, uint8_t *length, uint8_t *valueSlot) {
-    const uint8_t b = in_.u8();
-    *kind = b < 0xC0 ? static_cast<uint8_t>(b % 6) : static_cast<uint8_t>(6 + b % 250);
-    uint8_t *value = nullptr;
-    if (*kind >= 6) {
-        *length = static_cast<uint8_t>(count(1, 1, 1));
-        value = bytes(*length, *length != 0);
-    } else {
-        *length = in_.u8(); // the kind decides; the length is not read
-        // The bytes the option encoder reads: u32, u16, or u32 then u16.
-        constexpr uint8_t kValueBytes[] = {0, 4, 4, 2, 2, 6};
-        value = bytes(kValueBytes[*kind], *kind != 0);
-    }
-    storePointer(valueSlot, value);
-}
-
-void RecordBuilder::structure(const StructField *d, uint8_t *record) {
-    // The codec's walk: each field's place depends on whether a count is
-    // pending, and counted fields take the last count-flagged scalar.
-    uint16_t offset = 0;
-    uint16_t pending = 0;
-    for (const StructField *f = d; f->number != 0; ++f) {
-        const StructPlacement place = structPlaceField(*f, offset, pending > 0);
-        uint8_t *at = slot(record, place.at);
-        if (structIsScalar(f->kind)) {
-            if (f->countFlag == 0) {
-                in_.fill(at, f->size);
-            } else {
-                // Size the count for the field that will take it.
-                uint32_t wireEach = 1, recordEach = 1;
-                bool built = false;
-                for (const StructField *next = f + 1; next->number != 0; ++next) {
-                    if (next->kind == kStructArray) {
-                        wireEach = structFixedWireSize(next->nested);
-                        recordEach = next->size;
-                        built = true;
-                    }
-                    if (next->kind == kStructOctets || next->kind == kStructChars || next->kind == kStructArray)
-                        break;
-                }
-                const uint16_t n = count(f->size == 1 ? 1 : 2, wireEach, recordEach, built);
-                // A wider count is taken as its first two bytes in memory:
-                // what lies above them is the host's business.
-                if (f->size == 1) {
-                    at[0] = static_cast<uint8_t>(n);
-                } else {
-                    in_.fill(at, f->size);
-                    std::memcpy(at, &n, 2);
-                }
-                pending = n;
-            }
-        } else {
-            switch (f->kind) {
-            case kStructOctets:
-            case kStructChars:
-                storePointer(at, bytes(pending, pending != 0));
-                pending = 0;
-                break;
-            case kStructNested:
-                enter();
-                structure(f->nested, at);
-                leave();
-                break;
-            case kStructOptions: {
-                const uint16_t n = count(1, 2, sizeof(StructOption), true);
-                at[0] = static_cast<uint8_t>(n);
-                uint8_t *options = zeroed(size_t{n} * sizeof(StructOption), n != 0);
-                storePointer(slot(at, 8), options);
-                if (options != nullptr)
-                    for (uint32_t i = 0; i < n; ++i) {
-                        uint8_t *o = options + size_t{i} * sizeof(StructOption);
-                        option(o, o + 1, o + offsetof(StructOption, value));
-                    }
-                break;
-            }
-            case kStructArray: {
-                uint8_t *elements = zeroed(size_t{pending} * f->size, pending != 0);
-                storePointer(at, elements);
-                if (elements != nullptr)
-                    for (uint32_t i = 0; i < pending; ++i) {
-                        enter();
-                        structure(f->nested, elements + size_t{i} * f->size);
-                        leave();
-                    }
-                pending = 0;
-                break;
-            }
-            case kStructAttribute:
-                attributeEntry(at, EntryContext::Structure);
-                pending = 0;
-                break;
-            default: break;
-            }
-        }
-        offset = place.next;
-    }
-}
-
-// ---- records --------------------------------------------------------------------------
-
-// A record of any layout of the field model: the fields at the plan's
-// offsets, each counted part a count and a pointer to its own block.
-uint8_t *RecordBuilder::planRecord(const Plan &plan, size_t recordBytes) {
-    uint8_t *record = block(recordBytes);
-    fillFields(plan, record);
+void *RecordBuilder::record(const TrovLayoutInfo &layout) {
+    void *record = describe::buildRecord(layout, TROV_PROTOCOL_VERSION, true, *this);
+    check(record != nullptr, "the walk built no record");
     return record;
 }
 
-void RecordBuilder::fillFields(const Plan &plan, uint8_t *record) {
-    // Items are 8-byte elements; other elements are stored as wide as on the wire.
-    auto stride = [](FieldKind kind) -> uint8_t {
-        return kind == FieldKind::ByteU32Items || kind == FieldKind::U32ByteItems ? 8 : kindInfo(kind).wire;
-    };
-    uint16_t pending = 0; // a Count field's value, for the run behind it
-    for (uint8_t i = 0; i < plan.count; ++i) {
-        const Field &f = plan.fields[i];
-        const KindInfo &k = kindInfo(f.kind);
-        uint8_t *field = slot(record, f.offset);
-        switch (f.kind) {
-        case FieldKind::Bytes: in_.fill(field, f.size); break;
-        case FieldKind::Reserved8: in_.fill(field, 1); break;
-        case FieldKind::Buffer: break;
-        case FieldKind::Option: option(field, field + 1, slot(record, f.data)); break;
-        case FieldKind::Count: { // the run that follows takes the count
-            const FieldKind run = plan.fields[i + 1].kind;
-            pending = count(f.prefix, kindInfo(run).wire, stride(run));
-            storeWidth(field, f.prefix, pending);
-            break;
-        }
-        case FieldKind::Attributes:
-        case FieldKind::EventAttributes: {
-            const uint16_t n = count(2, 5, sizeof(AttributeEntry), true);
-            storeWidth(field, 2, n);
-            uint8_t *entries = zeroed(size_t{n} * sizeof(AttributeEntry), n != 0);
-            storePointer(slot(field, offsetof(AttributeList, entries)), entries);
-            const EntryContext context = f.kind == FieldKind::Attributes ? EntryContext::List : EntryContext::Event;
-            if (entries != nullptr)
-                for (uint32_t k = 0; k < n; ++k) attributeEntry(entries + size_t{k} * sizeof(AttributeEntry), context);
-            break;
-        }
-        case FieldKind::Attribute:
-        case FieldKind::TypedValue:
-        case FieldKind::ReservedValue: {
-            // An attribute identifier or a data type, and a value of its type.
-            const bool attribute = f.kind == FieldKind::Attribute;
-            const uint16_t key = attribute ? attributeId() : dataTypeCode();
-            storeWidth(field, 2, key);
-            void *value = attribute ? attributeValue(key) : dataTypeValue(key);
-            if ((attribute ? attributeType(key) : dataType(key)).family == ValueType::Family::None) refuse();
-            if (nullPointer()) {
-                value = nullptr;
-                refuse();
-            }
-            storePointer(slot(record, f.data), value);
-            // A type without reserved room is read over on decoding and its
-            // value not kept.
-            if (f.kind == FieldKind::ReservedValue && reservedValueRoom(key) == 0) lossy();
-            break;
-        }
-        default: {
-            if (!k.counted) {
-                in_.fill(field, k.wire);
-                break;
-            }
-            if (f.prefix == 0 && f.kind != FieldKind::Rest) { // behind its Count: the pointer alone
-                storePointer(slot(record, f.data), bytes(size_t{pending} * stride(f.kind), pending != 0));
-                break;
-            }
-            const uint8_t prefix = f.kind == FieldKind::Rest ? 2 : f.prefix;
-            const uint16_t n = count(prefix, k.wire, stride(f.kind));
-            // A one-byte count leaves the head's next byte to junk: encoders read the first.
-            if (prefix == 1) storeWidth(field, 2, static_cast<uint16_t>(unusedHighByte() << 8 | n));
-            else storeWidth(field, prefix, n);
-            storePointer(slot(record, f.data), bytes(size_t{n} * stride(f.kind), n != 0));
-            break;
-        }
-        }
-    }
-}
-
-void *RecordBuilder::bodyRecord(const BodyLayout &layout) { return planRecord(*layout.plan, layout.recordBytes); }
-
-void RecordBuilder::methodParams(const Plan &plan, MethodBody &body) {
-    if (plan.count == 0) { // nothing is read
-        body.params = bytes(4, false);
-        return;
-    }
-    uint8_t *params = planRecord(plan, plan.record);
-    if (nullPointer()) {
-        params = nullptr;
-        refuse();
-    }
-    body.params = params;
-}
-
-MethodBody *RecordBuilder::methodBody() {
-    auto *body = reinterpret_cast<MethodBody *>(block(sizeof(MethodBody)));
-    in_.fill(reinterpret_cast<uint8_t *>(&body->value0), 4);
-    body->method = methodCode();
-    if (const MethodPlans *plans = methodPlans(body->method)) {
-        body->paramsLength = in_.u16(); // the record says how long it is
-        methodParams(plans->request, *body);
-    } else if (body->method >= 0x2000) { // raw bytes, as long as the record says
-        body->paramsLength = count(2, 1, 1);
-        body->params = bytes(body->paramsLength, body->paramsLength != 0);
-    } else { // no codec for the method
-        refuse();
-        body->paramsLength = in_.u16();
-        body->params = nullptr;
-    }
-    return body;
-}
-
-// 0xC4 and 0xC5: a head whose first 8 bytes point at the structure.
-void *RecordBuilder::structureEvent() {
+void *RecordBuilder::structureEvent(const TrovLayoutInfo &event) {
     uint8_t *head = block(16);
-    uint8_t *body = block(structRecordSize(structure_event::kBody));
-    structure(structure_event::kBody, body);
+    TrovLayoutInfo body{};
+    check(event.fieldCount == 1 && TROV_DescribeNested(event.fields, &body) == TROV_RESULT_OK,
+          "a structure event without its structure");
+    void *structure = record(body);
     if (nullPointer()) {
-        body = nullptr;
+        structure = nullptr;
         refuse();
     }
-    storePointer(head, body);
+    std::memcpy(head, &structure, sizeof structure);
     return head;
+}
+
+// ---- the walk's questions ---------------------------------------------------------
+
+void *RecordBuilder::allocate(size_t n, describe::Block block) {
+    switch (block) {
+    case describe::Block::Record:
+        if (inFixedValue()) { // a fixed-size element: its bytes at once
+            uint8_t *element = this->block(values_.back().fixedBytes);
+            in_.fill(element, values_.back().fixedBytes);
+            return element;
+        }
+        return this->block(n);
+    case describe::Block::Header: return this->block(n);
+    // A fixed-size value's elements are bytes the write pass copies; other
+    // elements a size pass walks.
+    case describe::Block::Elements: return inFixedValue() ? bytes(n, n != 0) : zeroed(n, n != 0);
+    case describe::Block::Data: // filled as the walk hands it over
+        if (nullPointer()) {
+            if (n != 0) nullData_ = true;
+            return nullptr;
+        }
+        return this->block(n);
+    }
+    return nullptr;
+}
+
+bool RecordBuilder::beginRecord(const TrovLayoutInfo &layout, Frame frame) {
+    const bool structure = layout.form == TROV_LAYOUT_STRUCTURE;
+    uint32_t nesting = recordNesting(); // the walk's own records: their holder's
+    switch (frame) {
+    case Frame::Top:
+    case Frame::Params: nesting = structure ? 1 : 0; break;
+    case Frame::Value: { // a structure starts at its value's flag
+        const uint32_t flag = values_.empty() ? 1 : values_.back().flag;
+        nesting = structure && flag == 0 ? 1 : flag;
+        break;
+    }
+    case Frame::Nested:
+    case Frame::Item:
+        enter();
+        nesting = recordNesting() + 1;
+        break;
+    default: break;
+    }
+    open_.push_back({frame, nesting});
+    return true;
+}
+
+bool RecordBuilder::endRecord() {
+    if (open_.back().frame == Frame::Nested || open_.back().frame == Frame::Item) leave();
+    open_.pop_back();
+    return true;
+}
+
+bool RecordBuilder::beginValue(const TrovLayoutInfo &element) {
+    // The flag the library codes the value with: typed values and values of
+    // extended data and event lists travel at 1; a list's values one level
+    // below the list, which sits one below the value holding it; a
+    // structure's entries one below the structure's level.
+    const Pending &p = pending_.back();
+    uint32_t flag = 1;
+    if (p.ownerKind == TROV_KIND_ATTRIBUTES) flag = nestedFlag(nestedFlag(static_cast<uint8_t>(recordNesting())));
+    if (p.ownerKind == TROV_KIND_ENTRY) flag = std::min<uint32_t>(recordNesting() + 1, 0xFF);
+    enter();
+    values_.push_back({p.type, flag, fixedBytes(element)});
+    return true;
+}
+
+void RecordBuilder::endValue() {
+    values_.pop_back();
+    leave();
+}
+
+bool RecordBuilder::code(const describe::Code &code, uint32_t &value) {
+    using Of = describe::Code::Of;
+    switch (code.of) {
+    case Of::Attribute:
+    case Of::DataType:
+    case Of::Entry: {
+        Pending p;
+        p.ownerKind = code.field->kindId;
+        if (p.ownerKind == TROV_KIND_ENTRY) {
+            // A structure drops an attribute its codec refuses and goes on:
+            // what is refused inside it is judged when it is complete.
+            p.savedMustFail = mustFail_;
+            p.savedNullData = nullData_;
+            mustFail_ = nullData_ = false;
+        }
+        p.code = code.of == Of::DataType ? dataTypeCode() : attributeId();
+        p.type = code.of == Of::DataType ? dataType(p.code) : attributeType(p.code);
+        p.known = p.type.family != ValueType::Family::None;
+        pending_.push_back(p);
+        value = p.code;
+        return true;
+    }
+    case Of::Method: {
+        const uint16_t method = methodCode();
+        TrovLayoutInfo params{};
+        paramsKnown_ = TROV_DescribeMethod(method, code.version, 1, &params) == TROV_RESULT_OK &&
+                       params.form != TROV_LAYOUT_RAW;
+        noParams_ = paramsKnown_ && params.form == TROV_LAYOUT_NONE;
+        if (paramsKnown_) paramsLength_ = in_.u16(); // the record says how long it is
+        value = method;
+        return true;
+    }
+    case Of::Option: {
+        const uint8_t b = in_.u8();
+        optionKind_ = b < 0xC0 ? static_cast<uint8_t>(b % 6) : static_cast<uint8_t>(6 + b % 250);
+        value = optionKind_;
+        return true;
+    }
+    case Of::Selector: {
+        const uint8_t b = in_.u8();
+        if (b < 0xF0) {
+            value = 1 + b % 4;
+        } else { // outside 1 to 4: refused before the variant is read
+            refuse();
+            value = (b & 1) != 0 ? 0 : 5 + (b & 0x0F);
+        }
+        return true;
+    }
+    }
+    return false;
+}
+
+bool RecordBuilder::scalar(const TrovFieldInfo &, unsigned width, uint32_t &value) {
+    if (inFixedValue()) return true; // its bytes are in
+    uint8_t wire[4] = {};
+    in_.fill(wire, width);
+    std::memcpy(&value, wire, sizeof value);
+    return true;
+}
+
+bool RecordBuilder::count(const describe::Count &count, uint32_t &value) {
+    using Of = describe::Count::Of;
+    if (count.announced) return true;
+    switch (count.of) {
+    case Of::CountField: {
+        if (count.field->countRecordBytes == 0) { // sized for the run behind it
+            value = this->count(count.prefixBytes, count.elementWire, count.elementBytes);
+            return true;
+        }
+        // A structure's count scalar, sized for the field that takes it.
+        uint32_t wireEach = 1, recordEach = 1;
+        TrovLayoutInfo nested{};
+        const bool records = count.counted != nullptr && count.counted->kindId == TROV_KIND_RECORDS &&
+                             TROV_DescribeNested(count.counted, &nested) == TROV_RESULT_OK;
+        if (records) {
+            wireEach = structureWire(nested);
+            recordEach = nested.recordBytes;
+        }
+        const uint16_t n = this->count(count.prefixBytes == 1 ? 1 : 2, wireEach, recordEach, records);
+        if (count.prefixBytes == 1) {
+            value = n;
+            return true;
+        }
+        // A wider count is taken as its first two bytes in memory: what lies
+        // above them is the host's business.
+        uint8_t scalar[4] = {};
+        in_.fill(scalar, count.prefixBytes);
+        std::memcpy(scalar, &n, 2);
+        std::memcpy(&value, scalar, sizeof value);
+        return true;
+    }
+    case Of::Data: {
+        // A one-byte count leaves the next byte of its slot to junk: encoders read the first.
+        const uint16_t n = this->count(count.prefixBytes, count.elementWire, count.elementBytes);
+        value = count.prefixBytes == 1 ? uint32_t{unusedHighByte()} << 8 | n : n;
+        return true;
+    }
+    case Of::Rest:
+    case Of::Unparsed: value = this->count(2, 1, 1); return true;
+    case Of::Options: value = this->count(1, 2, 16, true); return true;
+    case Of::Entries: value = this->count(2, 5, sizeof(AttributeEntry), true); return true;
+    case Of::Elements:
+        if (inFixedValue()) {
+            const uint16_t n = this->count(count.prefixBytes, count.elementWire, count.elementBytes);
+            value = count.prefixBytes == 1 ? uint32_t{unusedHighByte()} << 8 | n : n;
+        } else {
+            value = this->count(2, count.elementWire, count.elementBytes, true);
+        }
+        return true;
+    case Of::Option: // the kind decides the size of kinds 0 to 5; their length byte is not read
+        value = optionKind_ >= 6 ? this->count(1, 1, 1) : in_.u8();
+        return true;
+    case Of::Records: return true;
+    }
+    return false;
+}
+
+bool RecordBuilder::bytes(const TrovFieldInfo &, describe::Text, uint8_t *out, size_t size) {
+    if (!inFixedValue()) in_.fill(out, size);
+    return true;
+}
+
+bool RecordBuilder::element(const describe::Numbers &numbers, uint32_t index, uint32_t (&parts)[2]) {
+    // The elements are what one fill of their block leaves: its first bytes repeated.
+    if (index == 0) patternBytes_ = in_.take(pattern_, std::min<size_t>(16, size_t{numbers.count} * numbers.stride));
+    for (unsigned p = 0; p < numbers.parts; ++p) {
+        uint8_t part[4] = {};
+        for (unsigned b = 0; b < numbers.partBytes(p) && patternBytes_ != 0; ++b)
+            part[b] = pattern_[(size_t{index} * numbers.stride + numbers.partOffset(p) + b) % patternBytes_];
+        std::memcpy(&parts[p], part, sizeof part);
+    }
+    return true;
+}
+
+bool RecordBuilder::filler(describe::Filler what, uint32_t &value) {
+    switch (what) {
+    case describe::Filler::Reserved: {
+        uint8_t b = 0;
+        in_.fill(&b, 1);
+        value = b;
+        break;
+    }
+    case describe::Filler::EntryLength: value = in_.u16(); break; // ignored unless written raw
+    case describe::Filler::ParamsLength: value = paramsKnown_ ? paramsLength_ : in_.u16(); break;
+    }
+    return true;
+}
+
+describe::Answer RecordBuilder::missing(const describe::Miss &miss, void *&standIn) {
+    using Of = describe::Code::Of;
+    switch (miss.of) {
+    case describe::Miss::Of::Code:
+        if (miss.codeOf == Of::Method) { // no codec for the method
+            refuse();
+            standIn = nullptr;
+        } else if (miss.codeOf != Of::Entry) { // no codec reads it
+            enter();
+            standIn = bytes(16, false);
+            leave();
+            if (miss.field != nullptr) refuse();
+        } else if (pending_.back().ownerKind == TROV_KIND_EVENT_ATTRIBUTES) {
+            return describe::Answer::Unparsed; // an event list writes it raw: `length` bytes
+        } else {
+            mustFail_ = true; // no codec for the identifier
+            standIn = bytes(16, false);
+        }
+        return describe::Answer::StandIn;
+    case describe::Miss::Of::Variant: return describe::Answer::StandIn;
+    case describe::Miss::Of::Depth: fail("a record nested past the walk's bound");
+    case describe::Miss::Of::Layout: fail("a layout the walk cannot build");
+    }
+    return describe::Answer::Stop;
+}
+
+void *RecordBuilder::pointer(const TrovFieldInfo *field, void *value) {
+    if (field == nullptr) { // a method's parameters
+        if (noParams_) { // none: bytes no codec reads, or none at all
+            noParams_ = false;
+            return bytes(4, false);
+        }
+        if (nullPointer()) {
+            value = nullptr;
+            refuse();
+        }
+        return value;
+    }
+    const Pending p = pending_.back();
+    pending_.pop_back();
+    if (field->kindId == TROV_KIND_ATTRIBUTE || field->kindId == TROV_KIND_VALUE ||
+        field->kindId == TROV_KIND_RESERVED_VALUE) {
+        if (nullPointer()) {
+            value = nullptr;
+            refuse();
+        }
+        // A type without reserved room is read over on decoding and its value not kept.
+        if (field->kindId == TROV_KIND_RESERVED_VALUE && reservedValueRoom(p.code) == 0) lossy();
+        return value;
+    }
+    // An attribute entry.
+    if (p.known && nullPointer()) {
+        value = nullptr;
+        // Only a fixed-size scalar's size does not depend on its record.
+        if (p.type.family == ValueType::Family::Fixed && p.type.prefixBytes == 0) nullData_ = true;
+        else mustFail_ = true;
+    }
+    if (field->kindId != TROV_KIND_ENTRY) return value;
+    // A structure drops the attribute when its codec refuses it at the level
+    // the structure codes it (the codec may refuse what this builder does not
+    // model as refused: a size limit of its own, a nested list refusing
+    // deeper down), with whatever null bytes it held; such a record encodes,
+    // but to bytes that do not decode to it again.
+    bool dropped = mustFail_;
+    if (const AttributeCodecRow *row = lookupAttribute(p.code, 0); !dropped && row != nullptr) {
+        WireSize size;
+        const auto flag = static_cast<uint8_t>(std::min<uint32_t>(recordNesting() + 1, 0xFF));
+        dropped = row->ops.encCalc(value, flag, &size, 0) != TROV_RESULT_OK;
+    }
+    if (dropped) {
+        lossy();
+        nullData_ = false;
+    }
+    mustFail_ = p.savedMustFail;
+    nullData_ = nullData_ || p.savedNullData;
+    return value;
 }
 
 } // namespace trovfuzz

@@ -7,23 +7,25 @@
 // choice (a small count, a pointer that is set, a known identifier), so every
 // input ends in a small record.
 //
-// Records are laid out from the library's own descriptions: body field
-// lists, method plans, the value types of the attribute table, structure
-// descriptors and event plans. Each non-null pointer points at a separate
-// heap block of exactly what its count claims, so AddressSanitizer sees an
-// encoder that reads one byte too far; counts reach 0xFFFF and the values
-// that put a total just around 0xFFFF. Memory and work per input are bounded:
-// a count that would pass the budget becomes 0.
+// Records are laid out by the walk over described records (RecordWalk.h),
+// the one the trov tool builds its records with; the builder is its visitor
+// and answers each question from the input. Each non-null pointer points at
+// a separate heap block of exactly what its count claims, so
+// AddressSanitizer sees an encoder that reads one byte too far; counts reach
+// 0xFFFF and the values that put a total just around 0xFFFF. Memory and work
+// per input are bounded: a count that would pass the budget becomes 0.
 //
 // The builder also notes what the record promises: whether an encoder must
 // refuse it (a null pointer behind a count it follows, an identifier or data
 // type without a codec, a selector outside its set) and whether an encoding
 // that succeeds must come back byte for byte through decode and re-encode.
+// Those promises rest on the library's own tables (value families, the
+// nesting flags values are coded at).
 //
 // Decisions, for writing seeds by hand (every multi-byte value big-endian):
 //   hostility  the first byte: bits 0-1 how often a pointer stays null
 //              (1 in 8, never, 1 in 32, 1 in 2); bit 2 junk in the unused
-//              high byte of one-byte counts
+//              high byte of one-byte counts kept in two bytes
 //   count      one byte b: below 0xA0 b % 10; below 0xF0 interesting value
 //              (b - 0xA0) % 20: 0, 1, 2, 7, 8, 0xFF, 0x100, 0x101, 0xFFF8 to
 //              0xFFFF, then the four counts around the 16-bit boundary of the
@@ -37,9 +39,12 @@
 //   data type  one byte b: below 0xF0 the (b % 15)th of 0x02 to 0x09, 0x15,
 //              0x14, 0x17, 0x16, 0x18, 0x19, 0x1A; else the next two bytes
 //   selector   one byte b: below 0xF0 1 + b % 4; else outside 1 to 4
-//   option     one byte b: below 0xC0 kind b % 6; else kind 6 + b % 250
+//   option     one byte b: below 0xC0 kind b % 6; else kind 6 + b % 250;
+//              then the length (kinds from 6 a count, else a byte) and the
+//              value's bytes as they travel
 //   method     one byte b: below 0xC0 kMethods[b % 87]; else the next two bytes
-// Scalars and byte blocks take up to 16 bytes of input and repeat them.
+// Scalars and byte blocks take up to 16 bytes of input and repeat them, a
+// fixed-size value's element (or all its elements) at once.
 #pragma once
 
 #include <cstddef>
@@ -47,15 +52,10 @@
 #include <memory>
 #include <vector>
 
+#include "RecordWalk.h"
 #include "TrovCodec.h"
+#include "TrovLayout.h"
 #include "api/Dispatch.h"
-#include "attributes/FixedValueType.h"
-#include "attributes/RecordValueType.h"
-#include "engine/StructureCodec.h"
-#include "events/AttributeEvents.h"
-#include "events/StringEvents.h"
-#include "units/BodyLayout.h"
-#include "units/MethodCodecs.h"
 
 namespace trovfuzz {
 
@@ -80,6 +80,8 @@ public:
     }
     // Fills n bytes with up to 16 bytes of input, repeated.
     void fill(uint8_t *dst, size_t n);
+    // Copies up to n bytes of input; how many there were.
+    size_t take(uint8_t *dst, size_t n);
 
 private:
     const uint8_t *data_;
@@ -87,14 +89,13 @@ private:
     size_t at_ = 0;
 };
 
-// What a value of an attribute row or a data type looks like in memory.
+// What a value of an attribute row or a data type is, as far as the
+// builder's promises go: whether a codec reads it, and whether it is a
+// fixed-size one (whose null value only the write pass would copy).
 struct ValueType {
     enum class Family : uint8_t { None, Fixed, Record, Selector, Structure };
     Family family = Family::None;
-    uint8_t prefixBytes = 0;                      // the array form's count prefix; 0 scalar only
-    const trov::FixedValueType *fixed = nullptr;  // Fixed
-    const trov::Plan *layout = nullptr;            // Record: the element; Selector: variants 1 to 4
-    const trov::StructField *structure = nullptr; // Structure
+    uint8_t prefixBytes = 0; // the array form's count prefix; 0 scalar only
 };
 
 // The value type of the attribute codec row the library finds for an
@@ -103,19 +104,7 @@ const ValueType &attributeType(uint16_t id);
 // The value type of a data-type code; Family::None for a code without a codec.
 const ValueType &dataType(uint16_t code);
 
-// Which layout a function-unit row encodes requests with and decodes replies
-// with: found by matching the row's operations against those of every
-// layout of the body table. Null for the method invocation (0x1d), and for
-// the request of a row without an encoder.
-const trov::BodyLayout *requestLayout(const trov::BodyCodecRow &row);
-const trov::BodyLayout *replyLayout(const trov::BodyCodecRow &row);
-
-// The kMethods row of a method code; null for codes without one.
-const trov::MethodInfo *methodInfo(uint16_t code);
-const trov::MethodPlans *methodPlans(uint16_t code);
-
-
-class RecordBuilder {
+class RecordBuilder final : public trov::describe::RecordBuilder {
 public:
     // Reads the hostility byte.
     RecordBuilder(const uint8_t *data, size_t size);
@@ -167,43 +156,68 @@ public:
     void *dataTypeValue(uint16_t code);
 
     // ---- records ----
-    void *bodyRecord(const trov::BodyLayout &layout);
-    MethodBody *methodBody();
-    void *event(const trov::Plan &plan) { return planRecord(plan, plan.record); }
-    void *structureEvent(); // 0xC4, 0xC5
+    // A request body (a method invocation included) or an event record.
+    void *record(const TrovLayoutInfo &layout);
+    // Events 0xC4 and 0xC5 (`event` their layout): a head whose first 8 bytes
+    // point at the structure.
+    void *structureEvent(const TrovLayoutInfo &event);
+
+    // ---- the walk's questions ----
+    void *allocate(size_t bytes, trov::describe::Block block) override;
+    bool beginRecord(const TrovLayoutInfo &layout, trov::describe::Frame frame) override;
+    bool endRecord() override;
+    bool beginValue(const TrovLayoutInfo &element) override;
+    void endValue() override;
+    bool code(const trov::describe::Code &code, uint32_t &value) override;
+    bool scalar(const TrovFieldInfo &field, unsigned width, uint32_t &value) override;
+    bool count(const trov::describe::Count &count, uint32_t &value) override;
+    bool bytes(const TrovFieldInfo &field, trov::describe::Text text, uint8_t *out, size_t size) override;
+    bool element(const trov::describe::Numbers &numbers, uint32_t index, uint32_t (&parts)[2]) override;
+    bool filler(trov::describe::Filler what, uint32_t &value) override;
+    trov::describe::Answer missing(const trov::describe::Miss &miss, void *&standIn) override;
+    void *pointer(const TrovFieldInfo *field, void *value) override;
 
 private:
-    // Where an attribute entry is encoded: a list refuses what it cannot
-    // code; an event list writes an identifier without a codec raw; a
-    // structure drops an attribute its codec refuses.
-    enum class EntryContext : uint8_t { List, Event, Structure };
-
     static constexpr size_t kMaxBytes = size_t{8} << 20;
     static constexpr uint32_t kMaxElements = 1u << 14;
     // Values nest at most this deep; past it identifiers name a plain byte.
-    static constexpr int kMaxDepth = 40;
+    // It leaves the walk's own bound room for what nests below a last value
+    // (a structure's records, the value of a plain byte).
+    static constexpr int kMaxDepth = trov::describe::kMaxDepth - 8;
     // Deeper than this the library's nesting bounds may refuse a value, and
     // the structure codec then drops it, so no round trip is promised. The
     // library's nesting flag grows by up to two per level (a value in the
     // attribute list of a record value), and structures stop at 16.
     static constexpr int kFaithfulDepth = 7;
 
-    void *value(const ValueType &type);
-    void *fixedValue(const trov::FixedValueType &type);
-    void *recordValue(const ValueType &type);
-    void fillFields(const trov::Plan &plan, uint8_t *record);
-    // An AttributeEntry at `entry`: identifier, length, value.
-    void attributeEntry(uint8_t *entry, EntryContext context);
-    // The record of descriptor d at `record` (structRecordSize(d) zeroed
-    // bytes), laid out as the structure codec's walk places its fields.
-    void structure(const trov::StructField *d, uint8_t *record);
-    // An option parameter: its kind, its length and its value pointer.
-    void option(uint8_t *kind, uint8_t *length, uint8_t *valueSlot);
-    void methodParams(const trov::Plan &plan, MethodBody &body);
-    uint8_t *planRecord(const trov::Plan &plan, size_t recordBytes);
+    // A record being built, with the nesting it is coded at: the array flag
+    // of the value holding it (its attribute lists' values are nested below
+    // it), or a structure's level.
+    struct Open {
+        trov::describe::Frame frame;
+        uint32_t nesting;
+    };
+    // A value being built: its type and the flag the library codes it with.
+    struct Value {
+        ValueType type;
+        uint32_t flag;
+        size_t fixedBytes; // a fixed-size element's bytes, filled at once
+    };
+    // The value the next beginValue() opens, and what the entry or typed
+    // value holding it is.
+    struct Pending {
+        ValueType type;
+        uint16_t code = 0;
+        uint8_t ownerKind = 0; // the field's kind: typed value, list or entry
+        bool known = false;
+        bool savedMustFail = false, savedNullData = false;
+    };
+
     // One level of nesting per nested record or value.
     void enter();
     void leave() { --depth_; }
+    bool inFixedValue() const;
+    uint32_t recordNesting() const;
 
     FuzzInput in_;
     uint8_t nullRate_ = 0;
@@ -222,9 +236,19 @@ private:
     uint32_t elementsLeft_ = kMaxElements;
     std::vector<std::unique_ptr<uint8_t[]>> blocks_;
     uint8_t *empty_ = nullptr;
-};
 
-// Stores a value of `width` bytes (1, 2, 4) at p in host order.
-void storeWidth(uint8_t *p, uint32_t width, uint32_t value);
+    std::vector<Open> open_;
+    std::vector<Value> values_;
+    std::vector<Pending> pending_; // per typed value or entry being built
+    uint8_t optionKind_ = 0;
+    // Counted numbers come from one fill of their block: its first bytes.
+    uint8_t pattern_[16] = {};
+    size_t patternBytes_ = 0;
+    // A method's parameters: none (a stand-in block points at nothing
+    // read), and the length the record claims.
+    bool noParams_ = false;
+    bool paramsKnown_ = false;
+    uint16_t paramsLength_ = 0;
+};
 
 } // namespace trovfuzz

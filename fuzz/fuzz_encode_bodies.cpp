@@ -115,33 +115,40 @@ void roundTrip(const HeaderInfo &head, const Bytes &packet, bool faithful) {
 // The size query on every attribute of a body record. Where the body is one
 // attribute among fixed fields and it encoded, the query must report what
 // the encoder wrote for the value.
-void querySizes(const HeaderInfo &head, const trov::BodyLayout &layout, const void *record,
-                const Bytes &packet, TrovResult encoded) {
+void querySizes(const HeaderInfo &head, const TrovLayoutInfo &layout, const void *record, const Bytes &packet,
+                TrovResult encoded) {
     uint32_t others = 0;
     int attributes = 0;
     bool fixedOthers = true;
     uint16_t size = 0;
     TrovResult sized = TROV_RESULT_OK;
     const auto *base = static_cast<const uint8_t *>(record);
-    for (uint8_t i = 0; i < layout.plan->count; ++i) {
-        const trov::Field &f = layout.plan->fields[i];
-        const trov::KindInfo &k = trov::kindInfo(f.kind);
-        if (f.kind == trov::FieldKind::Attribute) {
+    for (uint16_t i = 0; i < layout.fieldCount; ++i) {
+        const TrovFieldInfo &f = layout.fields[i];
+        if (f.kindId == TROV_KIND_ATTRIBUTE) {
             uint16_t id = 0;
             const void *value = nullptr;
             std::memcpy(&id, base + f.offset, sizeof id);
-            std::memcpy(&value, base + f.data, sizeof value);
+            std::memcpy(&value, base + f.dataOffset, sizeof value);
             sized = TROV_GetAttributePacketSize(&head, id, value, 1, &size);
             ++attributes;
-        } else if (k.counted) {
+        } else if (f.kindId >= TROV_KIND_OCTETS && f.kindId <= TROV_KIND_REST) {
             fixedOthers = false;
         } else {
-            others += f.kind == trov::FieldKind::Bytes ? f.size : k.wire;
+            // The wire bytes of the fixed kinds; the others take none of their own.
+            static const uint8_t wire[] = {0, 1, 2, 4, 0, 0, 12};
+            others += f.kindId == TROV_KIND_BYTES ? f.width : f.kindId < sizeof wire ? wire[f.kindId] : 0;
         }
     }
     if (attributes == 1 && fixedOthers && encoded == TROV_RESULT_OK)
         check(sized == TROV_RESULT_OK && size == packet.size() - TROV_HEADER_LENGTH - others - 2,
               "the size query disagrees with the encoded value");
+}
+
+// Whether the reply of a body reads what its request writes: the two sides
+// are one layout.
+bool sameLayout(const TrovLayoutInfo &a, const TrovLayoutInfo &b) {
+    return a.form == b.form && a.recordBytes == b.recordBytes && a.fieldCount == b.fieldCount && a.fields == b.fields;
 }
 
 } // namespace
@@ -162,16 +169,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     head.value7 = in.u32();
     head.extension = 1; // unit type 1: the reply of every code is decoded
 
-    const trov::BodyLayout *request = requestLayout(row);
-    const void *record = nullptr;
+    TrovLayoutInfo request{}, reply{};
+    check(TROV_DescribeBody(row.code, TROV_PROTOCOL_VERSION, 1, &request) == TROV_RESULT_OK,
+          "an encoding row without a request layout");
+    const void *record = builder.record(request);
     bool roundTrips = false;
-    if (request == nullptr) { // the method invocation
-        const MethodBody *body = builder.methodBody();
-        record = body;
-        roundTrips = methodInfo(body->method) == nullptr && body->method >= 0x2000; // raw
+    if (request.form == TROV_LAYOUT_METHOD_CALL) { // raw parameters round-trip
+        const auto *body = static_cast<const MethodBody *>(record);
+        TrovLayoutInfo params{};
+        roundTrips = TROV_DescribeMethod(body->method, TROV_PROTOCOL_VERSION, 1, &params) == TROV_RESULT_OK &&
+                     params.form == TROV_LAYOUT_RAW;
     } else {
-        record = builder.bodyRecord(*request);
-        roundTrips = request == replyLayout(row);
+        roundTrips = TROV_DescribeBody(row.code, TROV_PROTOCOL_VERSION, 0, &reply) == TROV_RESULT_OK &&
+                     sameLayout(request, reply);
     }
 
     Bytes packet;
@@ -201,6 +211,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         const TrovResult ri = encodeInto(head, record, TROV_HEADER_LENGTH + in.u16(), into);
         check(ri == r || ri == TROV_RESULT_BUFFER_TOO_SMALL, "the result depends on the caller's buffer");
     }
-    if (request != nullptr) querySizes(head, *request, record, packet, r);
+    if (request.form == TROV_LAYOUT_FIELDS) querySizes(head, request, record, packet, r);
     return 0;
 }

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "RecordBuilder.h"
+#include "events/AttributeEvents.h"
+#include "events/StringEvents.h"
 
 namespace {
 
@@ -22,7 +24,7 @@ using Bytes = std::vector<uint8_t>;
 
 using trov::EventCodec;
 
-// Both families' codes, each with its operations and plan (null: 0xC4, 0xC5).
+// Both families' codes, each with its operations.
 const std::vector<EventCodec> &eventCodecs() {
     static const std::vector<EventCodec> codecs = [] {
         std::vector<EventCodec> v(trov::kStringEventCodecs.begin(), trov::kStringEventCodecs.end());
@@ -32,8 +34,13 @@ const std::vector<EventCodec> &eventCodecs() {
     return codecs;
 }
 
+// The event's record as TROV_DescribeEvent describes it; 0xC4 and 0xC5 are
+// a head pointing at their structure.
 void *buildRecord(RecordBuilder &builder, const EventCodec &codec) {
-    return codec.plan != nullptr ? builder.event(*codec.plan) : builder.structureEvent();
+    TrovLayoutInfo layout{};
+    check(TROV_DescribeEvent(codec.code, TROV_PROTOCOL_VERSION, &layout) == TROV_RESULT_OK,
+          "an event without a layout");
+    return layout.form == TROV_LAYOUT_STRUCTURE ? builder.structureEvent(layout) : builder.record(layout);
 }
 
 // Encode into exactly `n` bytes, which it must fill.

@@ -393,7 +393,7 @@ std::vector<ErrorCase> errorCases() {
         {"structure array", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x32cb","value":{"hops":[{"kind":1,"node":2,"name":"x","colour":3}]}}}}})", 2, "/body/fields/id/value/hops/0/colour: no such field"},
         {"structure entry", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x2cf1","value":{"tag":1,"attribute":{"id":1,"value":[]}}}}}})", 2, "/body/fields/id/value/attribute/id: unknown attribute 0x0001 at version 0 (NO_ATTRIBUTE_CODEC)"},
         {"selector value", R"({"header":{"code":18},"body":{"fields":{"id":{"id":"0x013c","value":{"selector":5}}}}})", 2, "/body/fields/id/value/selector: no variant has selector 5"},
-        {"nested too deep", nested(33), 2, "/value/0/attributes0/0/value: values nest deeper than 32 levels"},
+        {"nested too deep", nested(33), 2, "/value/0/attributes0/0/value: nested deeper than 32 levels"},
         {"body too long", R"({"header":{"code":117},"body":{"fields":{"value0":1,"string1":")" + big(40000) + R"(","string2":")" + big(30000) + R"("}}})", 2, "/body: encoding failed: SHORT_INPUT"},
         {"second of an array", "[" + u32 + "1}}}," + R"({"header":{"code":10}}])", 2, "t: /1/header/code: no request layout"},
         {"second line", u32 + "1}}}\n" + u32 + "true}}}\n", 2, "t:2: /body/fields/value0: expected an integer"},

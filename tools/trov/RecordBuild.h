@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "RecordJson.h"
+#include "RecordWalk.h"
 
 namespace trov {
 
@@ -17,6 +18,9 @@ namespace trov {
 class RecordArena {
 public:
     void *allocate(size_t bytes);
+    // Memory for the walk (RecordWalk.h): records and array headers always,
+    // data and elements only when there are some (null for none).
+    void *place(size_t bytes, describe::Block block);
 
 private:
     std::vector<std::unique_ptr<std::byte[]>> blocks_;

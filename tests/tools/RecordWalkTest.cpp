@@ -1,0 +1,371 @@
+// The walk over described records (tools/describe/RecordWalk.h): what the
+// build walk lays out is what the read walk finds, for every layout the
+// library describes, wherever the records sit; and at the codec boundary the
+// records it builds encode to bytes worked out by hand.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "RecordWalk.h"
+#include "TrovLayout.h"
+#include "TrovVersion.h"
+
+namespace {
+
+namespace describe = trov::describe;
+using describe::Code;
+using describe::Count;
+
+constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
+
+// The first attribute (or data type) whose element is plain scalars in array
+// form: what nested values are made of, so that nesting stays small.
+uint16_t plainCode(Code::Of of, uint8_t version) {
+    static uint16_t found[2][2] = {}; // [data type][version 0]
+    uint16_t &code = found[of == Code::Of::DataType][version == 0];
+    for (unsigned c = 1; code == 0 && c < 0x10000; ++c) {
+        TrovLayoutInfo l{};
+        const auto key = static_cast<uint16_t>(c);
+        const TrovResult r = of == Code::Of::DataType ? TROV_DescribeDataType(key, version, &l)
+                                                      : TROV_DescribeAttribute(key, version, &l);
+        bool plain = r == TROV_RESULT_OK && l.form == TROV_LAYOUT_FIELDS && l.arrayCountBytes != 0 && l.fieldCount != 0;
+        for (uint16_t i = 0; plain && i < l.fieldCount; ++i) plain = l.fields[i].kindId <= TROV_KIND_U32;
+        if (plain) code = key;
+    }
+    return code;
+}
+
+// A leaf of a record: a number, or bytes.
+using Leaves = std::vector<std::string>;
+std::string number(uint32_t v) { return std::to_string(v); }
+std::string bytes(const uint8_t *p, size_t n) { return "b:" + std::string(reinterpret_cast<const char *>(p), n); }
+
+// Builds records with values that set the high bits, `elements` elements
+// wherever a count is asked (counts given at their count fields, or later),
+// in memory placed at odd addresses when asked; notes every leaf it gives.
+class Sampler : public describe::RecordBuilder {
+public:
+    Sampler(uint32_t elements, bool later, bool misaligned, uint8_t selector)
+        : elements_(elements), later_(later), misaligned_(misaligned), selector_(selector) {}
+    Leaves given;
+
+    void *allocate(size_t n, describe::Block) override {
+        blocks_.push_back(std::make_unique<uint8_t[]>(n + 16));
+        return blocks_.back().get() + (misaligned_ ? 1 : 0);
+    }
+    bool code(const Code &code, uint32_t &value) override {
+        switch (code.of) {
+        case Code::Of::Option: value = ++serial_ % 2 != 0 ? 1 : 7; break;
+        case Code::Of::Selector: value = selector_; break;
+        case Code::Of::DataType: value = plainCode(Code::Of::DataType, code.version); break;
+        default: value = plainCode(Code::Of::Attribute, code.version); break;
+        }
+        given.push_back(number(value));
+        return true;
+    }
+    bool scalar(const TrovFieldInfo &, unsigned width, uint32_t &value) override {
+        value = (0xC0A08070u + ++serial_) >> (32 - 8 * width);
+        given.push_back(number(value));
+        return true;
+    }
+    bool count(const Count &count, uint32_t &value) override {
+        if (count.announced) return true;
+        value = count.of == Count::Of::CountField && later_ ? describe::kLater
+                : count.of == Count::Of::Option            ? 2 // kinds from 6: two bytes
+                : count.of == Count::Of::CountField && count.counted == nullptr ? 0
+                                                                                 : elements_;
+        return true;
+    }
+    bool bytes(const TrovFieldInfo &, describe::Text, uint8_t *out, size_t size) override {
+        for (size_t i = 0; i < size; ++i) out[i] = static_cast<uint8_t>(0xA5 ^ (++serial_ * 7));
+        given.push_back(::bytes(out, size));
+        return true;
+    }
+    bool element(const describe::Numbers &numbers, uint32_t, uint32_t (&parts)[2]) override {
+        for (unsigned p = 0; p < numbers.parts; ++p) {
+            parts[p] = (0xF1E2D3C4u + ++serial_) >> (32 - 8 * numbers.partBytes(p));
+            given.push_back(number(parts[p]));
+        }
+        return true;
+    }
+    describe::Answer missing(const describe::Miss &, void *&) override {
+        given.push_back("missing");
+        return describe::Answer::Stop;
+    }
+
+private:
+    uint32_t elements_;
+    bool later_, misaligned_;
+    uint8_t selector_;
+    uint32_t serial_ = 0;
+    std::vector<std::unique_ptr<uint8_t[]>> blocks_;
+};
+
+// Notes every leaf the read walk finds, but counts, reserved bytes and
+// empty byte runs, which no builder gives.
+class Recorder : public describe::RecordReader {
+public:
+    Leaves found;
+    int tooDeep = 0;
+    int records = 0;
+
+    void beginRecord(const TrovLayoutInfo &) override { ++records; }
+    void member(const TrovFieldInfo &field) override {
+        skip_ = field.kindId == TROV_KIND_COUNT || field.kindId == TROV_KIND_RESERVED;
+    }
+    void endRecord() override {}
+    void beginList(uint32_t) override {}
+    void endList() override {}
+    void number(uint32_t value) override {
+        if (!skip_) found.push_back(::number(value));
+    }
+    void bytes(const uint8_t *data, size_t size, describe::Text) override {
+        if (size != 0) found.push_back(::bytes(data, size));
+    }
+    void numbers(const describe::Numbers &numbers) override {
+        for (uint32_t i = 0; i < numbers.count; ++i)
+            for (unsigned p = 0; p < numbers.parts; ++p) found.push_back(::number(numbers.at(i, p)));
+    }
+    void absent() override { found.push_back("absent"); }
+    void unread(describe::Unread why) override {
+        tooDeep += why == describe::Unread::TooDeep;
+        found.push_back("unread");
+    }
+
+private:
+    bool skip_ = false;
+};
+
+// ---------------------------------------------------------------- every layout
+
+struct Case {
+    std::string name;
+    Code::Of of; // Attribute, DataType: a value; Method: any other record
+    uint16_t code;
+    TrovLayoutInfo layout;
+    bool request;
+    uint8_t selector;
+};
+
+// Every layout of a family the library describes, each once.
+enum class Family { Bodies, Methods, Events, Attributes, DataTypes };
+
+std::vector<Case> layoutsOf(Family family) {
+    std::vector<Case> cases;
+    std::vector<const TrovFieldInfo *> seen;
+    auto add = [&](Code::Of of, unsigned code, const TrovLayoutInfo &l, bool request) {
+        if (l.fieldCount == 0 || std::find(seen.begin(), seen.end(), l.fields) != seen.end()) return;
+        seen.push_back(l.fields);
+        for (uint8_t selector = 1; selector <= (l.form == TROV_LAYOUT_SELECTOR ? 4 : 1); ++selector) {
+            char name[48];
+            std::snprintf(name, sizeof name, "code 0x%04x%s selector %u", code, request ? " request" : "", selector);
+            cases.push_back({name, of, static_cast<uint16_t>(code), l, request, selector});
+        }
+    };
+    for (unsigned code = 0; code < 0x10000; ++code) {
+        const auto key = static_cast<uint16_t>(code);
+        TrovLayoutInfo l{};
+        for (int request = 0; request < 2; ++request) {
+            if (family == Family::Bodies && TROV_DescribeBody(key, kVersion, request, &l) == 0 &&
+                l.form == TROV_LAYOUT_FIELDS)
+                add(Code::Of::Method, code, l, request);
+            if (family == Family::Methods && TROV_DescribeMethod(key, kVersion, request, &l) == 0 &&
+                l.form != TROV_LAYOUT_RAW)
+                add(Code::Of::Method, code, l, request);
+        }
+        if (family == Family::Events && TROV_DescribeEvent(key, kVersion, &l) == 0)
+            add(Code::Of::Method, code, l, false);
+        if (family == Family::Attributes && TROV_DescribeAttribute(key, kVersion, &l) == 0)
+            add(Code::Of::Attribute, code, l, false);
+        if (family == Family::DataTypes && TROV_DescribeDataType(key, kVersion, &l) == 0)
+            add(Code::Of::DataType, code, l, false);
+    }
+    return cases;
+}
+
+class EveryLayout : public testing::TestWithParam<Family> {
+protected:
+    static void SetUpTestSuite() { TROV_InitCoder(); }
+};
+
+// Counts given at their count fields or with their data, elements or none,
+// records at aligned or odd addresses: the walk reads back every value it
+// was given, in order, and nothing else.
+TEST_P(EveryLayout, ReadsBackWhatItBuilt) {
+    struct Way {
+        uint32_t elements;
+        bool later, misaligned;
+    };
+    const std::vector<Case> cases = layoutsOf(GetParam());
+    EXPECT_FALSE(cases.empty());
+    for (const Case &c : cases)
+        for (const Way way : {Way{2, false, false}, Way{2, true, true}, Way{0, false, true}}) {
+            SCOPED_TRACE(c.name + ", " + std::to_string(way.elements) + " elements, counts " +
+                         (way.later ? "later" : "now"));
+            Sampler sampler(way.elements, way.later, way.misaligned, c.selector);
+            Recorder recorder;
+            const Code code{c.of, nullptr, kVersion};
+            if (c.of == Code::Of::Method) {
+                const void *record = describe::buildRecord(c.layout, kVersion, c.request, sampler);
+                ASSERT_NE(record, nullptr) << testing::PrintToString(sampler.given);
+                describe::readRecord(c.layout, record, kVersion, c.request, recorder);
+            } else {
+                const void *value = describe::buildValue(code, c.code, sampler);
+                ASSERT_NE(value, nullptr) << testing::PrintToString(sampler.given);
+                describe::readValue(code, c.code, value, recorder);
+            }
+            EXPECT_EQ(recorder.found, sampler.given);
+        }
+}
+
+std::string familyName(const testing::TestParamInfo<Family> &info) {
+    static const char *const names[] = {"Bodies", "Methods", "Events", "Attributes", "DataTypes"};
+    return names[static_cast<int>(info.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(Described, EveryLayout,
+                         testing::Values(Family::Bodies, Family::Methods, Family::Events, Family::Attributes,
+                                         Family::DataTypes),
+                         familyName);
+
+// ---------------------------------------------------------------- bounds
+
+// Answers every identifier with attribute 0x08CC, whose value is a list of
+// attributes: values inside values, one element and one entry each.
+class Nesting : public Sampler {
+public:
+    Nesting() : Sampler(1, false, false, 1) {}
+    int values = 0, depthMisses = 0;
+    bool code(const Code &, uint32_t &value) override { return value = 0x08CC, true; }
+    bool beginValue(const TrovLayoutInfo &) override { return ++values, true; }
+    describe::Answer missing(const describe::Miss &miss, void *&) override {
+        depthMisses += miss.of == describe::Miss::Of::Depth;
+        return describe::Answer::Stop;
+    }
+};
+
+TEST(RecordWalkBounds, BuildingStopsAtTheDepthBound) {
+    TROV_InitCoder();
+    Nesting nesting;
+    EXPECT_EQ(describe::buildValue({Code::Of::Attribute, nullptr, kVersion}, 0x08CC, nesting), nullptr);
+    EXPECT_EQ(nesting.values, describe::kMaxDepth);
+    EXPECT_EQ(nesting.depthMisses, 1);
+}
+
+// A value whose attribute list holds the value itself is read to the bound.
+TEST(RecordWalkBounds, ReadingACycleStopsAtTheDepthBound) {
+    TROV_InitCoder();
+    Sampler sampler(1, false, false, 1);
+    auto *value = static_cast<AttributeArrayHeader *>(
+        describe::buildValue({Code::Of::Attribute, nullptr, kVersion}, 0x08CC, sampler));
+    ASSERT_NE(value, nullptr);
+    const auto *list = static_cast<const AttributeList *>(value->elements);
+    ASSERT_EQ(list->count, 1);
+    list->entries[0].id = 0x08CC;
+    list->entries[0].value = value;
+    Recorder recorder;
+    describe::readValue({Code::Of::Attribute, nullptr, kVersion}, 0x08CC, value, recorder);
+    EXPECT_EQ(recorder.tooDeep, 1);
+    EXPECT_EQ(recorder.records, 2 * describe::kMaxDepth); // each level: the element and its entry
+}
+
+// ---------------------------------------------------------------- at the codec
+
+// Gives the values of one record from a list, in the order the walk asks.
+class Given : public Sampler {
+public:
+    explicit Given(std::vector<uint32_t> values, std::vector<std::vector<uint8_t>> runs = {})
+        : Sampler(0, false, false, 1), values_(std::move(values)), runs_(std::move(runs)) {}
+    bool code(const Code &, uint32_t &value) override { return next(value); }
+    bool scalar(const TrovFieldInfo &, unsigned, uint32_t &value) override { return next(value); }
+    bool count(const Count &count, uint32_t &value) override { return count.announced || next(value); }
+    bool bytes(const TrovFieldInfo &, describe::Text, uint8_t *out, size_t size) override {
+        if (runs_.empty() || runs_.front().size() != size) return false;
+        std::memcpy(out, runs_.front().data(), size);
+        runs_.erase(runs_.begin());
+        return true;
+    }
+
+private:
+    bool next(uint32_t &value) {
+        if (values_.empty()) return false;
+        value = values_.front();
+        values_.erase(values_.begin());
+        return true;
+    }
+    std::vector<uint32_t> values_;
+    std::vector<std::vector<uint8_t>> runs_;
+};
+
+std::vector<uint8_t> encodeBody(uint16_t code, const void *record) {
+    HeaderInfo info{TROV_PROTOCOL_MARK, kVersion, TROV_FLAG_EXTENSION16, code, 0, 0, 0, 0, 1};
+    EncodeOutput out{nullptr, 0};
+    EXPECT_EQ(TROV_EncodeFU(&info, record, &out), 0u);
+    std::vector<uint8_t> body(out.data + TROV_HEADER_LENGTH, out.data + out.length);
+    trovFree(out.data);
+    return body;
+}
+
+const void *build(uint16_t code, describe::RecordBuilder &builder) {
+    TrovLayoutInfo layout{};
+    EXPECT_EQ(TROV_DescribeBody(code, kVersion, 1, &layout), 0u);
+    return describe::buildRecord(layout, kVersion, true, builder);
+}
+
+// Body 0x1a keeps its u8-counted string's length in two bytes: what lies
+// above the wire's byte is not part of the count.
+TEST(RecordWalkAtTheCodec, ACountIsItsWireBytes) {
+    TROV_InitCoder();
+    Given given({0xEE03}, {{'a', 'b', 'c'}});
+    const void *record = build(0x1a, given);
+    ASSERT_NE(record, nullptr);
+    uint16_t kept = 0;
+    std::memcpy(&kept, record, 2);
+    EXPECT_EQ(kept, 0xEE03);
+    EXPECT_EQ(encodeBody(0x1a, record), (std::vector<uint8_t>{0x03, 'a', 'b', 'c'}));
+}
+
+// Attribute 0x2CED (TrovOptionSet) in body 0x12: options given as they
+// travel are held as the library's option decoder holds them, and encode to
+// the same bytes.
+TEST(RecordWalkAtTheCodec, OptionsTravelAsGiven) {
+    TROV_InitCoder();
+    const std::vector<std::vector<uint8_t>> wire = {
+        {1, 2, 3, 4}, {0x0A, 0x0B}, {0x11, 0x12, 0x13, 0x14, 0x15, 0x16}, {0xAA, 0xBB}};
+    // id, setId, count, then kind and length per option (kind 0: no value).
+    Given given({0x2CED, 0x5A, 5, 1, 4, 3, 2, 5, 6, 7, 2, 0, 0}, wire);
+    const void *record = build(0x12, given);
+    ASSERT_NE(record, nullptr);
+    const auto *body = static_cast<const uint8_t *>(record);
+    const uint8_t *set = nullptr, *options = nullptr;
+    std::memcpy(&set, body + 8, sizeof set);
+    std::memcpy(&options, set + 16, sizeof options);
+    for (size_t i = 0; i < wire.size(); ++i) {
+        const uint8_t *value = nullptr;
+        std::memcpy(&value, options + 16 * i + 8, sizeof value);
+        std::vector<uint8_t> copy = wire[i], decoded(8);
+        PacketCursor cursor{copy.data(), static_cast<uint32_t>(copy.size())};
+        ASSERT_NE(trovDecode_OptionParam(options[16 * i], options[16 * i + 1], decoded.data(), &cursor), nullptr);
+        EXPECT_EQ(std::memcmp(value, decoded.data(), wire[i].size()), 0) << "option " << i;
+    }
+    EXPECT_EQ(encodeBody(0x12, record),
+              (std::vector<uint8_t>{0x2C, 0xED, 0x5A, 0x05, 0x01, 0x04, 1, 2, 3, 4, 0x03, 0x02, 0x0A, 0x0B, 0x05, 0x06,
+                                    0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x07, 0x02, 0xAA, 0xBB, 0x00, 0x00}));
+}
+
+// Attribute 0x32CB (TrovRoute) without hops: the count 0 alone travels, and
+// the empty array's pointer slot is the field's own, right behind the count.
+TEST(RecordWalkAtTheCodec, AnEmptyArrayOfRecords) {
+    TROV_InitCoder();
+    Given given({0x32CB, 0});
+    const void *record = build(0x12, given);
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(encodeBody(0x12, record), (std::vector<uint8_t>{0x32, 0xCB, 0x00}));
+}
+
+} // namespace

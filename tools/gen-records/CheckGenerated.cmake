@@ -3,6 +3,7 @@
 #   cmake -DGEN=build/bin/trov_gen_records -DSOURCE=. [-DUPDATE=ON] -P tools/gen-records/CheckGenerated.cmake
 set(parts
   records src/TrovCodec/api/TrovRecords.h
+  bodies src/TrovCodec/api/TrovBodies.h
   codes src/TrovCodec/api/TrovCodes.h
   checks tests/api/PublicRecordsChecks.inc
   encode src/TrovCodec/api/TrovEncode.h

@@ -12,10 +12,13 @@
 // its record with the BufferDesc that receives the decoded data.
 //
 // Each layout is written once, in FunctionUnitBodies.h, as the public
-// record's members in wire order; the compiler derives the plan from the
-// kinds and checks it against the record's own offsets and size.
+// record's members in wire order. The compiler derives the plan and the
+// record's size from the kinds; the public records (TrovBodies.h) are
+// generated from the layouts, and the compiler checks each record against its
+// layout's offsets and size.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -33,6 +36,10 @@ struct BodyLayout {
     const Plan *plan;     // Fields only
     uint16_t recordBytes; // the public record's size
     const char *name;     // the public record's name
+    // Per plan field: the record member that holds the field's value pointer
+    // where that is a member of its own (an attribute's `value`), else null.
+    // The codecs go by offsets; the records' generator needs the name.
+    const char *const *pointers = nullptr;
 };
 
 constexpr bool hasVariableParts(const BodyLayout &l) {
@@ -61,34 +68,63 @@ constexpr uint16_t minimumLength(const BodyLayout &l) {
     return static_cast<uint16_t>(n);
 }
 
-// Whether the plan puts every field where the public record has it (offsets
-// and pointers from offsetof), and the record is no larger than its fields
-// (a `recordBytes` of 0 leaves the size alone).
-template <size_t N>
-constexpr bool placedAsRecord(const Plan &p, const Field (&given)[N], size_t recordBytes) {
-    if (!p.valid || p.count != N) return false;
-    uint32_t align = 1;
-    for (size_t i = 0; i < N; ++i) {
-        const Field &f = p.fields[i];
-        if (f.offset != given[i].offset || (given[i].data != kNoData && f.data != given[i].data))
-            return false;
-        const uint32_t a = f.data != kNoData ? 8 : kindInfo(f.kind).align;
-        if (a > align) align = a;
-    }
-    return recordBytes == 0 || recordBytes == alignTo(p.fieldsEnd, align);
-}
-
-// The spellings of the body tables: a member of the record R and its kind.
+// The spellings of the body tables: a member of the record R, its kind and,
+// for an attribute, the member that holds the value's pointer.
 namespace body_fields {
-constexpr Field member(Field f, const char *name, size_t offset, size_t data = kNoData) {
+struct Member {
+    Field field;
+    const char *pointer = nullptr;
+};
+constexpr Member member(Field f, const char *name, size_t offset, size_t data = kNoData,
+                        const char *pointer = nullptr) {
     f.name = name;
     f.offset = static_cast<uint16_t>(offset);
     f.data = static_cast<uint16_t>(data);
-    return f;
+    return Member{f, pointer};
 }
 inline constexpr Field str8{FieldKind::Octets, 1, 0, nullptr, 0, kNoData, 2};
 inline constexpr Field block = fields::rest;
 } // namespace body_fields
+
+// The plan of a layout's members (the offsets they were given are not used).
+template <size_t N>
+constexpr Plan planOf(const body_fields::Member (&given)[N]) {
+    std::array<Field, N> list{};
+    for (size_t i = 0; i < N; ++i) list[i] = given[i].field;
+    return makePlan(list.data(), N);
+}
+
+template <size_t N>
+constexpr std::array<const char *, N> pointersOf(const body_fields::Member (&given)[N]) {
+    std::array<const char *, N> out{};
+    for (size_t i = 0; i < N; ++i) out[i] = given[i].pointer;
+    return out;
+}
+
+// The size of the record a plan lays out: its fields rounded up to the
+// largest alignment among them. C gives every struct a member, so a record
+// without fields keeps one byte.
+constexpr uint16_t bodyRecordBytes(const Plan &p) {
+    uint32_t align = 1;
+    for (uint8_t i = 0; i < p.count; ++i) {
+        const Field &f = p.fields[i];
+        const uint32_t a = f.data != kNoData ? 8 : kindInfo(f.kind).align;
+        if (a > align) align = a;
+    }
+    return static_cast<uint16_t>(p.fieldsEnd == 0 ? 1 : alignTo(p.fieldsEnd, align));
+}
+
+// Whether the plan puts every field where the public record has it (the
+// offsets and pointers the members were given, from offsetof).
+template <size_t N>
+constexpr bool placedAsRecord(const Plan &p, const body_fields::Member (&given)[N]) {
+    if (!p.valid || p.count != N) return false;
+    for (size_t i = 0; i < N; ++i) {
+        const Field &f = p.fields[i], &g = given[i].field;
+        if (f.offset != g.offset || (g.data != kNoData && f.data != g.data)) return false;
+    }
+    return true;
+}
 
 // The row operations of a layout.
 // Builds the request packet of layout `l` from `record` into `output`.

@@ -342,6 +342,10 @@ TEST(StructureDescriptionLookups, RefuseForeignFieldsLayoutsAndSelectors) {
     EXPECT_EQ(TROV_DescribeNested(&selector.fields[0], &out), 4u);
     const TrovFieldInfo copy = structure.fields[0]; // the same field, not the library's
     EXPECT_EQ(TROV_DescribeNested(&copy, &out), 4u);
+    // A pointer into the middle of one of the library's fields is no field.
+    const auto *start = reinterpret_cast<const unsigned char *>(&structure.fields[0]);
+    for (size_t shift = 1; shift < sizeof(TrovFieldInfo); ++shift)
+        EXPECT_EQ(TROV_DescribeNested(reinterpret_cast<const TrovFieldInfo *>(start + shift), &out), 4u) << shift;
     EXPECT_EQ(TROV_DescribeNested(nullptr, &out), 1u);
     EXPECT_EQ(TROV_DescribeNested(&structure.fields[0], nullptr), 1u);
     ASSERT_EQ(TROV_DescribeNested(&structure.fields[0], &out), 0u);

@@ -232,16 +232,27 @@ constexpr std::array<TrovLayoutInfo, sizeof...(V)> variantInfos(std::index_seque
 }
 constexpr auto kVariantInfos = variantInfos(std::make_index_sequence<kVariantCount>{});
 
+// Where `field` starts among the `n` fields from `first`: its index, or -1
+// when it is not the start of one of them. A host may hand in any pointer, so
+// only addresses are compared (a pointer into the middle of a field, which
+// pointer arithmetic could not reach, is no field).
+ptrdiff_t fieldIndex(const TrovFieldInfo *field, const TrovFieldInfo *first, size_t n) {
+    const auto at = reinterpret_cast<uintptr_t>(field), begin = reinterpret_cast<uintptr_t>(first);
+    if (at < begin || at - begin >= n * sizeof(TrovFieldInfo) || (at - begin) % sizeof(TrovFieldInfo) != 0) return -1;
+    return static_cast<ptrdiff_t>((at - begin) / sizeof(TrovFieldInfo));
+}
+
 // The record a structure field nests and the room the field gives it.
 const TrovLayoutInfo *nestedOf(const TrovFieldInfo *field, uint16_t &room) {
-    if (field == &kStructureEventFields[0]) {
+    if (fieldIndex(field, kStructureEventFields, 1) == 0) {
         room = sizeof(structure_event::Body);
         return describeStructureOf(structure_event::kBody);
     }
     for (size_t i = 0; i < kStructureCount; ++i) {
         const TrovLayoutInfo &l = kStructureInfos[i];
-        if (!within(field, l.fields, l.fieldCount)) continue;
-        const StructField &f = kStructureNames[i].fields[field - l.fields];
+        const ptrdiff_t index = fieldIndex(field, l.fields, l.fieldCount);
+        if (index < 0) continue;
+        const StructField &f = kStructureNames[i].fields[index];
         if (f.kind != kStructNested && f.kind != kStructArray) return nullptr;
         room = f.size;
         return describeStructureOf(f.nested);

@@ -51,10 +51,12 @@ typedef uint32_t TrovResult;
 
 enum {
     TROV_RESULT_OK = 0,                /* success (also: a body the decoder skips) */
-    TROV_RESULT_NULL_ARGUMENT = 1,     /* null pointer, null buffer, or a required count/flag of 0 */
+    TROV_RESULT_NULL_ARGUMENT = 1,     /* null pointer, null buffer, or a required count/flag of 0;
+                                          on encoding, also a selector byte outside 1 to 4 */
     TROV_RESULT_BAD_PACKET = 2,        /* fewer bytes than a header, or not the protocol mark */
     TROV_RESULT_BAD_FIELD_INDEX = 3,   /* header field index outside 0..9 */
-    TROV_RESULT_BAD_VALUE = 4,         /* a type or selector value outside its defined set */
+    TROV_RESULT_BAD_VALUE = 4,         /* a type or selector value read from a packet outside its
+                                          defined set */
     TROV_RESULT_SHORT_INPUT = 5,       /* the packet ends before the item, or a length disagrees */
     TROV_RESULT_NO_MEMORY = 6,         /* an allocation or reallocation failed */
     TROV_RESULT_BUFFER_TOO_SMALL = 7,  /* the caller's output buffer is too small and may not grow */

@@ -3,6 +3,7 @@
 // argument and schema check.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -88,6 +89,28 @@ TEST_F(EventExtend, OnlyEventThirtyHasASixteenBitLength) {
     EXPECT_EQ(TROV_EncodeEventExtend(&many, &data, 0x31, nullptr, kVersion, &out), TROV_RESULT_SHORT_INPUT);
     ASSERT_EQ(TROV_EncodeEventExtend(&many, &data, 0x30, nullptr, kVersion, &out), 0u);
     EXPECT_EQ(data.length, 1 + 74 * 4);
+}
+
+// An item's length byte frames at most 255 bytes (longer items are refused
+// on encoding: EncodeSafetyTest), but a value with a codec is read by its
+// own layout, not by that byte: 255 one-byte elements of 0x011E behind their
+// count, 256 bytes, behind a length of 0 (256 mod 256), then 0x00CB.
+TEST_F(EventExtend, ValuesWithACodecAreReadByTheirLayoutNotTheLengthByte) {
+    std::vector<uint8_t> bytes = {2, 0x01, 0x1E, 0x00, 0xFF};
+    for (int i = 0; i < 255; ++i) bytes.push_back(uint8_t(i * 7 + 1));
+    bytes.insert(bytes.end(), {0x00, 0xCB, 1, 0x5A});
+    EventExtendList list{};
+    ASSERT_EQ(decode(bytes, list, 0x30), 0u);
+    ASSERT_EQ(list.count, 2);
+    EXPECT_EQ(list.entries[0].identifier, 0x011E);
+    const auto *array = static_cast<const uint8_t *>(list.entries[0].value);
+    EXPECT_EQ(array[0], 255); // a u8 count
+    const auto *elements = static_cast<const uint8_t *>(reinterpret_cast<const AttributeArrayHeader *>(array)->elements);
+    ASSERT_EQ(elements, array + 16);
+    EXPECT_TRUE(std::equal(elements, elements + 255, bytes.begin() + 5));
+    EXPECT_EQ(list.entries[1].identifier, 0x00CB);
+    ASSERT_EQ(list.entries[1].value, array + 16 + 256);
+    EXPECT_EQ(*static_cast<const uint8_t *>(list.entries[1].value), 0x5A);
 }
 
 TEST_F(EventExtend, SchemaRoundTripWithDataTypes) {

@@ -1,12 +1,15 @@
 // The event-list framings driven by test-local event rows: a "blob" event
 // whose body is a u16 length and that many bytes, decoded into a record of
-// the length and the bytes behind it. What the built-in rows decode, in both
+// the length and the bytes behind it; and long lists of built-in events
+// through the exported decoder. What the built-in rows decode, in both
 // framings and at every count: the differential corpus and the extent sweep.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
+#include "TrovRecords.h"
+#include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
 #include "events/EventList.h"
 
@@ -121,6 +124,96 @@ TEST_P(EventList, WrappingTotalKeepsTheFigureAndStaysInsideTheBlock) {
     EXPECT_EQ(b.capacity, wrapped);
     EXPECT_LT(b.capacity, 1000);
     freeAll(r);
+}
+
+// Past the first 256 events, whose rows the size pass keeps for the decode
+// pass (later rows are looked up again), and above what a u8 count holds:
+// of 257 events behind a short count, the count's 1 is decoded and the rest
+// left unread. Events 0xAA (u8 u32 u32; record 16 bytes) and 0x04 (u8, a
+// u8-counted string of i % 10 bytes; record 24, the bytes behind it rounded
+// up to 8) alternate so that event i and event i + 256 differ.
+TEST_P(EventList, BuiltInEventsPastTheKeptRowsAndAboveTheCountWidth) {
+    TROV_InitCoder();
+    const bool isLong = GetParam() == EventFraming::Long;
+    struct Count {
+        uint32_t events, count; // events on the wire; the count announces `count` of them
+    };
+    const std::vector<Count> counts =
+        isLong ? std::vector<Count>{{300, 300}} : std::vector<Count>{{255, 255}, {257, 1}};
+    const uint32_t entryBytes = isLong ? sizeof(EventEntry) : sizeof(EventBriefEntry);
+    auto code = [](uint32_t i) { return uint16_t(i % 3 == 0 ? 0xAA : 0x04); };
+    for (const Count &n : counts) {
+        SCOPED_TRACE(testing::Message() << n.events << " events, count " << n.count);
+        std::vector<uint8_t> body = {0xA1, 0xA2, 0xA3, 0xA4};
+        if (isLong) body.insert(body.end(), {5, 0, 6, 0, 7, 8, uint8_t(n.count >> 8)});
+        body.push_back(uint8_t(n.count));
+        auto put = [&](uint32_t v, int bytes) {
+            while (bytes-- > 0) body.push_back(uint8_t(v >> (8 * bytes)));
+        };
+        for (uint32_t i = 0; i < n.events; ++i) {
+            if (isLong) {
+                put(i, 2);
+                put(0x10000 + i, 4);
+                put(~i, 4);
+                put(i * 5, 1);
+            }
+            put(code(i), 2);
+            if (!isLong) put(i * 5, 1);
+            put(i, 1);
+            if (code(i) == 0xAA) {
+                put(0xA0000000 | i, 4);
+                put(i * 0x01000193, 4);
+                continue;
+            }
+            put(i % 10, 1);
+            for (uint32_t k = 0; k < i % 10; ++k) put(i + k, 1);
+        }
+        const std::vector<uint8_t> p = replyPacket(isLong ? 0x4d : 0x0a, body);
+        const PacketCursor cursor{const_cast<uint8_t *>(p.data()), uint32_t(p.size())};
+        HeaderInfo info{};
+        DecodeResult r{};
+        ASSERT_EQ(TROV_DecodeFU(&info, &r, &cursor, nullptr), 0u);
+        const auto *longList = static_cast<EventListBody *>(r.record);
+        const auto *shortList = static_cast<ShortEventListBody *>(r.record);
+        const BufferDesc &block = isLong ? longList->buffer : shortList->buffer;
+        EXPECT_EQ(isLong ? longList->count : shortList->count, n.count);
+        const void *entries = isLong ? static_cast<void *>(longList->entries) : shortList->entries;
+        ASSERT_EQ(entries, block.data);
+        const auto *base = static_cast<const uint8_t *>(block.data);
+        const uint8_t *next = base + n.count * entryBytes;
+        for (uint32_t i = 0; i < n.count; ++i) {
+            SCOPED_TRACE(i);
+            if (isLong) {
+                const EventEntry &e = longList->entries[i];
+                ASSERT_EQ(e.field1, uint16_t(i));
+                ASSERT_EQ(e.field2, 0x10000 + i);
+                ASSERT_EQ(e.field3, ~i);
+                ASSERT_EQ(e.field4, uint8_t(i * 5));
+            } else {
+                ASSERT_EQ(shortList->entries[i].field2, uint8_t(i * 5));
+            }
+            ASSERT_EQ(isLong ? longList->entries[i].eventCode : shortList->entries[i].eventCode, code(i));
+            const void *event = isLong ? longList->entries[i].body : shortList->entries[i].body;
+            ASSERT_EQ(event, next);
+            if (code(i) == 0xAA) {
+                const auto &e = *static_cast<const TrovEvent00AA *>(event);
+                ASSERT_EQ(e.value0, uint8_t(i));
+                ASSERT_EQ(e.value1, 0xA0000000 | i);
+                ASSERT_EQ(e.value2, i * 0x01000193);
+                next += 16;
+                continue;
+            }
+            const auto &e = *static_cast<const TrovEvent0004 *>(event);
+            const uint8_t length = uint8_t(i % 10);
+            ASSERT_EQ(e.value0, uint8_t(i));
+            ASSERT_EQ(e.string1.length, length);
+            ASSERT_EQ(e.string1.data, length == 0 ? nullptr : next + 24);
+            for (uint8_t k = 0; k < length; ++k) ASSERT_EQ(e.string1.data[k], uint8_t(i + k));
+            next += 24 + ((length + 7) & ~7);
+        }
+        EXPECT_EQ(block.capacity, next - base);
+        freeAll(r);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Framings, EventList, testing::Values(EventFraming::Long, EventFraming::Short),

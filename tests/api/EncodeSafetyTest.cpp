@@ -2,13 +2,16 @@
 // Each case is a record that once made the library write past the memory it
 // allocated or was given, or read through a null pointer; the line above it
 // names the cause. Every encode refuses before writing, and the canary after
-// a caller's buffer stays intact.
+// a caller's buffer stays intact. Arrays at the edges of their count prefix
+// and of the packet are written as worked out by hand, or refused.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovRecords.h"
 
 namespace {
 
@@ -22,23 +25,31 @@ HeaderInfo header(uint16_t code) {
     return info;
 }
 
-// Encodes into a library-allocated packet and into a caller buffer of
-// `capacity` bytes followed by canaries; both must give `expected`.
-void expectEncode(uint16_t code, const void *record, uint32_t capacity, TrovResult expected,
-                  TrovResult expectedInBuffer) {
+// Encodes into a library-allocated packet, which it returns, and into a
+// caller buffer of `capacity` bytes followed by canaries. `figure`, when
+// given, is the body's 16-bit length, which the header keeps whatever the
+// result.
+std::vector<uint8_t> expectEncode(uint16_t code, const void *record, uint32_t capacity, TrovResult expected,
+                                  TrovResult expectedInBuffer, int32_t figure = -1) {
     HeaderInfo info = header(code);
     EncodeOutput allocated{nullptr, 0};
     EXPECT_EQ(TROV_EncodeFU(&info, record, &allocated), expected);
+    if (figure >= 0) {
+        EXPECT_EQ(info.bodyLength, figure);
+    }
     if (expected != 0) {
         EXPECT_EQ(allocated.data, nullptr);
     }
+    std::vector<uint8_t> packet(allocated.data, allocated.data + allocated.length);
     if (allocated.data != nullptr) trovFree(allocated.data);
 
     std::vector<uint8_t> buffer(capacity + 64, kCanary);
     EncodeOutput given{buffer.data(), capacity};
     info = header(code);
     EXPECT_EQ(TROV_EncodeFU(&info, record, &given), expectedInBuffer);
-    for (size_t i = capacity; i < buffer.size(); ++i) ASSERT_EQ(buffer[i], kCanary) << "byte " << i;
+    EXPECT_TRUE(std::all_of(buffer.begin() + capacity, buffer.end(), [](uint8_t b) { return b == kCanary; }))
+        << "written past the caller's buffer";
+    return packet;
 }
 
 class EncodeSafety : public testing::Test {
@@ -89,39 +100,102 @@ TEST_F(EncodeSafety, TheLongestRawMethodBodyRoundTrips) {
     trovFree(packet.data);
 }
 
-// Identifier 0x0806: 5-byte elements (u16 u16 u8, record stride 6) behind a
-// u16 count. Its size is reported in 16 bits, as the protocol defines, but
-// the encoders go by the true size.
-TEST_F(EncodeSafety, AttributeArraysLongerThan16BitsAreReportedWrappedAndNeverWritten) {
+// Array values at the edges of their count prefix, through the attribute
+// request (body 0x12: the u16 identifier, then the value in array form), the
+// size query and an extended-data item. The size is reported in 16 bits, as
+// the protocol defines it, and wraps; the encoders go by the true size, so a
+// body above 65535 bytes and an item above 255 bytes are refused. Each
+// element's record and wire bytes are worked out from its type.
+struct ArrayType {
+    uint16_t id;
+    uint8_t prefix;
+    size_t stride;
+    void (*element)(uint8_t *record, uint32_t i, std::vector<uint8_t> &wire);
+};
+// One byte behind a u8 count: only the first byte of the header's count counts.
+void byteElement(uint8_t *r, uint32_t i, std::vector<uint8_t> &w) {
+    r[0] = uint8_t(i * 7 + 1);
+    w.push_back(r[0]);
+}
+// u16 u16 u8 at record offsets 0, 2, 4 (stride 6), behind a u16 count.
+void fiveByteElement(uint8_t *r, uint32_t i, std::vector<uint8_t> &w) {
+    const uint16_t a = uint16_t(i), b = uint16_t(0xF000 ^ i);
+    std::memcpy(r, &a, 2);
+    std::memcpy(r + 2, &b, 2);
+    r[4] = uint8_t(i >> 8);
+    w.insert(w.end(), {uint8_t(a >> 8), uint8_t(a), uint8_t(b >> 8), uint8_t(b), r[4]});
+}
+// A record {u8, u8-counted octets} (stride 24), behind a u16 count; the
+// octets are empty: the u8, then a length of 0.
+void recordElement(uint8_t *r, uint32_t i, std::vector<uint8_t> &w) {
+    const TrovAttribute138BValue v{uint8_t(i), {0, nullptr}};
+    std::memcpy(r, &v, sizeof v);
+    w.insert(w.end(), {v.value0, 0});
+}
+constexpr ArrayType kBytes{0x011E, 1, 1, byteElement}, kFiveBytes{0x0806, 2, 6, fiveByteElement},
+    kRecords{0x138B, 2, sizeof(TrovAttribute138BValue), recordElement};
+
+TEST_F(EncodeSafety, ArrayCountsAtTheEdgesOfTheirPrefixAndOfThePacket) {
     struct Case {
-        uint16_t count;
-        uint16_t reported; // 2 + 5 x count, 16-bit
+        const ArrayType &type;
+        uint16_t count; // as the host writes it into the header
+        uint32_t size;  // the value's true packet bytes, count prefix included
         TrovResult result;
     } const cases[] = {
-        {13106, 65532, 0}, // body 2 + 65532 = 65534 bytes: fits
-        {13107, 65537 & 0xFFFF, 5},
-        {13108, 6, 5},      // 65542 wrapped to 6: an 8-byte body then took 64 KB
-        {0xFFFF, 65533, 5}, // 327677 wrapped to 65533
+        {kBytes, 254, 255, 0},             // the longest extended-data item
+        {kBytes, 255, 256, 0},             // an item one byte too long
+        {kBytes, 0x0100, 1, 0},            // first byte 0: an empty array
+        {kRecords, 255, 512, 0},
+        {kRecords, 256, 514, 0},           // count 01 00
+        {kRecords, 32765, 65532, 0},       // body 65534 bytes
+        {kRecords, 32766, 65534, 5},       // body 65536 bytes
+        {kRecords, 0xFFFF, 131072, 5},     // wrapped to 0
+        {kFiveBytes, 13106, 65532, 0},
+        {kFiveBytes, 13107, 65537, 5},
+        {kFiveBytes, 13108, 65542, 5},     // wrapped to 6: the header keeps a body length of 8
+        {kFiveBytes, 0xFFFF, 327677, 5},
     };
     for (const Case &c : cases) {
-        SCOPED_TRACE(c.count);
-        std::vector<uint8_t> elements(size_t{c.count} * 6, 0x11);
+        SCOPED_TRACE(testing::Message() << std::hex << "0x" << c.type.id << " count 0x" << c.count);
+        const uint32_t n = c.type.prefix == 1 ? c.count & 0xFF : c.count;
+        std::vector<uint8_t> elements(size_t{c.count} * c.type.stride, 0xEE);
+        std::vector<uint8_t> wire = {uint8_t(c.type.id >> 8), uint8_t(c.type.id)};
+        if (c.type.prefix == 2) wire.push_back(uint8_t(n >> 8));
+        wire.push_back(uint8_t(n));
+        for (uint32_t i = 0; i < c.count; ++i) {
+            std::vector<uint8_t> w;
+            c.type.element(&elements[i * c.type.stride], i, w);
+            if (i < n) wire.insert(wire.end(), w.begin(), w.end());
+        }
+        ASSERT_EQ(wire.size(), 2 + c.size);
         AttributeArrayHeader array{c.count, elements.data()};
         HeaderInfo info = header(0x12);
         uint16_t size = 0xAAAA;
-        EXPECT_EQ(TROV_GetAttributePacketSize(&info, 0x0806, &array, 1, &size), 0u);
-        EXPECT_EQ(size, c.reported);
+        EXPECT_EQ(TROV_GetAttributePacketSize(&info, c.type.id, &array, 1, &size), 0u);
+        EXPECT_EQ(size, uint16_t(c.size));
 
-        AttributeBody body{0x0806, &array, {nullptr, 0, 0}};
-        expectEncode(0x12, &body, 64, c.result, c.result == 0 ? 7 : c.result);
+        AttributeBody body{c.type.id, &array, {nullptr, 0, 0}};
+        const TrovResult inBuffer = c.result == 0 && 20 + wire.size() > 64 ? 7 : c.result;
+        const std::vector<uint8_t> packet = expectEncode(0x12, &body, 64, c.result, inBuffer, uint16_t(2 + c.size));
+        if (c.result == 0) {
+            ASSERT_GE(packet.size(), 20u);
+            EXPECT_TRUE(std::equal(packet.begin() + 20, packet.end(), wire.begin(), wire.end()))
+                << "the body is not the identifier, the count and the elements";
+        }
 
-        // As an extended-data item: one length byte frames at most 255 bytes.
-        EventExtendEntry entry{0, 0x0806, &array};
+        // As an extended-data item: its length byte frames at most 255 bytes.
+        EventExtendEntry entry{0, c.type.id, &array};
         EventExtendList list{1, &entry};
         OctetString data{0, nullptr};
-        uint8_t room[64];
-        BufferDesc buffer{room, sizeof room, 0};
-        EXPECT_EQ(TROV_EncodeEventExtend(&list, &data, 0x30, nullptr, 0x10, &buffer), 5u);
+        BufferDesc buffer{nullptr, 0, 0};
+        const bool fits = c.size <= 0xFF;
+        ASSERT_EQ(TROV_EncodeEventExtend(&list, &data, 0x30, nullptr, 0x10, &buffer), fits ? 0u : 5u);
+        if (fits) {
+            wire.insert(wire.begin() + 2, uint8_t(c.size));
+            wire.insert(wire.begin(), 1);
+            EXPECT_EQ(std::vector<uint8_t>(data.data, data.data + data.length), wire);
+        }
+        trovFree(buffer.data);
     }
 }
 
@@ -140,7 +214,8 @@ TEST_F(EncodeSafety, ExtendedDataLongerThanItsLengthFieldIsRefused) {
         BufferDesc buffer{nullptr, 0, 0};
         const TrovResult r = TROV_EncodeEventExtend(&list, &data, 0x30, nullptr, 0x10, &buffer);
         EXPECT_EQ(r, count == 254 ? 0u : 5u);
-        EXPECT_EQ(data.length, count == 254 ? 65533 : 0);
+        // 1 + 3 x 255 + 255 x 255 = 65791: the length keeps the 16-bit figure.
+        EXPECT_EQ(data.length, count == 254 ? 65533 : 65791 - 65536);
         trovFree(buffer.data);
     }
 }

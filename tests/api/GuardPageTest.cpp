@@ -14,6 +14,7 @@
 
 #include "GuardedRegion.h"
 #include "TrovCodec.h"
+#include "TrovRecords.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -271,6 +272,10 @@ uint16_t words[] = {0x0102, 0xA0B0, 0xFFFF};
 AttributeArrayHeader threeWords{3, words};
 std::vector<uint16_t> manyWords(0x8000, 0xBEEF);
 AttributeArrayHeader manyWordsArray{0x8000, manyWords.data()};
+// 0x138B: records {u8, u8-counted octets} behind a u16 count, 2 bytes each
+// with empty octets; 65535 of them wrap the 16-bit size to 0.
+std::vector<TrovAttribute138BValue> records(0xFFFF, TrovAttribute138BValue{0x5A, {0, nullptr}});
+AttributeArrayHeader manyRecordsArray{0xFFFF, records.data()};
 // Bytes for raw parameters and long strings.
 std::vector<uint8_t> filler = [] {
     std::vector<uint8_t> b(0x10000);
@@ -297,7 +302,8 @@ static_assert(offsetof(Method0xc0, values) == 8 && offsetof(Method0xc0, octets) 
 
 EmptyBody emptyRec{};
 U32Body u32Rec{0x89ABCDEF};
-AttributeBody arrayRec{0x0070, &threeWords, {}}, longArrayRec{0x0070, &manyWordsArray, {}};
+AttributeBody arrayRec{0x0070, &threeWords, {}}, longArrayRec{0x0070, &manyWordsArray, {}},
+    longRecordArrayRec{0x138B, &manyRecordsArray, {}};
 U32AttributeBody u32ArrayRec{7, 0x0070, &threeWords, {}};
 U32StringBody stringRec{0xCAFEBABE, {3, abc}, {}};
 U32PairLongStringPairBody longStringsRec{1, 2, {3, abc}, {5, hello}, {}},
@@ -306,7 +312,8 @@ U32PairStringByteBody stringByteRec{1, 2, {5, hello}, 0x7F, {}};
 BlockBody blockRec{{5, hello}, {}};
 MethodBody countedRec{1, 0x0b, &octets, sizeof octets, {}}, computedRec{1, 0xc0, &method0xc0, sizeof method0xc0, {}},
     noParamsRec{1, 0x66, nullptr, 0, {}}, rawRec{1, 0x2000, filler.data(), 10, {}},
-    longestRawRec{1, 0x2001, filler.data(), 0xFFFF - 6, {}}, tooLongRawRec{1, 0x2000, filler.data(), 0xFFFF - 5, {}};
+    longestRawRec{1, 0x2001, filler.data(), 0xFFFF - 6, {}}, tooLongRawRec{1, 0x2000, filler.data(), 0xFFFF - 5, {}},
+    longestRawParamsRec{1, 0x2000, filler.data(), 0xFFFF, {}};
 
 struct EncodeCase {
     const char *name;
@@ -332,7 +339,9 @@ const EncodeCase kEncodes[] = {
     {"RawMethod", 0x1d, &rawRec, 16},
     {"LongestRawMethod", 0x1d, &longestRawRec, 0xFFFF},
     {"ArrayOf32768U16TooLong", 0x12, &longArrayRec, 4 + 0x10000},
+    {"ArrayOf65535RecordsTooLong", 0x12, &longRecordArrayRec, 4 + 2 * 0xFFFF},
     {"RawParametersOneByteTooLong", 0x1d, &tooLongRawRec, 0x10000},
+    {"RawParametersOf65535BytesTooLong", 0x1d, &longestRawParamsRec, 6 + 0xFFFF},
     {"TwoStringsOf65535BytesTooLong", 0x7c, &longestStringsRec, 8 + 2 * (2 + 0xFFFF)},
 };
 
@@ -342,7 +351,8 @@ class GuardedEncode : public GuardPage, public testing::WithParamInterface<Encod
 // refused with 7 and nothing written outside the buffer. A body longer than
 // the 16-bit body length can frame is refused whole with 5: nothing is
 // allocated, and nothing is written to a buffer sized for the wrapped length
-// or for the longest packet there is.
+// or for the longest packet there is. Either way the header keeps the body's
+// 16-bit figure, the true length modulo 65536.
 TEST_P(GuardedEncode, EveryBufferSizeEndsAtTheGuard) {
     const EncodeCase &c = GetParam();
     HeaderInfo h{0xA7E5, 0x10, 0x01, c.code, 0, 0xEEEE, 0, 0, 1};
@@ -351,6 +361,7 @@ TEST_P(GuardedEncode, EveryBufferSizeEndsAtTheGuard) {
     EncodeOutput allocated{nullptr, 0};
     ASSERT_EQ(TROV_EncodeFU(&h, c.record, &allocated), framed ? TROV_RESULT_OK : TROV_RESULT_SHORT_INPUT);
     ASSERT_EQ(allocated.length, framed ? total : 0);
+    EXPECT_EQ(h.bodyLength, uint16_t(c.bodyLength));
     const Bytes reference(allocated.data, allocated.data + allocated.length);
     trovFree(allocated.data);
 
@@ -361,7 +372,9 @@ TEST_P(GuardedEncode, EveryBufferSizeEndsAtTheGuard) {
         SCOPED_TRACE(size);
         fillCanary(size);
         EncodeOutput out{region().tail(size), size};
+        h.bodyLength = 0xEEEE;
         const TrovResult r = TROV_EncodeFU(&h, c.record, &out);
+        EXPECT_EQ(h.bodyLength, uint16_t(c.bodyLength));
         if (!framed) {
             EXPECT_EQ(r, TROV_RESULT_SHORT_INPUT);
             EXPECT_TRUE(canaryIntact(size));

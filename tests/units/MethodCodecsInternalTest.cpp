@@ -18,10 +18,13 @@ namespace {
 
 const MethodCodecRow &rowOf(uint16_t code) { return *findMethodRow(builtinTables(), code, 0x10); }
 
-TEST(MethodCodecs, RequestRefusals) {
-    uint16_t wire = 0xBEEF;
+// Refusals, and the 16-bit figure beside the true extent for parameters near
+// and past 65535 bytes (the method body refuses those past it).
+TEST(MethodCodecs, RequestRefusalsAndFigures) {
+    WireSize wire{0xBEEF, 1, false};
     EXPECT_EQ(rowOf(0x66).encCalc(nullptr, 0, &wire), TROV_RESULT_OK); // no parameters, no record
-    EXPECT_EQ(wire, 0);
+    EXPECT_EQ(wire.bytes, 0);
+    EXPECT_EQ(wire.extent, 0u);
     EXPECT_EQ(rowOf(0x75).encCalc(nullptr, 0, &wire), TROV_RESULT_NULL_ARGUMENT);
     EXPECT_EQ(rowOf(0x75).encCalc(&wire, 0, nullptr), TROV_RESULT_NULL_ARGUMENT);
     alignas(8) uint8_t head[16] = {};
@@ -29,14 +32,21 @@ TEST(MethodCodecs, RequestRefusals) {
     EXPECT_EQ(rowOf(0x0b).encCalc(head, 0, &wire), TROV_RESULT_NULL_ARGUMENT);
     std::vector<uint8_t> big(0x10000);
     storeField(head, 8, big.data());
-    storeField<uint16_t>(head, 0, 0xFFFD); // 0xFFFD + 2 is the largest size
-    EXPECT_EQ(rowOf(0x0b).encCalc(head, 0, &wire), TROV_RESULT_OK);
-    EXPECT_EQ(wire, 0xFFFF);
-    storeField<uint16_t>(head, 0, 0xFFFE);
-    EXPECT_EQ(rowOf(0x0b).encCalc(head, 0, &wire), TROV_RESULT_SHORT_INPUT);
-    storeField<uint16_t>(head, 0, 0x4000); // 4 x 0x4000 + 2
-    EXPECT_EQ(rowOf(0xb0).encCalc(head, 0, &wire), TROV_RESULT_SHORT_INPUT);
-    EXPECT_EQ(wire, 0xFFFF);
+    const struct {
+        uint16_t code, count;
+        uint16_t figure;
+        uint32_t extent;
+    } cases[] = {
+        {0x0b, 0xFFFD, 0xFFFF, 0xFFFF},       // 0xFFFD + 2: the largest that fits
+        {0x0b, 0xFFFE, 0x0000, 0x10000},      // one more wraps to 0
+        {0xb0, 0x4000, 0x0002, 4 * 0x4000 + 2}, // u16 count, u32 elements
+    };
+    for (const auto &c : cases) {
+        storeField<uint16_t>(head, 0, c.count);
+        EXPECT_EQ(rowOf(c.code).encCalc(head, 0, &wire), TROV_RESULT_OK) << c.count;
+        EXPECT_EQ(wire.bytes, c.figure) << c.count;
+        EXPECT_EQ(wire.extent, c.extent) << c.count;
+    }
 }
 
 // 0xb4's reply by hand: u8, u8, u8 length + characters, u8 count + u16s.

@@ -205,13 +205,24 @@ TrovResult encodeEventExtend(const EventExtendList *list, OctetString *data, uin
         WireSize size;
         if (TrovResult r = ops->encCalc(entry.value, kArrayForm, &size, version)) return fail(r);
         if (size.nullData) return fail(TROV_RESULT_NULL_ARGUMENT);
-        // An item's length byte frames at most 255 bytes.
-        if (!dataType && size.extent > 0xFF) return fail(TROV_RESULT_SHORT_INPUT);
+        // An item's length byte frames at most 255 bytes: the 16-bit figure
+        // is tested here, and a value whose true extent passes 65535 (so
+        // that the figure wraps below 256) is refused with the total below.
+        if (!dataType && size.bytes > 0xFF) return fail(TROV_RESULT_SHORT_INPUT);
         slots[i] = Slot{static_cast<uint8_t>(size.bytes), ops->encode};
         total.add(size);
     }
-    const uint32_t longest = eventCode == kLongStringEvent ? 0xFFFF : 0xFF;
-    if (total.extent > longest) return fail(TROV_RESULT_SHORT_INPUT);
+    // The byte string's length is one byte but for event 0x30: a 16-bit
+    // total above 255 is refused before anything is set. A total whose true
+    // extent its length cannot state (wrapping in 16 bits) is refused once
+    // the data keeps its figure, as the length of a string that is never
+    // written.
+    if (eventCode != kLongStringEvent && total.bytes > 0xFF) return fail(TROV_RESULT_SHORT_INPUT);
+    if (total.extent != total.bytes) {
+        if (eventCode == kLongStringEvent) data->length = total.bytes;
+        else std::memcpy(&data->length, &total.bytes, 1);
+        return fail(TROV_RESULT_SHORT_INPUT);
+    }
 
     DecodeResult own{};
     bool allocated = false;

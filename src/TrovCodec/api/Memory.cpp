@@ -1,6 +1,7 @@
 // Heap access, trovMalloc/trovFree and the output-buffer helpers.
 #include "api/Memory.h"
 
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -110,15 +111,17 @@ int freeIfSet(void *p) {
     return 0;
 }
 
-TrovResult reserveEncodeBuffer(HeaderInfo *info, uint32_t bodyLength, EncodeOutput *output,
+TrovResult reserveEncodeBuffer(HeaderInfo *info, const WireSize &size, EncodeOutput *output,
                                PacketCursor *body, bool *allocated) {
     if (allocated != nullptr) *allocated = false;
     const HeaderCodecRow *row = findHeaderRow(static_cast<uint8_t>(info->version));
     if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
-    if (bodyLength > kMaxBodyLength) return TROV_RESULT_SHORT_INPUT;
-    // The record keeps the body length even when a later step fails.
-    const auto length = static_cast<uint16_t>(bodyLength);
-    row->setToRecord(TROV_FIELD_BODY_LENGTH, info, &length);
+    // The record keeps the body length even when a later step fails, and so
+    // does a body the 16-bit figure cannot frame: the figure is stored (the
+    // true length modulo 65536), then the body is refused.
+    row->setToRecord(TROV_FIELD_BODY_LENGTH, info, &size.bytes);
+    if (size.extent > kMaxBodyLength) return TROV_RESULT_SHORT_INPUT;
+    const uint32_t bodyLength = size.extent;
 
     const uint32_t total = uint32_t{row->headerLength} + bodyLength;
     if (output->data == nullptr) {
@@ -144,6 +147,11 @@ TrovResult finishEncodeBuffer(EncodeOutput *output, PacketCursor &body, bool all
         }
         return TROV_RESULT_SHORT_INPUT;
     }
+    // The write pass fills exactly what the size pass reserved: a body left
+    // short is a codec's fault, stopped here in builds with assertions (the
+    // tests' and the sanitizers'). Shipped builds still never send heap bytes
+    // that no codec wrote.
+    assert(body.remaining == 0 && "an encode wrote fewer bytes than its size pass reserved");
     if (body.remaining != 0) std::memset(body.position, 0, body.remaining);
     return TROV_RESULT_OK;
 }

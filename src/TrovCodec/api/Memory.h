@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "api/TrovCodec.h"
+#include "engine/CodecTypes.h"
 
 namespace trov {
 
@@ -27,21 +28,24 @@ int freeIfSet(void *p);
 // Sets the header's bodyLength, allocates the packet (output->data null) or
 // checks the caller's buffer, writes the header and points `body` just past
 // it with bodyLength bytes remaining; output->length becomes the total.
-// `bodyLength` is the true extent of the body the encoder is about to write:
-// one longer than 65535 bytes cannot be framed by the header's 16-bit field
-// and is refused before anything changes. `allocated`, when given, tells
-// whether this call allocated the packet.
+// `bodyLength` is the size pass's answer for the body: its 16-bit figure goes
+// into the header's bodyLength, which keeps it whatever follows, and its true
+// extent is what the encoder is about to write. A body longer than 65535
+// bytes cannot be framed by the header's 16-bit field: it is refused once the
+// figure is stored, before anything is allocated or written. `allocated`,
+// when given, tells whether this call allocated the packet.
 // Results: 0; 8 no header codec; 5 a body longer than 65535 bytes; 6
 // allocation failed; 7 the caller's buffer is shorter than 20 + bodyLength
 // (nothing written to it).
-TrovResult reserveEncodeBuffer(HeaderInfo *info, uint32_t bodyLength, EncodeOutput *output,
+TrovResult reserveEncodeBuffer(HeaderInfo *info, const WireSize &bodyLength, EncodeOutput *output,
                                PacketCursor *body, bool *allocated = nullptr);
 
 // Ends an encode begun by reserveEncodeBuffer once the body is written: the
 // body cursor must have been filled exactly. A cursor that overran (its size
 // pass under-reported, so the writers refused to go on) gives 5 and releases
-// a packet this encode allocated; bytes a size pass over-reported are
-// zeroed, so a packet never carries stale heap contents. Results: 0; 5.
+// a packet this encode allocated. A body left short (a size pass that
+// over-reported) fails an assertion where assertions are on, and is zeroed
+// otherwise, so a packet never carries stale heap contents. Results: 0; 5.
 TrovResult finishEncodeBuffer(EncodeOutput *output, PacketCursor &body, bool allocated);
 
 // Gives a decode its body record: 5 (type 6) when the input holds fewer than

@@ -291,8 +291,9 @@ TROV_API TrovResult TROV_DecodeHeader(HeaderInfo *info, const PacketCursor *curs
  * bytes of a caller's buffer, whatever the record holds.
  * Results: 0; 1 NULL argument, or a NULL pointer in the record behind a
  * non-zero count or length; 5 a body longer than 65535 bytes, which the
- * header's 16-bit bodyLength cannot frame (the record is refused before
- * anything is written or allocated); 8 no header codec; 9 no body codec for
+ * header's 16-bit bodyLength cannot frame (info->bodyLength then holds the
+ * protocol's 16-bit figure, the true length modulo 65536, and nothing is
+ * written or allocated); 8 no header codec; 9 no body codec for
  * the code and version; otherwise the body codec's result (6 allocation
  * failed, 7 caller's buffer shorter than the packet, 10 or 11 no attribute
  * or method codec, ...). */
@@ -403,7 +404,9 @@ TROV_API TrovResult TROV_DecodeEventExtend(EventExtendList *list, const OctetStr
  * Results: 0; 1 a NULL argument, a zero version or event code, a list or
  * schema that does not match, a NULL value or a NULL pointer inside a value
  * behind a non-zero count or length; 5 a value above 255 bytes, or data
- * above 255 bytes for any event code but 0x30 (above 65535 for 0x30); 6
+ * above 255 bytes for any event code but 0x30 (above 65535 for 0x30; where
+ * the protocol's 16-bit total wraps, data->length keeps that figure and
+ * nothing is written); 6
  * allocation failed; 10, 13 an identifier or data type without a codec (raw
  * items cannot be encoded); a value codec's or the buffer's result. */
 TROV_API TrovResult TROV_EncodeEventExtend(const EventExtendList *list, OctetString *data,

@@ -117,7 +117,8 @@ struct BodyCodecRow {
 struct MethodCodecRow {
     uint16_t code;
     uint8_t version;
-    TrovResult (*encCalc)(const void *params, uint16_t paramsLength, uint16_t *wireBytes);
+    // wireBytes: the parameters' 16-bit figure and their true extent.
+    TrovResult (*encCalc)(const void *params, uint16_t paramsLength, WireSize *wireBytes);
     void (*encode)(PacketCursor *cursor, const void *params, uint16_t paramsLength);
     TrovResult (*decCalc)(const PacketCursor *cursor, uint16_t *paramsLength,
                           RecordSize *recordBytes);

@@ -34,7 +34,7 @@ TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *recor
     if (TrovResult r = walkEncCalc(*l.plan, fields, size, env)) return r;
     PacketCursor body{};
     bool allocated = false;
-    if (TrovResult r = reserveEncodeBuffer(info, size.extent, output, &body, &allocated)) return r;
+    if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
     walkEncode(*l.plan, body, fields, env);
     return finishEncodeBuffer(output, body, allocated);
 }

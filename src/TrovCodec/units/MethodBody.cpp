@@ -18,14 +18,17 @@ TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const Me
                                 EncodeOutput *output) {
     const MethodCodecRow *row = findMethodRow(tables, record->method, static_cast<uint8_t>(info->version));
     if (row == nullptr) return TROV_RESULT_NO_METHOD_CODEC;
-    uint16_t wire = 0;
+    WireSize wire;
     if (TrovResult r = row->encCalc(record->params, record->paramsLength, &wire)) return r;
-    // Added in 32 bits: parameters within 6 bytes of 65535 make a body the
-    // 16-bit length cannot frame, which the reservation refuses.
+    // The body length is the parameters' 16-bit figure plus the prefix, in 16
+    // bits; parameters within 6 bytes of 65535 (or past it) make a body the
+    // header cannot frame, which the reservation refuses once the figure is
+    // stored.
+    WireSize size = WireSize::of(kPrefix);
+    size.add(wire);
     PacketCursor body{};
     bool allocated = false;
-    if (TrovResult r = reserveEncodeBuffer(info, uint32_t{wire} + kPrefix, output, &body, &allocated))
-        return r;
+    if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
     putU32(body, record->value0);
     putU16(body, record->method);
     row->encode(&body, record->params, record->paramsLength);

@@ -14,18 +14,16 @@ namespace {
 const FieldEnv kMethodEnv{}; // method fields are plain: no values, no lists
 } // namespace
 
-TrovResult methodEncCalc(const Plan &plan, const void *params, uint16_t *wireBytes) {
+TrovResult methodEncCalc(const Plan &plan, const void *params, WireSize *wireBytes) {
     if (wireBytes == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     if (plan.count == 0) {
-        *wireBytes = 0;
+        *wireBytes = WireSize{};
         return TROV_RESULT_OK;
     }
     if (params == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     WireSize size;
     if (TrovResult r = walkEncCalc(plan, static_cast<const uint8_t *>(params), size, kMethodEnv)) return r;
-    // A u16 length or count near its top would not fit the 16-bit size.
-    if (size.extent > 0xFFFFu) return TROV_RESULT_SHORT_INPUT;
-    *wireBytes = size.bytes;
+    *wireBytes = size;
     return TROV_RESULT_OK;
 }
 

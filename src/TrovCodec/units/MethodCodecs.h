@@ -199,11 +199,12 @@ inline constexpr auto kMethodPlans = [] {
 
 // ---- the generic operations (MethodCodecs.cpp) ---------------------------------
 
-// The packet bytes of a parameter record. An empty field list needs no
-// record. Results: 0; 1 wireBytes null, params null for a non-empty field
-// list, or a counted part with a count above 0 and a null pointer; 5 more
-// than 65535 bytes (a u16 length or count near its top).
-TrovResult methodEncCalc(const Plan &plan, const void *params, uint16_t *wireBytes);
+// The packet bytes of a parameter record: the 16-bit figure and the true
+// extent, which passes 65535 when a u16 length or count is near its top (the
+// method body refuses such parameters). An empty field list needs no record.
+// Results: 0; 1 wireBytes null, params null for a non-empty field list, or a
+// counted part with a count above 0 and a null pointer.
+TrovResult methodEncCalc(const Plan &plan, const void *params, WireSize *wireBytes);
 // Writes a record that methodEncCalc accepted. Nothing is written when the
 // cursor, its position or params is null.
 void methodEncode(const Plan &plan, PacketCursor *cursor, const void *params);
@@ -237,7 +238,7 @@ struct MethodRowOps {
     static constexpr const MethodInfo &kMethod = kMethods[I];
     static constexpr const MethodPlans &kPlans = kMethodPlans[I];
 
-    static TrovResult encCalc(const void *params, uint16_t, uint16_t *wireBytes) {
+    static TrovResult encCalc(const void *params, uint16_t, WireSize *wireBytes) {
         return methodEncCalc(kPlans.request, params, wireBytes);
     }
     static void encode(PacketCursor *cursor, const void *params, uint16_t) {

@@ -8,9 +8,9 @@
 namespace trov {
 namespace {
 
-TrovResult rawEncCalc(const void *params, uint16_t paramsLength, uint16_t *wireBytes) {
+TrovResult rawEncCalc(const void *params, uint16_t paramsLength, WireSize *wireBytes) {
     if (paramsLength != 0 && params == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    *wireBytes = paramsLength;
+    *wireBytes = WireSize::of(paramsLength);
     return TROV_RESULT_OK;
 }
 

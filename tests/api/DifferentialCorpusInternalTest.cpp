@@ -29,7 +29,7 @@
 #include <vector>
 
 #include "api/Memory.h"
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace {
 

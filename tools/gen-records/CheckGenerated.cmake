@@ -2,12 +2,12 @@
 # or rewrites them with -DUPDATE=ON:
 #   cmake -DGEN=build/bin/trov_gen_records -DSOURCE=. [-DUPDATE=ON] -P tools/gen-records/CheckGenerated.cmake
 set(parts
-  records src/TrovCodec/api/TrovRecords.h
-  bodies src/TrovCodec/api/TrovBodies.h
-  codes src/TrovCodec/api/TrovCodes.h
+  records include/TrovRecords.h
+  bodies include/TrovBodies.h
+  codes include/TrovCodes.h
   checks tests/api/PublicRecordsChecks.inc
-  encode src/TrovCodec/api/TrovEncode.h
-  types src/TrovCodec/api/TrovTypes.hpp)
+  encode include/TrovEncode.h
+  types include/TrovTypes.hpp)
 set(stale "")
 while(parts)
   list(POP_FRONT parts part file)

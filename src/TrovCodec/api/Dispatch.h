@@ -23,7 +23,7 @@
 
 #include "api/LookupIndex.h"
 #include "api/RecordLayout.h"
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 #include "engine/CodecTypes.h"
 
 namespace trov {

@@ -2,7 +2,7 @@
 // exported TROV_DecodeEventExtend and TROV_EncodeEventExtend call these.
 #pragma once
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace trov {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace trov {
 

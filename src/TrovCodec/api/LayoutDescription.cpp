@@ -15,7 +15,7 @@
 #include "api/Dispatch.h"
 #include "api/LayoutRegistry.h"
 #include "api/StructureDescription.h"
-#include "api/TrovLayout.h"
+#include "TrovLayout.h"
 #include "attributes/DataTypes.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueTypes.h"

@@ -13,7 +13,7 @@
 #include <iterator>
 
 #include "api/Dispatch.h"
-#include "api/TrovLayout.h"
+#include "TrovLayout.h"
 #include "engine/Field.h"
 #include "units/BodyLayout.h"
 

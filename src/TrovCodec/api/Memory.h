@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 #include "engine/CodecTypes.h"
 
 namespace trov {

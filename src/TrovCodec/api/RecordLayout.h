@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace trov::layout {
 

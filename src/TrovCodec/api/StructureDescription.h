@@ -20,7 +20,7 @@
 #include <cstdint>
 #include <iterator>
 
-#include "api/TrovLayout.h"
+#include "TrovLayout.h"
 #include "attributes/StructureValueTypes.h"
 #include "events/AttributeEvents.h"
 #include "units/MethodCodecs.h"

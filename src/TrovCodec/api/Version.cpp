@@ -1,5 +1,5 @@
 // The library's version and the names of its result codes (TrovVersion.h).
-#include "api/TrovVersion.h"
+#include "TrovVersion.h"
 
 #include <iterator>
 

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace trov {
 

@@ -20,7 +20,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace trov {
 

@@ -12,7 +12,7 @@
 // at 8-byte boundaries so that consecutive options pack into one record area.
 #include <cstring>
 
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 #include "engine/Cursor.h"
 
 namespace trov {

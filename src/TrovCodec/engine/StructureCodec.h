@@ -63,7 +63,7 @@
 #include <cstdint>
 
 #include "engine/CodecTypes.h"
-#include "api/TrovCodec.h"
+#include "TrovCodec.h"
 
 namespace trov {
 

@@ -154,7 +154,7 @@ TrovResult decodeEventExtend(EventExtendList *list, const OctetString *data, uin
         const uint32_t present = length < cursor.remaining ? length : cursor.remaining;
         getBytes(cursor, value + kRawItemBytes, present);
         entry.identifier = 0;
-        value += kRawItemBytes + ((length + 7u) & ~7u);
+        value += kRawItemBytes + roundUp8(uint32_t{length});
     }
     list->entries = entries;
     heapFree(slots);

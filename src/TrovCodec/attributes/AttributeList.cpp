@@ -104,7 +104,7 @@ TrovResult decCalc(PacketCursor &cursor, uint8_t nesting, uint8_t version, Sizes
         } else {
             skipClamped(c, length);
         }
-        sizes.add(roundUp8u16(value.bytes), alignTo(value.extent, 8));
+        sizes.add(roundUp8u16(value.bytes), roundUp8(value.extent));
     }
     cursor = c;
     data.add(sizes.bytes, sizes.extent);
@@ -139,7 +139,7 @@ uint8_t *decode(PacketCursor &cursor, void *head, uint8_t *data, uint8_t nesting
             const uint32_t have = entry.length < cursor.remaining ? entry.length : cursor.remaining;
             getBytes(cursor, next, have);
             std::memset(next + have, 0, entry.length - have);
-            next += alignTo(entry.length, 8);
+            next += roundUp8(uint32_t{entry.length});
         }
     }
     return static_cast<uint8_t *>(alignUp8(next));

@@ -86,7 +86,7 @@ struct FixedValueCodec {
         skipClamped(c, T.prefixBytes + static_cast<uint32_t>(elementBytes));
         const uint32_t records = n * T.recordBytes;
         *out = RecordSize{static_cast<uint16_t>(roundUp8u16(records) + 16),
-                          16 + ((records + 7) & ~7u)};
+                          16 + roundUp8(records)};
         return TROV_RESULT_OK;
     }
 

@@ -90,7 +90,7 @@ TrovResult recordDecCalc(const RecordValueShape &s, PacketCursor *cursor, uint8_
         const Plan *v = variantOf(s, c.position[0]);
         if (v == nullptr) return TROV_RESULT_BAD_VALUE;
         advance(c, 1);
-        const uint32_t fixed = (kVariantOffset + v->record + 7) & ~7u;
+        const uint32_t fixed = roundUp8(uint32_t{kVariantOffset} + v->record);
         sizes.add(static_cast<uint16_t>(fixed), fixed);
         return walkDecCalc(*v, c, sizes, valueEnv(isArray, version));
     };
@@ -116,7 +116,7 @@ void *recordDecode(const RecordValueShape &s, void *record, PacketCursor *cursor
         const uint8_t selector = getU8(c);
         base[0] = selector;
         const Plan *v = variantOf(s, selector);
-        uint8_t *data = base + ((kVariantOffset + v->record + 7) & ~7u);
+        uint8_t *data = base + roundUp8(uint32_t{kVariantOffset} + v->record);
         return alignUp8(walkDecode(*v, c, base + kVariantOffset, data, valueEnv(isArray, version)));
     }
     const uint32_t stride = s.layout->record;

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "engine/CodecTypes.h"
+#include "engine/Cursor.h"
 #include "engine/StructureCodec.h"
 
 namespace trov {
@@ -146,7 +147,7 @@ struct StructureValueCodec {
         return structDecCalc(kFields, kRecordBytes, cursor, size, level(isArray));
     }
     static void *decode(void *record, PacketCursor *cursor, uint8_t isArray, uint8_t) {
-        auto *extra = static_cast<uint8_t *>(record) + ((kRecordBytes + 7u) & ~7u);
+        auto *extra = static_cast<uint8_t *>(record) + roundUp8(uint32_t{kRecordBytes});
         return structDecode(kFields, cursor, record, extra, level(isArray));
     }
     static constexpr ValueCodecOps ops{encCalc, encode, decCalc, decode};

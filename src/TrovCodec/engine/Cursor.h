@@ -17,28 +17,34 @@
 #pragma once
 
 #include <cstddef>
+#include <bit>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "TrovCodec.h"
 
 namespace trov {
 
-// Rounds a 16-bit quantity up to a multiple of 8 the way the record sizes of
-// the protocol are computed: with a 16-bit mask, so 0xFFF9..0xFFFF wrap to 0.
-constexpr uint16_t roundUp8u16(uint32_t n) {
-    return static_cast<uint16_t>((n + 7u) & 0xFFF8u);
+// Rounds n up to a multiple of 8 in n's own unsigned width: the one rounding
+// of decoded data, which starts every piece at a multiple of 8 (record room
+// and extents in 32 or 64 bits, addresses as integers).
+template <typename T>
+constexpr T roundUp8(T n) {
+    static_assert(std::is_unsigned_v<T>);
+    return static_cast<T>((n + 7u) & ~T{7});
 }
 
-// Rounds n up to a multiple of a (a > 0), in 32 bits: record offsets and
-// room, never the protocol's wrapping 16-bit sizes.
+// The same rounding the way the record sizes of the protocol are computed:
+// with a 16-bit mask, so 0xFFF9..0xFFFF wrap to 0.
+constexpr uint16_t roundUp8u16(uint32_t n) { return static_cast<uint16_t>(roundUp8(n)); }
+
+// Rounds n up to a multiple of a (a > 0), in 32 bits: the placement of record
+// fields at their alignment, never the protocol's wrapping 16-bit sizes.
 constexpr uint32_t alignTo(uint32_t n, uint32_t a) { return (n + a - 1) / a * a; }
 
 // Rounds an address up to the next multiple of 8.
-inline void *alignUp8(void *p) {
-    auto v = reinterpret_cast<uintptr_t>(p);
-    return reinterpret_cast<void *>((v + 7u) & ~uintptr_t{7});
-}
+inline void *alignUp8(void *p) { return reinterpret_cast<void *>(roundUp8(reinterpret_cast<uintptr_t>(p))); }
 
 inline void advance(PacketCursor &c, uint32_t n) {
     c.position += n;
@@ -126,24 +132,35 @@ inline void skip(PacketCursor &c, uint32_t n) { advance(c, n); }
 
 // ---- readers ---------------------------------------------------------------
 
+// Host order to and from big-endian: a byte swap on little-endian hosts,
+// which the compiler emits as one instruction (and vectorises in loops).
+inline uint16_t bigEndian(uint16_t v) {
+    return std::endian::native == std::endian::little ? __builtin_bswap16(v) : v;
+}
+inline uint32_t bigEndian(uint32_t v) {
+    return std::endian::native == std::endian::little ? __builtin_bswap32(v) : v;
+}
+
 inline uint16_t loadU16(const uint8_t *p) {
-    return static_cast<uint16_t>((p[0] << 8) | p[1]);
+    uint16_t v;
+    std::memcpy(&v, p, 2);
+    return bigEndian(v);
 }
 
 inline uint32_t loadU32(const uint8_t *p) {
-    return (uint32_t{p[0]} << 24) | (uint32_t{p[1]} << 16) | (uint32_t{p[2]} << 8) | p[3];
+    uint32_t v;
+    std::memcpy(&v, p, 4);
+    return bigEndian(v);
 }
 
 inline void storeU16(uint8_t *p, uint16_t v) {
-    p[0] = static_cast<uint8_t>(v >> 8);
-    p[1] = static_cast<uint8_t>(v);
+    v = bigEndian(v);
+    std::memcpy(p, &v, 2);
 }
 
 inline void storeU32(uint8_t *p, uint32_t v) {
-    p[0] = static_cast<uint8_t>(v >> 24);
-    p[1] = static_cast<uint8_t>(v >> 16);
-    p[2] = static_cast<uint8_t>(v >> 8);
-    p[3] = static_cast<uint8_t>(v);
+    v = bigEndian(v);
+    std::memcpy(p, &v, 4);
 }
 
 inline uint8_t getU8(PacketCursor &c) {

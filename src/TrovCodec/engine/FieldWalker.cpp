@@ -28,7 +28,7 @@ uint32_t optionWireBytes(uint8_t kind, uint8_t length) {
     uint8_t fixed = 0;
     return trovEncCalc_OptionParam(kind, nullptr, &fixed) == TROV_RESULT_OK ? fixed : length;
 }
-uint32_t optionRoom(uint8_t kind, uint8_t length) { return alignTo(trovDecCalc_OptionParam(kind, length), 8); }
+uint32_t optionRoom(uint8_t kind, uint8_t length) { return roundUp8(trovDecCalc_OptionParam(kind, length)); }
 
 // The codec behind an identifier or data type field, the version it codes
 // at, and the result when there is none.
@@ -90,21 +90,6 @@ void readElements(PacketCursor &c, FieldKind kind, uint8_t *data, uint32_t n, bo
     }
 }
 
-// Big-endian element stores for the bulk writers below: a byte swap the
-// compiler emits as one instruction (the byte-by-byte stores of Cursor.h
-// defeat its vectoriser).
-inline uint16_t bigEndian(uint16_t v) {
-    return std::endian::native == std::endian::little ? __builtin_bswap16(v) : v;
-}
-inline uint32_t bigEndian(uint32_t v) {
-    return std::endian::native == std::endian::little ? __builtin_bswap32(v) : v;
-}
-template <class T>
-inline void putBig(uint8_t *out, T v) {
-    v = bigEndian(v);
-    std::memcpy(out, &v, sizeof v);
-}
-
 // Writes n elements whose wire bytes the cursor holds in full, with one
 // test for them all; false (nothing written) when it does not, or when there
 // is nothing to write, and the element-by-element writers take over.
@@ -114,21 +99,21 @@ bool writeElementsAtOnce(PacketCursor &c, FieldKind kind, const uint8_t *data, u
     uint8_t *out = c.position;
     switch (kind) {
     case FieldKind::U16s:
-        for (uint32_t i = 0; i < n; ++i) putBig(out + 2 * i, loadField<uint16_t>(data, 2 * i));
+        for (uint32_t i = 0; i < n; ++i) storeU16(out + 2 * i, loadField<uint16_t>(data, 2 * i));
         break;
     case FieldKind::U32s:
     case FieldKind::WideU32s:
-        for (uint32_t i = 0; i < n; ++i) putBig(out + 4 * i, loadField<uint32_t>(data, 4 * i));
+        for (uint32_t i = 0; i < n; ++i) storeU32(out + 4 * i, loadField<uint32_t>(data, 4 * i));
         break;
     case FieldKind::ByteU32Items:
         for (uint32_t i = 0; i < n; ++i) {
             out[5 * i] = data[8 * i];
-            putBig(out + 5 * i + 1, loadField<uint32_t>(data, 8 * i + 4));
+            storeU32(out + 5 * i + 1, loadField<uint32_t>(data, 8 * i + 4));
         }
         break;
     case FieldKind::U32ByteItems:
         for (uint32_t i = 0; i < n; ++i) {
-            putBig(out + 5 * i, loadField<uint32_t>(data, 8 * i));
+            storeU32(out + 5 * i, loadField<uint32_t>(data, 8 * i));
             out[5 * i + 4] = data[8 * i + 4];
         }
         break;
@@ -351,7 +336,7 @@ TrovResult walkDecCalc(const Plan &plan, PacketCursor &cursor, Sizes &data, cons
             if (f.kind == FieldKind::Attribute) { // a body's value, as its codec reports it
                 sizes.add(decoded.bytes, decoded.extent > decoded.bytes ? decoded.extent : decoded.bytes);
             } else if (f.kind == FieldKind::TypedValue) {
-                sizes.add(roundUp8u16(decoded.bytes), alignTo(decoded.extent, 8));
+                sizes.add(roundUp8u16(decoded.bytes), roundUp8(decoded.extent));
             } else {
                 const uint32_t room = reservedValueRoom(key);
                 // A value that outgrows its type's room would run into what follows.
@@ -478,7 +463,7 @@ uint8_t *walkDecodeFrom(const Plan &plan, uint8_t first, PacketCursor &c, uint8_
             PacketCursor probe = c;
             RecordSize decoded{};
             ops->decCalc(&probe, kArrayForm, &decoded, kValueVersion);
-            uint32_t room = alignTo(decoded.extent, 8);
+            uint32_t room = roundUp8(decoded.extent);
             if (f.kind == FieldKind::ReservedValue) {
                 room = reservedValueRoom(type);
                 if (room == 0) { // read over; the pointer is left as it was

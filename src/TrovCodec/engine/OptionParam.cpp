@@ -25,8 +25,6 @@ constexpr uint8_t fixedValueBytes(uint8_t kind) {
     return kind < sizeof sizes ? sizes[kind] : kNoFixedSize;
 }
 
-uintptr_t roundUp8(uintptr_t v) { return (v + 7u) & ~uintptr_t{7}; }
-
 } // namespace
 } // namespace trov
 

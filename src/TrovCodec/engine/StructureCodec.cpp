@@ -31,8 +31,6 @@ using ScalarImage = uint8_t[8];
 
 bool hasImage(uint16_t width) { return width == 1 || width == 2 || width == 4 || width == 8; }
 
-// Rounds up to a multiple of 8 without the 16-bit mask: the extent side.
-uint64_t roundUp8(uint64_t n) { return (n + 7) & ~uint64_t{7}; }
 
 void imageFromRecord(const uint8_t *field, uint16_t width, ScalarImage &image) {
     if (hasImage(width)) std::memcpy(image, field, width);
@@ -175,7 +173,7 @@ TrovResult sizeOptionList(PacketCursor &cursor, OptionListSize &size) {
         const uint32_t n = optionValueBytes(kind, length);
         if (cursor.remaining < n) return TROV_RESULT_SHORT_INPUT;
         skip(cursor, n);
-        total += roundUp8(trovDecCalc_OptionParam(kind, length));
+        total += roundUp8(static_cast<uint64_t>(trovDecCalc_OptionParam(kind, length)));
     }
     size.figure = roundUp8u16(static_cast<uint32_t>(total));
     size.extent = total;
@@ -349,7 +347,7 @@ struct DecCalcPass {
 
     void add(uint32_t n) {
         figure = static_cast<uint16_t>(figure + roundUp8u16(n));
-        extent += roundUp8(n);
+        extent += roundUp8(static_cast<uint64_t>(n));
     }
     bool take(uint32_t n) {
         if (cursor.remaining < n) return false;
@@ -395,7 +393,7 @@ struct DecCalcPass {
         // descriptor are no longer counted in it. The extent keeps them.
         const uint32_t elements = uint32_t{count} * f.size;
         figure = roundUp8u16(elements);
-        extent += roundUp8(elements);
+        extent += roundUp8(static_cast<uint64_t>(elements));
         const uint16_t fixed = structFixedWireSize(f.nested);
         for (uint32_t i = 0; i < count; ++i) {
             if (cursor.remaining < fixed) return TROV_RESULT_SHORT_INPUT;
@@ -419,7 +417,7 @@ struct DecCalcPass {
         if (row->decCalc(&cursor, attributeFlag(level), &size, kAttributeVersion) != TROV_RESULT_OK)
             return TROV_RESULT_SHORT_INPUT;
         figure = static_cast<uint16_t>(figure + roundUp8u16(size.bytes));
-        extent += roundUp8(size.extent);
+        extent += roundUp8(static_cast<uint64_t>(size.extent));
         return TROV_RESULT_OK;
     }
 };
@@ -513,7 +511,7 @@ struct DecodePass {
             if (area.fits(size.extent)) {
                 uint8_t *value = area.next;
                 void *after = row->decode(value, &cursor, attributeFlag(level), kAttributeVersion);
-                area.moveTo(static_cast<uint8_t *>(after), value + roundUp8(size.extent));
+                area.moveTo(static_cast<uint8_t *>(after), value + roundUp8(static_cast<uint64_t>(size.extent)));
                 entry.value = value;
             }
             // Resume where the size pass found the value's end, whatever the
@@ -563,7 +561,7 @@ TrovResult structDecCalc(const StructField *d, uint16_t fixedRecordBytes, Packet
     DecCalcPass pass{c};
     pass.level = level;
     if (walk(d, pass) != TROV_RESULT_OK) return TROV_RESULT_SHORT_INPUT;
-    const uint64_t extent = roundUp8(fixedRecordBytes) + pass.extent;
+    const uint64_t extent = roundUp8(static_cast<uint64_t>(fixedRecordBytes)) + pass.extent;
     size->bytes = static_cast<uint16_t>(roundUp8u16(fixedRecordBytes) + pass.figure);
     size->extent = extent > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(extent);
     *cursor = c;

@@ -66,7 +66,7 @@ TrovResult structuredReplyDecCalc(const StructField *d, const PacketCursor *curs
 
 void *structuredReplyDecode(const StructField *d, void *record, PacketCursor *cursor) {
     if (d == nullptr || record == nullptr || cursor == nullptr) return record;
-    return structDecode(d, cursor, record, static_cast<uint8_t *>(record) + alignTo(structRecordSize(d), 8));
+    return structDecode(d, cursor, record, static_cast<uint8_t *>(record) + roundUp8(uint32_t{structRecordSize(d)}));
 }
 
 } // namespace trov

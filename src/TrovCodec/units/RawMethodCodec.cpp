@@ -28,7 +28,7 @@ TrovResult rawDecCalc(const PacketCursor *cursor, uint16_t *paramsLength, Record
     const uint32_t n = cursor->remaining;
     *paramsLength = static_cast<uint16_t>(n);
     recordBytes->bytes = roundUp8u16(n);
-    recordBytes->extent = n > UINT32_MAX - 7 ? UINT32_MAX : (n + 7) & ~7u;
+    recordBytes->extent = n > UINT32_MAX - 7 ? UINT32_MAX : roundUp8(n);
     return TROV_RESULT_OK;
 }
 

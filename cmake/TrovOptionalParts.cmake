@@ -1,6 +1,8 @@
-# Decides which optional parts are built, from TROV_BUILD_TOOLS, _TESTS and
-# _BENCH (ON, OFF or AUTO) and the packages found. Sets TROV_<PART>_ENABLED
-# and, for the tests, TROV_GTEST_FROM (INSTALLED or SOURCE).
+# Decides which optional parts are built, from TROV_BUILD_TOOLS, _TESTS,
+# _BENCH and _PYTHON (ON, OFF or AUTO) and the packages found. Sets
+# TROV_<PART>_ENABLED and, for the tests, TROV_GTEST_FROM (INSTALLED or
+# SOURCE); for the Python package, TROV_PYTEST_FOUND (pytest and hypothesis
+# import in the interpreter the module is built for).
 #
 # A part left at AUTO whose packages are missing is switched off with one line
 # naming the Debian packages that bring them; a part forced ON whose packages
@@ -79,5 +81,62 @@ macro(trov_resolve_parts)
     endif()
   endif()
   trov_decide_part(BENCH "benchmarks" ${_trov_missing})
+
+  # The Python package: a pybind11 module over the tool's core, for the
+  # interpreter Debian's python3-dev and pybind11-dev serve (/usr/bin/python3
+  # unless Python3_EXECUTABLE says otherwise). It is loaded into a plain
+  # interpreter, so a cross build or a sanitizer build leaves it out at AUTO.
+  set(_trov_missing "")
+  set(_trov_python_reason "")
+  set(TROV_PYTEST_FOUND OFF)
+  string(TOUPPER "${TROV_BUILD_PYTHON}" _trov_python_choice)
+  if(TROV_BUILD_PYTHON AND _trov_python_choice STREQUAL "AUTO")
+    if(CMAKE_CROSSCOMPILING)
+      set(_trov_python_reason "not in a cross build")
+    elseif(CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+      set(_trov_python_reason "not in a sanitizer build (the module must load into a plain interpreter)")
+    elseif(NOT TROV_TOOLS_ENABLED)
+      set(_trov_python_reason "it is built on the trov tool's core, which is off")
+    endif()
+  endif()
+  if(_trov_python_reason)
+    message(STATUS "TrovCodec: Python package off: ${_trov_python_reason} "
+                   "(-DTROV_BUILD_PYTHON=OFF silences this)")
+    set(TROV_PYTHON_ENABLED OFF)
+  else()
+    if(TROV_BUILD_PYTHON)
+      if(NOT DEFINED Python3_EXECUTABLE AND EXISTS /usr/bin/python3)
+        set(Python3_EXECUTABLE /usr/bin/python3 CACHE FILEPATH "The Python the trovcodec module is built for")
+      endif()
+      find_package(Python3 3.8 QUIET COMPONENTS Interpreter Development.Module)
+      if(NOT Python3_Development.Module_FOUND)
+        list(APPEND _trov_missing python3-dev)
+      endif()
+      if(Python3_Interpreter_FOUND)
+        execute_process(COMMAND ${Python3_EXECUTABLE} -c "import pybind11; print(pybind11.get_cmake_dir())"
+                        OUTPUT_VARIABLE _trov_pybind11_dir OUTPUT_STRIP_TRAILING_WHITESPACE
+                        RESULT_VARIABLE _trov_status ERROR_QUIET)
+        execute_process(COMMAND ${Python3_EXECUTABLE} -c "import pytest, hypothesis"
+                        RESULT_VARIABLE _trov_pytest_status OUTPUT_QUIET ERROR_QUIET)
+        if(_trov_pytest_status EQUAL 0)
+          set(TROV_PYTEST_FOUND ON)
+        endif()
+      endif()
+      set(PYBIND11_FINDPYTHON ON)
+      find_package(pybind11 2.6 CONFIG QUIET HINTS ${_trov_pybind11_dir})
+      if(NOT pybind11_FOUND)
+        list(APPEND _trov_missing pybind11-dev)
+      endif()
+      if(NOT TROV_BUILD_TOOLS)
+        message(FATAL_ERROR "TrovCodec: -DTROV_BUILD_PYTHON=${TROV_BUILD_PYTHON} needs the trov tool's core: "
+                            "leave TROV_BUILD_TOOLS at AUTO or ON")
+      elseif(NOT TROV_TOOLS_ENABLED)
+        list(APPEND _trov_missing nlohmann-json3-dev libcli11-dev)
+      endif()
+    endif()
+    trov_decide_part(PYTHON "Python package" ${_trov_missing})
+  endif()
   unset(_trov_missing)
+  unset(_trov_python_reason)
+  unset(_trov_python_choice)
 endmacro()

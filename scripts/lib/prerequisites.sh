@@ -30,3 +30,8 @@ TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils libcli11-dev nlohmann-j
 TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev pkg-config
                     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64
                     lld llvm protobuf-compiler libprotobuf-dev)
+# The Python package (python/): Debian's Python with its headers, pybind11
+# (its headers for CMake, its Python package for pip's build), setuptools, pip
+# and venv to install it, and pytest with hypothesis to test it.
+TROV_PYTHON_PACKAGES=(python3-dev pybind11-dev python3-pybind11 python3-setuptools python3-pip python3-venv
+                      python3-pytest python3-hypothesis)

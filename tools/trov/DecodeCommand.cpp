@@ -48,10 +48,12 @@ std::string layoutName(const TrovLayoutInfo &layout, uint16_t code, bool request
     return "body " + hex16(code) + (request ? " request" : " reply");
 }
 
-Json decodedBody(const TrovLayoutInfo &layout, uint16_t code, const void *record, uint8_t version, bool request) {
-    return Json{{"status", "decoded"},
-                {"layout", layoutName(layout, code, request)},
-                {"fields", recordToJson(layout, record, version, request)}};
+Json decodedBody(const TrovLayoutInfo &layout, uint16_t code, const void *record, uint8_t version, bool request,
+                 const FieldsHook *hook) {
+    Json fields;
+    if (hook != nullptr) (*hook)(layout, record, version, request);
+    else fields = recordToJson(layout, record, version, request);
+    return Json{{"status", "decoded"}, {"layout", layoutName(layout, code, request)}, {"fields", std::move(fields)}};
 }
 
 // Frees what an allocating TROV_DecodeFU handed over.
@@ -64,7 +66,7 @@ struct DecodeResultOwner {
 };
 
 void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &bytes, uint64_t offset,
-                 bool &failed) {
+                 bool &failed, const FieldsHook *hook) {
     PacketCursor cursor{bytes.data(), static_cast<uint32_t>(bytes.size())};
     HeaderInfo info{};
     DecodeResultOwner owner;
@@ -87,11 +89,12 @@ void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &b
         return;
     }
     if (!described) layout = TrovLayoutInfo{nullptr, 0, 0, nullptr, TROV_LAYOUT_NONE, 0, 0};
-    packet["body"] = decodedBody(layout, info.code, owner.result.record, static_cast<uint8_t>(info.version), false);
+    packet["body"] =
+        decodedBody(layout, info.code, owner.result.record, static_cast<uint8_t>(info.version), false, hook);
 }
 
 void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uint8_t> &bytes, uint64_t offset,
-                   bool &failed) {
+                   bool &failed, const FieldsHook *hook) {
     packet["unitType"] = header.extension;
     const auto version = static_cast<uint8_t>(header.version);
     if (header.mark != TROV_PROTOCOL_MARK) {
@@ -116,7 +119,7 @@ void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uin
         packet["body"] = failedBody(r, offset + TROV_HEADER_LENGTH + stoppedAt);
         return;
     }
-    packet["body"] = decodedBody(layout, header.code, record, version, true);
+    packet["body"] = decodedBody(layout, header.code, record, version, true, hook);
 }
 
 // One input, to `out` in `style`; `first` tracks the JSON array's separators.
@@ -157,7 +160,8 @@ private:
 
 } // namespace
 
-Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool request, bool &failed) {
+Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool request, bool &failed,
+                  const FieldsHook *fields) {
     Json packet = Json::object();
     packet["offset"] = offset;
     packet["length"] = bytes.size();
@@ -172,9 +176,19 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
     }
     packet["header"] = headerJson(header);
     if (request)
-        decodeRequest(packet, header, copy, offset, failed);
+        decodeRequest(packet, header, copy, offset, failed, fields);
     else
-        decodeReply(packet, header, copy, offset, failed);
+        decodeReply(packet, header, copy, offset, failed, fields);
+    return packet;
+}
+
+Json decodeItem(const PacketItem &item, bool request, bool &failed, const FieldsHook *fields) {
+    if (item.kind == PacketItem::Kind::Packet) return decodePacket(item.bytes, item.offset, request, failed, fields);
+    failed = true;
+    Json packet = Json::object();
+    packet["offset"] = item.offset;
+    packet["trailing"] = item.bytes.size();
+    packet["body"] = failedBody(TROV_RESULT_SHORT_INPUT, item.offset);
     return packet;
 }
 
@@ -213,14 +227,7 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
             Json packet = Json::object();
             bool failed = false;
             if (named) packet["file"] = name;
-            if (item.kind == PacketItem::Kind::Trailing) {
-                failed = true;
-                packet["offset"] = item.offset;
-                packet["trailing"] = item.bytes.size();
-                packet["body"] = failedBody(TROV_RESULT_SHORT_INPUT, item.offset);
-            } else {
-                packet.update(decodePacket(item.bytes, item.offset, options.request, failed));
-            }
+            packet.update(decodeItem(item, options.request, failed));
             if (failed && status == kExitOk) status = kExitPacketFailed;
             writer.write(packet);
             if (!out) return kExitInputError; // the reader went away

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <istream>
 #include <ostream>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "PacketInput.h"
 #include "RecordJson.h"
+#include "TrovLayout.h"
 
 namespace trov {
 
@@ -24,9 +26,20 @@ struct DecodeOptions {
 // Exit codes of the commands.
 enum ExitCode : int { kExitOk = 0, kExitPacketFailed = 1, kExitInputError = 2 };
 
+// Prints a decoded body's record in place of recordToJson (a binding making
+// its own objects through RecordPrinter.h): the packet object's "fields"
+// is then null, for the caller to fill. Called while the record lives.
+using FieldsHook = std::function<void(const TrovLayoutInfo &layout, const void *record, uint8_t version, bool request)>;
+
 // The packet object of one framed packet found at `offset` of its input.
 // Sets `failed` when the header or the body failed to decode.
-Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool request, bool &failed);
+Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool request, bool &failed,
+                  const FieldsHook *fields = nullptr);
+
+// The packet object of one framed item (PacketInput::next) of kind Packet or
+// Trailing: what `trov decode` prints for it, without "file". Sets `failed`
+// when the item failed to decode (trailing bytes always do).
+Json decodeItem(const PacketItem &item, bool request, bool &failed, const FieldsHook *fields = nullptr);
 
 // Decodes every input in `files` ("-": `in`; empty: `in`) to `out`, errors to
 // `err`. Returns 0 when every packet decoded (skipped bodies included), 1

@@ -34,25 +34,13 @@ void writeHex(const std::vector<uint8_t> &bytes, std::ostream &out) {
     }
 }
 
-// Why a packet object from `trov decode` has nothing to encode, or empty.
-std::string skipReason(const Json &packet) {
-    if (!packet.is_object()) return {};
-    if (packet.contains("trailing")) return "trailing bytes, not a packet";
-    const auto body = packet.find("body");
-    if (body == packet.end() || !body->is_object()) return {};
-    const auto status = body->find("status");
-    if (status == body->end() || (status->is_string() && *status == "decoded")) return {};
-    if (!status->is_string()) return "its body's status is not a string";
-    return "its body was not decoded (status \"" + status->get<std::string>() + "\")";
-}
-
 class Encoder {
 public:
     Encoder(bool raw, std::ostream &out, std::ostream &err) : raw_(raw), out_(out), err_(err) {}
 
     // One packet object; false after an error (reported).
     bool packet(const Json &packet, const std::string &where, const std::string &path) {
-        const std::string reason = skipReason(packet);
+        const std::string reason = undecodedReason(packet);
         if (!reason.empty()) {
             err_ << "trov encode: " << where << (path.empty() ? "/" : path) << ": skipped: " << reason << '\n';
             return true;
@@ -141,6 +129,17 @@ int encodeText(const std::string &text, const std::string &name, Encoder &encode
 }
 
 } // namespace
+
+std::string undecodedReason(const Json &packet) {
+    if (!packet.is_object()) return {};
+    if (packet.contains("trailing")) return "trailing bytes, not a packet";
+    const auto body = packet.find("body");
+    if (body == packet.end() || !body->is_object()) return {};
+    const auto status = body->find("status");
+    if (status == body->end() || (status->is_string() && *status == "decoded")) return {};
+    if (!status->is_string()) return "its body's status is not a string";
+    return "its body was not decoded (status \"" + status->get<std::string>() + "\")";
+}
 
 int encodeJsonText(const std::string &text, const std::string &name, bool raw, std::ostream &out,
                    std::ostream &err) {

@@ -4,7 +4,13 @@
 #include <ostream>
 #include <string>
 
+#include "RecordJson.h"
+
 namespace trov {
+
+// Why a packet object from `trov decode` has nothing to encode (its body was
+// skipped or failed, or it stands for trailing bytes); empty when it has.
+std::string undecodedReason(const Json &packet);
 
 // Reads packet objects (one, an array, or one per line) from `path` ("-":
 // standard input) and writes each packet as hex text, or raw bytes when

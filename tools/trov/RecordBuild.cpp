@@ -264,6 +264,7 @@ public:
             fail(path + (method ? "/method" : type ? "/type" : "/id"),
                  "unknown " + what + hex16(miss.code) + (miss.version == 0 && !method ? " at version 0" : "") + " (" +
                      TROV_ResultName(miss.result) + ")");
+            error_.result = miss.result;
             break;
         }
         case Of::Variant: fail(path + "/selector", "no variant has selector " + std::to_string(miss.code)); break;
@@ -398,7 +399,8 @@ bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8
     const TrovResult described = TROV_DescribeBody(info.code, version, 1, &layout);
     if (described != TROV_RESULT_OK) {
         error = {path + "/header/code", "no request layout for body code " + hex16(info.code) + " at version " +
-                                            std::to_string(version) + " (" + TROV_ResultName(described) + ")"};
+                                            std::to_string(version) + " (" + TROV_ResultName(described) + ")",
+                 described};
         return false;
     }
     const auto body = packet.find("body");
@@ -421,7 +423,8 @@ bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8
     const TrovResult result = TROV_EncodeFU(&info, record, &output);
     if (result != TROV_RESULT_OK) {
         error = {path + "/body", std::string("encoding failed: ") + TROV_ResultName(result) + " (" +
-                                     TROV_ResultMeaning(result) + ")"};
+                                     TROV_ResultMeaning(result) + ")",
+                 result};
         return false;
     }
     bytes.assign(output.data, output.data + output.length);

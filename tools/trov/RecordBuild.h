@@ -29,6 +29,9 @@ private:
 struct JsonError {
     std::string path;    // JSON pointer of the offending value, e.g. "/body/fields/value3"
     std::string message; // what is wrong with it
+    // The library's result where the library refused (no codec for a code, a
+    // failed encode); a value that does not fit its field is BAD_VALUE.
+    TrovResult result = TROV_RESULT_BAD_VALUE;
 };
 
 // The record of `layout` built from its "fields" JSON (at JSON pointer `path`);

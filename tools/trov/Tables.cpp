@@ -110,6 +110,34 @@ void writeRows(const char *title, const Json &rows, std::ostream &out) {
 
 } // namespace
 
+TrovResult describeLayout(LayoutFamily family, uint16_t code, uint8_t version, bool request, Json &out) {
+    TrovLayoutInfo layout{};
+    TrovResult r = TROV_RESULT_OK;
+    const char *name = "body";
+    const char *side = request ? "request" : "reply";
+    switch (family) {
+    case LayoutFamily::Body: r = TROV_DescribeBody(code, version, request, &layout); break;
+    case LayoutFamily::Method:
+        name = "method";
+        r = TROV_DescribeMethod(code, version, request, &layout);
+        break;
+    case LayoutFamily::Event:
+        name = "event", side = nullptr;
+        r = TROV_DescribeEvent(code, version, &layout);
+        break;
+    case LayoutFamily::Attribute:
+        name = "attribute", side = nullptr;
+        r = TROV_DescribeAttribute(code, version, &layout);
+        break;
+    case LayoutFamily::DataType:
+        name = "data type", side = nullptr;
+        r = TROV_DescribeDataType(code, version, &layout);
+        break;
+    }
+    if (r == TROV_RESULT_OK) out = layoutJson(name, code, side, layout);
+    return r;
+}
+
 Json tablesJson() {
     TROV_InitCoder();
     Json bodies = Json::array();

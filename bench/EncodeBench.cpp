@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
+#include <vector>
 
 #include "Workloads.h"
 
@@ -98,5 +99,37 @@ void BM_ProtobufSerializeHeaderOnly(benchmark::State &state) {
     protobufSerializeLoop(state, m);
 }
 BENCHMARK(BM_ProtobufSerializeHeaderOnly);
+
+// Refusing a record whose entries share their values: attribute 0x08CC
+// nested `depth` levels, 256 entries a level all pointing at the next level
+// (256^depth paths through about 256 x depth entries). The size pass stops
+// once no length field can state the value, so the refusal takes the same
+// time at every depth; a pass over every path would take hours at depth 4.
+void BM_RefuseSharedNestedLists(benchmark::State &state) {
+    TROV_InitCoder();
+    const auto depth = static_cast<size_t>(state.range(0));
+    struct Level {
+        AttributeArrayHeader value;
+        AttributeList list;
+        std::vector<AttributeEntry> entries;
+    };
+    std::vector<Level> levels(depth + 1);
+    for (size_t i = depth + 1; i-- > 0;) {
+        Level &l = levels[i];
+        if (i < depth) l.entries.assign(256, AttributeEntry{0x08CC, 0, &levels[i + 1].value});
+        l.list = AttributeList{static_cast<uint16_t>(l.entries.size()), l.entries.empty() ? nullptr : l.entries.data()};
+        l.value = AttributeArrayHeader{1, &l.list};
+    }
+    AttributeBody body{0x08CC, &levels[0].value, {nullptr, 0, 0}};
+    for (auto _ : state) {
+        HeaderInfo info{0xA7E5, 0x10, 0, 0x12, 0, 0, 0, 0, 0};
+        EncodeOutput out{nullptr, 0};
+        if (TROV_EncodeFU(&info, &body, &out) != TROV_RESULT_SHORT_INPUT) {
+            state.SkipWithError("the record was not refused");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_RefuseSharedNestedLists)->Arg(2)->Arg(4)->Arg(8);
 
 } // namespace

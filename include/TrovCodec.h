@@ -323,7 +323,9 @@ TROV_API TrovResult TROV_DecodeFP(HeaderInfo *info, DecodeResult *result,
  * `value` takes (isArray non-zero: the value is an array header and a count
  * prefix is counted). The codec is chosen by info->version. The size is the
  * protocol's 16-bit figure: a value longer than 65535 bytes wraps (the
- * encoders refuse such a value). Pointers the size does not depend on are
+ * encoders refuse such a value; lists and arrays in it are sized only until
+ * it passes 65535 bytes, so the figure is then that of the part sized,
+ * however often the record reuses a value). Pointers the size does not depend on are
  * not followed. Results: 0; 1 NULL argument, or a NULL pointer the size
  * depends on; 10 no attribute codec; otherwise the codec's result. */
 TROV_API TrovResult TROV_GetAttributePacketSize(const HeaderInfo *info, uint16_t attributeId,

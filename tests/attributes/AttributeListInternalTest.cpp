@@ -211,5 +211,36 @@ TEST_F(AttributeListTest, NestingIsBoundedNotRecursedWithoutLimit) {
     }
 }
 
+// Entries that share one value: 256 entries a level, each pointing at the
+// same next level, 4 levels deep, make 256^4 paths through a record of about
+// a thousand entries. Sizing each path took hours; the size pass stops once
+// no length field can state the value, and the encoder refuses it (5) with
+// nothing written. (Its speed is measured by the benchmarks.)
+TEST_F(AttributeListTest, SharedValuesAreSizedOncePastTheLimit) {
+    constexpr int kDepth = 4, kFanout = 256;
+    struct SharedLevel {
+        AttributeArrayHeader value;
+        AttributeList list;
+        std::vector<AttributeEntry> entries;
+    };
+    std::vector<SharedLevel> levels(kDepth + 1);
+    for (int i = kDepth; i >= 0; --i) {
+        SharedLevel &l = levels[i];
+        if (i < kDepth) l.entries.assign(kFanout, AttributeEntry{0x08CC, 0, &levels[i + 1].value});
+        l.list = AttributeList{static_cast<uint16_t>(l.entries.size()), l.entries.empty() ? nullptr : l.entries.data()};
+        l.value = {1, &l.list};
+    }
+    const ValueCodecOps &ops = AttributeCodecTable[103].ops;
+    WireSize size;
+    ASSERT_EQ(ops.encCalc(&levels[0].value, 1, &size, kVersion), 0u);
+    EXPECT_TRUE(size.pastLimit());
+
+    AttributeBody body{0x08CC, &levels[0].value, {nullptr, 0, 0}};
+    HeaderInfo info{0xA7E5, 0x10, 0, 0x12, 0, 0, 0, 0, 0};
+    EncodeOutput out{nullptr, 0};
+    EXPECT_EQ(TROV_EncodeFU(&info, &body, &out), TROV_RESULT_SHORT_INPUT);
+    EXPECT_EQ(out.data, nullptr);
+}
+
 } // namespace
 } // namespace trov

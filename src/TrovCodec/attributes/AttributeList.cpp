@@ -50,6 +50,7 @@ TrovResult encCalc(const void *head, uint8_t nesting, uint8_t version, WireSize 
             if (entry.length != 0 && entry.value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
             total.add(entry.length);
         }
+        if (total.pastLimit()) break; // refused whatever follows (WireSize::kSizingLimit)
     }
     size.add(total);
     return TROV_RESULT_OK;

@@ -52,7 +52,8 @@ TrovResult recordEncCalc(const RecordValueShape &s, const void *value, uint8_t i
         if (n != 0 && e == nullptr) return TROV_RESULT_NULL_ARGUMENT; // their fields give the size
         const uint32_t stride = s.layout != nullptr ? s.layout->record : 0;
         total.add(2);
-        for (uint32_t i = 0; i < n; ++i, e += stride)
+        // Refused whatever follows past the sizing limit (WireSize::kSizingLimit).
+        for (uint32_t i = 0; i < n && !total.pastLimit(); ++i, e += stride)
             if (TrovResult r = element(e)) return r;
     }
     *packetBytes = total;

@@ -38,6 +38,15 @@ struct WireSize {
     uint32_t extent = 0;
     bool nullData = false;
 
+    // Past this extent no length field can state a value and every encoder
+    // refuses it, so the size passes over lists and arrays stop there: a
+    // record whose entries share one value many times over would otherwise
+    // be sized once per path through it, which grows exponentially with its
+    // depth. Sizes above the limit are then those of the part sized (the
+    // encoders' answer, 5, is the same).
+    static constexpr uint32_t kSizingLimit = 0xFFFF;
+    constexpr bool pastLimit() const { return extent > kSizingLimit; }
+
     static constexpr WireSize of(uint32_t n) { return WireSize{static_cast<uint16_t>(n), n, false}; }
     constexpr void add(const WireSize &s) {
         bytes = static_cast<uint16_t>(bytes + s.bytes);

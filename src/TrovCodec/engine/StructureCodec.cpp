@@ -259,7 +259,8 @@ struct EncCalcPass {
             unsizable = true;
             return TROV_RESULT_OK;
         }
-        for (uint32_t i = 0; i < count; ++i) sub(f.nested, elements + size_t{i} * f.size);
+        // Refused whatever follows past the sizing limit (WireSize::kSizingLimit).
+        for (uint32_t i = 0; i < count && !total.pastLimit(); ++i) sub(f.nested, elements + size_t{i} * f.size);
         return TROV_RESULT_OK;
     }
     TrovResult attribute(uint16_t at) {

@@ -463,12 +463,14 @@ DecodeReport decodeInto(Bytes packet, Record &record, void *storage = nullptr, s
     static_assert(std::is_trivially_copyable<Record>::value && !std::is_pointer<Record>::value,
                   "pass a body record");
     DecodeReport report;
-    if (packet.size() >= TROV_HEADER_LENGTH) {
-        const auto code = static_cast<std::uint16_t>(packet[4] << 8 | packet[5]);
-        if (detail::listed(code, ReplyCodes{}) && !replyRecordIs<Record>(code)) {
-            report.result = Result::WrongRecord;
-            return report;
-        }
+    // The body code through the library's own header reader (a packet it
+    // cannot read is left for the decode to refuse).
+    std::uint16_t code = 0;
+    const PacketCursor header = detail::cursorOver(packet);
+    if (TROV_GetFromPacket(TROV_FIELD_CODE, &header, &code) == TROV_RESULT_OK &&
+        detail::listed(code, ReplyCodes{}) && !replyRecordIs<Record>(code)) {
+        report.result = Result::WrongRecord;
+        return report;
     }
     std::memset(static_cast<void *>(&record), 0, sizeof record);
     if constexpr (detail::HasBuffer<Record>::value) {

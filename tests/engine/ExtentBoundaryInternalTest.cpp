@@ -114,7 +114,7 @@ uint16_t unknownId() {
 struct ValueShape {
     const FixedValueType *fixed = nullptr;
     const RecordValueType *record = nullptr;
-    const StructField *structure = nullptr;
+    const Plan *structure = nullptr;
 };
 
 ValueShape shapeOfRow(uint16_t row) {
@@ -124,7 +124,7 @@ ValueShape shapeOfRow(uint16_t row) {
     for (const RecordValueType &t : kRecordValueTypes)
         if (t.row == row) s.record = &t;
     for (const StructureValueType &t : kStructureValueTypes)
-        if (t.row == row) s.structure = t.fields;
+        if (t.row == row) s.structure = t.plan;
     return s;
 }
 
@@ -207,31 +207,36 @@ void optionListWire(Wire &w, uint32_t n) {
 
 // A record described for the structure codec: every count n, except inside
 // nested records and array elements (so that 256 hops stay small).
-void structureWire(Wire &w, const StructField *d, uint32_t n) {
+void structureWire(Wire &w, const Plan &d, uint32_t n) {
     uint32_t count = 0;
-    for (const StructField *f = d; f->number != 0; ++f) {
-        if (structIsScalar(f->kind) && f->countFlag != 0) w.number(f->size, count = fit(n, f->size));
-        else if (structIsScalar(f->kind)) w.fill(f->size);
-        else if (f->kind == kStructOctets || f->kind == kStructChars) w.fill(count);
-        else if (f->kind == kStructNested) structureWire(w, f->nested, n % 10);
-        else if (f->kind == kStructOptions) optionListWire(w, n);
-        else if (f->kind == kStructArray) {
-            for (uint32_t i = 0; i < count; ++i) structureWire(w, f->nested, (n + i) % 10);
-        } else if (f->kind == kStructAttribute) {
+    for (uint8_t i = 0; i < d.count; ++i) {
+        const Field &f = d.fields[i];
+        switch (f.kind) {
+        case FieldKind::Count: w.number(f.prefix, count = fit(n, f.prefix)); break;
+        case FieldKind::Octets:
+        case FieldKind::Chars: w.fill(count); break;
+        case FieldKind::Record: structureWire(w, *f.nested, n % 10); break;
+        case FieldKind::Options: optionListWire(w, n); break;
+        case FieldKind::Records:
+            for (uint32_t k = 0; k < count; ++k) structureWire(w, *f.nested, (n + k) % 10);
+            break;
+        case FieldKind::Entry: {
             Wire value;
             valueWire(value, shapeOfRow(kCharsRow), n, 1);
             w.number(2, attributeId(kCharsRow));
             w.number(2, static_cast<uint32_t>(value.bytes.size()));
             w.append(value);
+            break;
         }
-        if (!structIsScalar(f->kind) && f->kind != kStructNested && f->kind != kStructOptions) count = 0;
+        default: w.fill(kindInfo(f.kind).wire); break;
+        }
     }
 }
 
 // A value in scalar form (isArray 0) or array form; a selector type's
 // variant `selector`. Arrays of records hold up to two elements.
 void valueWire(Wire &w, const ValueShape &s, uint32_t n, uint8_t isArray, uint8_t selector) {
-    if (s.structure != nullptr) return structureWire(w, s.structure, n);
+    if (s.structure != nullptr) return structureWire(w, *s.structure, n);
     if (s.fixed != nullptr) {
         if (s.fixed->prefixBytes == 0 || isArray == 0) return w.fill(s.fixed->wireBytes);
         return w.counted(s.fixed->prefixBytes, n, s.fixed->wireBytes);
@@ -521,7 +526,7 @@ Wire methodReplyWire(uint16_t code, uint32_t n) {
     Wire w;
     const size_t i = methodIndex(code);
     if (i == kMethodCount) w.fill(n);
-    else if (kMethods[i].reply == MethodReply::Structured) structureWire(w, kMethods[i].replyDescriptor, n);
+    else if (kMethods[i].reply == MethodReply::Structured) structureWire(w, *kMethods[i].replyDescriptor, n);
     else planWire(w, kMethodPlans[i].reply, n);
     return w;
 }

@@ -1,6 +1,7 @@
-// The structure codec's four walks on the test's own descriptors: golden bytes
-// worked out by hand, decode sizes (the kind-12 reset, counts, option lists,
-// attribute values), record offsets, round trips and the nesting bound.
+// The walker's passes over structured records, on the test's own plans:
+// golden bytes worked out by hand, decode sizes (the array reset, counts,
+// option lists, attribute entries), record offsets, round trips and the
+// nesting bound.
 // Attribute rows are the test's own, installed per test.
 #include <gtest/gtest.h>
 
@@ -11,7 +12,7 @@
 
 #include "api/Dispatch.h"
 #include "engine/Cursor.h"
-#include "engine/StructureCodec.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
 namespace {
@@ -44,7 +45,9 @@ void *u32Decode(void *r, PacketCursor *c, uint8_t, uint8_t) {
 }
 TrovResult failEncCalc(const void *, uint8_t, WireSize *, uint8_t) { return 1; }
 
-constexpr StructField kDeep[] = {structField(1, kStructAttribute, 16), structEnd()};
+using namespace fields;
+constexpr Field kDeepFields[] = {entry};
+constexpr Plan kDeep = structurePlan(kDeepFields);
 // A structure row passes the array flag it gets on as its nesting level.
 TrovResult deepEncCalc(const void *v, uint8_t a, WireSize *s, uint8_t) { return structEncCalc(kDeep, v, s, a); }
 void deepEncode(PacketCursor *c, const void *v, uint8_t a, uint8_t) { structEncode(kDeep, c, v, a); }
@@ -73,42 +76,36 @@ private:
     const AttributeCodecRow *saved_ = nullptr;
 };
 
-// ---- descriptors and their records -----------------------------------------
+// ---- plans and their records ------------------------------------------------
 
 struct Point { uint16_t x; uint32_t y; };
 struct Item { uint8_t n; const char *name; uint8_t tag; };
 struct All {
-    uint8_t a;             // kind 2
-    uint16_t n8;           // kind 5, counts the octets
-    const uint8_t *octets; // kind 8
-    Point point;           // kind 10 (kinds 5, 7)
-    uint32_t nItems;       // kind 6, a 4-byte count
-    Item *items;           // kind 12 (kinds 3, 9, 1)
-    uint8_t nChars;        // kind 4
-    const char *chars;     // kind 9
-    StructOptionList options; // kind 11
-    AttributeEntry attr;   // kind 13
+    uint8_t a;
+    uint16_t n8;              // counts the octets
+    const uint8_t *octets;
+    Point point;              // a nested record
+    uint8_t nChars;
+    const char *chars;
+    StructOptionList options;
+    AttributeEntry attr;
+    uint32_t nItems;          // a 4-byte count
+    Item *items;              // an array of records closes the plan
 };
-constexpr StructField kPoint[] = {structScalar(1, 5, 2), structScalar(2, 7, 4), structEnd()};
-constexpr StructField kItem[] = {structScalar(1, 3, 1, 1), structField(2, kStructChars),
-                                 structScalar(3, 1, 1), structEnd()};
-constexpr StructField kAll[] = {
-    structScalar(1, 2, 1), structScalar(2, 5, 2, 1), structField(3, kStructOctets),
-    structField(4, kStructNested, sizeof(Point), kPoint), structScalar(5, 6, 4, 1),
-    structField(6, kStructArray, sizeof(Item), kItem), structScalar(7, 4, 1, 1),
-    structField(8, kStructChars), structField(9, kStructOptions, 16),
-    structField(10, kStructAttribute, 16), structEnd()};
-static_assert(structDescriptorValid(kAll) && structRecordSize(kAll) == sizeof(All));
-static_assert(structRecordSize(kItem) == sizeof(Item) && structAlignment(kPoint) == 4);
-static_assert(structFixedWireSize(kAll) == 1 + 2 + 6 + 4 + 1);
-// The alignment search stops at the pointer: the 16-byte scalar is not seen.
-constexpr StructField kWide[] = {structScalar(1, 3, 1), structField(2, kStructOctets),
-                                 structScalar(3, 1, 16), structEnd()};
-static_assert(structAlignment(kWide) == 8);
-struct Tree { uint8_t n; Tree *children; };
-constexpr StructField kTree[] = {structScalar(1, 3, 1, 1),
-                                 structField(2, kStructArray, sizeof(Tree), kTree), structEnd()};
-static_assert(structDescriptorValid(kTree) && structRecordSize(kTree) == sizeof(Tree));
+constexpr Field kPointFields[] = {u16, u32};
+constexpr Plan kPoint = structurePlan(kPointFields);
+constexpr Field kItemFields[] = {count8, chars, u8};
+constexpr Plan kItem = structurePlan(kItemFields);
+constexpr Field kAllFields[] = {u8,     count16, plainOctets, record(kPoint, sizeof(Point)), count8,
+                                chars,  options, entry,       count32, records(kItem, sizeof(Item))};
+constexpr Plan kAll = structurePlan(kAllFields);
+static_assert(kAll.valid && kAll.record == sizeof(All) && kItem.record == sizeof(Item) && kPoint.align == 4);
+static_assert(kAll.fields[9].data == offsetof(All, items) && kAll.fields[8].offset == offsetof(All, nItems));
+static_assert(kAll.wireFixed == 1 + 2 + 6 + 1 + 1 + 4 + 4);
+// The alignment search stops at the first field aligned to 8: a later u32
+// is not seen, and the record rounds to 8.
+constexpr Field kWideFields[] = {u8, count8, plainOctets, u32};
+static_assert(structurePlan(kWideFields).align == 8);
 
 const uint8_t kOctets3[] = {0xDE, 0xAD, 0xBE};
 Item gItems[2] = {{5, "hello", 0x11}, {0, nullptr, 0x22}};
@@ -118,18 +115,20 @@ uint32_t gAttrValue = 0xCAFEBABE;
 All sample() {
     All r{};
     r.a = 0xA1, r.n8 = 3, r.octets = kOctets3, r.point = {0x1234, 0x89ABCDEF};
-    r.nItems = 0x00010002; // counts as its first two bytes in memory: 2
-    r.items = gItems, r.nChars = 8, r.chars = "ABCDEFGH";
+    r.nChars = 8, r.chars = "ABCDEFGH";
     r.options = {2, {}, gOptions}, r.attr = {0x0101, 0, &gAttrValue};
+    r.nItems = 0x00010002; // counts as its first two bytes in memory: 2
+    r.items = gItems;
     return r;
 }
 const Bytes kGolden = {
-    0xA1, 0x00, 0x03, 0xDE, 0xAD, 0xBE,                   // a, n8, octets
-    0x12, 0x34, 0x89, 0xAB, 0xCD, 0xEF, 0x00, 0x01, 0x00, 0x02, // point, nItems
-    0x05, 'h', 'e', 'l', 'l', 'o', 0x11, 0x00, 0x22,       // items
-    0x08, 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H',          // nChars, chars
-    0x02, 0x03, 0x02, 0xBE, 0xEF, 0x09, 0x03, 'x', 'y', 'z', // options
-    0x01, 0x01, 0x00, 0x04, 0xCA, 0xFE, 0xBA, 0xBE};       // attribute
+    0xA1, 0x00, 0x03, 0xDE, 0xAD, 0xBE,                         // a, n8, octets
+    0x12, 0x34, 0x89, 0xAB, 0xCD, 0xEF,                         // point
+    0x08, 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H',                // nChars, chars
+    0x02, 0x03, 0x02, 0xBE, 0xEF, 0x09, 0x03, 'x', 'y', 'z',     // options
+    0x01, 0x01, 0x00, 0x04, 0xCA, 0xFE, 0xBA, 0xBE,             // attribute
+    0x00, 0x01, 0x00, 0x02,                                     // nItems
+    0x05, 'h', 'e', 'l', 'l', 'o', 0x11, 0x00, 0x22};           // items
 
 struct Decoded {
     Bytes wire;
@@ -141,7 +140,7 @@ struct Decoded {
 
 // Encodes into exactly the size reported, sizes and decodes into exactly the
 // extent reported, then re-encodes the decoded record: the same bytes.
-Decoded roundTrip(const StructField *d, const void *record, uint16_t fixedRecordBytes) {
+Decoded roundTrip(const Plan &d, const void *record) {
     Decoded out;
     WireSize size;
     EXPECT_EQ(structEncCalc(d, record, &size), 0u);
@@ -150,12 +149,12 @@ Decoded roundTrip(const StructField *d, const void *record, uint16_t fixedRecord
     EXPECT_EQ(structEncode(d, &c, record), 0u);
     EXPECT_EQ(c.remaining, 0u);
     PacketCursor r{out.wire.data(), size.bytes};
-    EXPECT_EQ(structDecCalc(d, fixedRecordBytes, &r, &out.size), 0u);
+    EXPECT_EQ(structDecCalc(d, d.record, &r, &out.size), 0u);
     EXPECT_EQ(r.remaining, 0u);
     out.block.assign(out.size.extent / 8 + 2, kCanary);
     PacketCursor dc{out.wire.data(), size.bytes};
     uint8_t *base = reinterpret_cast<uint8_t *>(out.block.data());
-    out.end = structDecode(d, &dc, base, base + ((fixedRecordBytes + 7) & ~7));
+    out.end = structDecode(d, &dc, base, base + ((d.record + 7) & ~7));
     EXPECT_EQ(out.end, base + out.size.extent);
     EXPECT_EQ(dc.remaining, 0u);
     EXPECT_EQ(out.block[out.block.size() - 1], kCanary);
@@ -169,14 +168,14 @@ Decoded roundTrip(const StructField *d, const void *record, uint16_t fixedRecord
 
 TEST_F(StructCodec, GoldenBytesOfEveryKindAndTheirDecodedRecord) {
     const All in = sample();
-    const Decoded out = roundTrip(kAll, &in, sizeof(All));
+    const Decoded out = roundTrip(kAll, &in);
     EXPECT_EQ(out.wire, kGolden);
     EXPECT_NE(gForm, 0) << "attribute values travel in array form";
     EXPECT_EQ(gVersion, 0) << "and are coded at version 0";
-    // The array resets the figure: the octets' 8 bytes are not in it.
-    EXPECT_EQ(out.size.bytes, 88 + 8 + 48 + 8 + 16 + 48 + 8 - 8);
-    EXPECT_EQ(out.size.extent, 88u + 8 + 48 + 8 + 16 + 48 + 8);
-    PacketCursor figureOnly{const_cast<uint8_t *>(kGolden.data()), 52};
+    // The array resets the figure: only its elements and their data count.
+    EXPECT_EQ(out.size.bytes, 88 + 48 + 8);
+    EXPECT_EQ(out.size.extent, 88u + 8 + 16 + 32 + 8 + 8 + 8 + 48 + 8);
+    PacketCursor figureOnly{const_cast<uint8_t *>(kGolden.data()), static_cast<uint32_t>(kGolden.size())};
     RecordSize figure{};
     EXPECT_EQ(structDecCalc(kAll, 85, &figureOnly, &figure), 0u); // 85 rounds to 88
     EXPECT_EQ(figure.bytes, out.size.bytes);
@@ -186,13 +185,13 @@ TEST_F(StructCodec, GoldenBytesOfEveryKindAndTheirDecodedRecord) {
     std::memcpy(&r, out.base(), sizeof r);
     auto at = [&](const void *p) { return static_cast<const uint8_t *>(p) - out.base(); };
     EXPECT_EQ(at(r.octets), 88);
-    ASSERT_EQ(at(r.items), 96);
-    EXPECT_EQ(at(r.items[0].name), 144);
-    EXPECT_EQ(at(r.chars), 152);
-    ASSERT_EQ(at(r.options.options), 168);
-    EXPECT_EQ(at(r.options.options[0].value), 200);
-    EXPECT_EQ(at(r.options.options[1].value), 208);
-    EXPECT_EQ(at(r.attr.value), 216);
+    EXPECT_EQ(at(r.chars), 96);
+    ASSERT_EQ(at(r.options.options), 112);
+    EXPECT_EQ(at(r.options.options[0].value), 144);
+    EXPECT_EQ(at(r.options.options[1].value), 152);
+    EXPECT_EQ(at(r.attr.value), 160);
+    ASSERT_EQ(at(r.items), 168);
+    EXPECT_EQ(at(r.items[0].name), 216);
     EXPECT_STREQ(r.items[0].name, "hello");
     EXPECT_EQ(r.items[1].name, nullptr);
     EXPECT_STREQ(r.chars, "ABCDEFGH");
@@ -200,28 +199,19 @@ TEST_F(StructCodec, GoldenBytesOfEveryKindAndTheirDecodedRecord) {
     EXPECT_EQ(r.attr.length, 0) << "a codec decoded it";
 }
 
-constexpr StructField kChars[] = {structScalar(1, 3, 1, 1), structField(2, kStructChars), structEnd()};
-constexpr StructField kStringThenItems[] = {structScalar(1, 3, 1, 1), structField(2, kStructChars),
-                                            structScalar(3, 3, 1, 1),
-                                            structField(4, kStructArray, 24, kItem), structEnd()};
-constexpr StructField kNoWire[] = {structField(1, kStructOctets), structEnd()};
-constexpr StructField kCountedNoWire[] = {structScalar(1, 3, 1, 1),
-                                          structField(2, kStructArray, 8, kNoWire), structEnd()};
-constexpr StructField kCount32[] = {structScalar(1, 7, 4, 1), structField(2, kStructOctets), structEnd()};
-constexpr StructField kCountOnly[] = {structScalar(1, 3, 1, 1), structEnd()};
-constexpr StructField kInnerCount[] = {structField(1, kStructNested, 1, kCountOnly),
-                                       structField(2, kStructOctets), structEnd()};
-constexpr StructField kAttrClears[] = {structScalar(1, 3, 1, 1), structField(2, kStructAttribute, 16),
-                                       structField(3, kStructOctets), structEnd()};
-constexpr StructField kOptions[] = {structField(1, kStructOptions, 16), structEnd()};
-constexpr StructField kAttr[] = {structField(1, kStructAttribute, 16), structEnd()};
-constexpr StructField kScalar8[] = {structScalar(1, 6, 8), structEnd()};
-constexpr StructField kEmpty[] = {structEnd()};
+constexpr Field kCharsFields[] = {count8, chars};
+constexpr Field kStringThenItemsFields[] = {count8, chars, count8, records(kItem, 24)};
+constexpr Field kPointsFields[] = {count8, records(kPoint, 8)};
+constexpr Field kCount32Fields[] = {count32, plainOctets};
+constexpr Field kOptionsFields[] = {options};
+constexpr Plan kChars = structurePlan(kCharsFields), kStringThenItems = structurePlan(kStringThenItemsFields),
+               kPoints = structurePlan(kPointsFields), kCount32 = structurePlan(kCount32Fields),
+               kOptions = structurePlan(kOptionsFields), kEmpty = makePlan(kCharsFields, 0, kStructured);
 
 TEST_F(StructCodec, DecodeSizeOfEachKind) {
     struct Case {
         const char *name;
-        const StructField *d;
+        const Plan &d;
         Bytes wire;
         TrovResult result;
         uint16_t figure;  // extra bytes (fixed record size 0)
@@ -236,20 +226,16 @@ TEST_F(StructCodec, DecodeSizeOfEachKind) {
         {"7 chars take 8", kChars, {7, 'a', 'b', 'c', 'd', 'e', 'f', 'g'}, 0, 8, 8, 8},
         {"string then array: 48 + the elements'", kStringThenItems,
          {5, 'a', 'b', 'c', 'd', 'e', 2, 3, 'x', 'y', 'z', 7, 0, 8}, 0, 48 + 8, 8 + 48 + 8, 14},
-        {"count above the bytes left", kCountedNoWire, {3, 0, 0}, 5, 0, 0, 0},
-        {"elements without wire bytes", kCountedNoWire, {3, 0, 0, 0}, 0, 24, 24, 1},
+        {"records cut short", kPoints, {2, 0, 1, 0, 0, 0, 2, 0, 3}, 5, 0, 0, 0},
         {"4-byte count read as 16 bits", kCount32, {0, 1, 0, 2, 0xAA, 0xBB}, 0, 8, 8, 6},
-        {"a nested record's count stays inside", kInnerCount, {2, 0xAA, 0xBB}, 0, 0, 0, 1},
-        {"an attribute clears the count", kAttrClears, {2, 5, 5, 0, 0, 0xAA, 0xBB}, 0, 0, 0, 5},
         {"options: the kind decides their bytes", kOptions,
          {2, 3, 9, 0xBE, 0xEF, 5, 6, 1, 2, 3, 4, 5, 6}, 0, 32 + 8 + 8, 48, 13},
         {"options: 13 raw bytes", kOptions, raw13, 0, 16 + 16, 32, 16},
-        {"raw attribute", kAttr, {5, 5, 0, 3, 'a', 'b', 'c'}, 0, 8, 8, 7},
-        {"raw attribute cut short", kAttr, {5, 5, 0, 4, 'a', 'b', 'c'}, 5, 0, 0, 0},
-        {"a codec ignores the length field", kAttr, {1, 1, 0, 9, 0xCA, 0xFE, 0xBA, 0xBE}, 0, 8, 8, 8},
-        {"a codec's failure", kAttr, {1, 1, 0, 4, 0xCA, 0xFE, 0xBA}, 5, 0, 0, 0},
-        {"a version-0x10 row is not found", kAttr, {2, 2, 0, 2, 0xAA, 0xBB}, 0, 8, 8, 6},
-        {"8-byte scalar", kScalar8, Bytes(8, 1), 0, 0, 0, 8},
+        {"raw attribute", kDeep, {5, 5, 0, 3, 'a', 'b', 'c'}, 0, 8, 8, 7},
+        {"raw attribute cut short", kDeep, {5, 5, 0, 4, 'a', 'b', 'c'}, 5, 0, 0, 0},
+        {"a codec ignores the length field", kDeep, {1, 1, 0, 9, 0xCA, 0xFE, 0xBA, 0xBE}, 0, 8, 8, 8},
+        {"a codec's failure", kDeep, {1, 1, 0, 4, 0xCA, 0xFE, 0xBA}, 5, 0, 0, 0},
+        {"a version-0x10 row is not found", kDeep, {2, 2, 0, 2, 0xAA, 0xBB}, 0, 8, 8, 6},
     };
     for (const Case &k : cases) {
         SCOPED_TRACE(k.name);
@@ -272,8 +258,8 @@ TEST_F(StructCodec, DecodeSizeOfEachKind) {
 }
 
 TEST_F(StructCodec, AttributesWithoutAUsableCodec) {
-    constexpr StructField d[] = {structScalar(1, 3, 1), structField(2, kStructAttribute, 16),
-                                 structScalar(3, 3, 1), structEnd()};
+    constexpr Field fields[] = {u8, entry, u8};
+    constexpr Plan d = structurePlan(fields);
     struct Record { uint8_t a; AttributeEntry attr; uint8_t b; };
     // No row (0x0505), only a row of version 0x10 (0x0202), a codec that
     // cannot size (0x0404): nothing is written; 0x0101 for contrast.
@@ -300,82 +286,80 @@ TEST_F(StructCodec, AttributesWithoutAUsableCodec) {
         EXPECT_STREQ(reinterpret_cast<char *>(block + 32), "abc");
         EXPECT_EQ(block[24], 0x62);
     }
-    WireSize size{0xAAAA, 0xAAAA}; // an empty descriptor encodes nothing
+    WireSize size{0xAAAA, 0xAAAA}; // an empty plan encodes nothing
     EXPECT_EQ(structEncCalc(kEmpty, &gAttrValue, &size), 0u);
     EXPECT_EQ(size.extent, 0u);
 }
 
-TEST_F(StructCodec, RecordOffsetRules) {
-    // Without elements nothing is written, and the array's null pointer takes
-    // the next 8 bytes unaligned.
-    constexpr StructField d[] = {structScalar(1, 3, 1, 1), structField(2, kStructArray, 8, kNoWire),
-                                 structScalar(3, 5, 2), structEnd()};
-    static_assert(structRecordSize(d) == 24);
+TEST_F(StructCodec, AnEmptyArrayTakesItsSlotRightBehindTheCount) {
+    static constexpr Field u16Fields[] = {u16};
+    static constexpr Plan kU16 = structurePlan(u16Fields);
+    static constexpr Field fields[] = {count8, records(kU16, 8)};
+    constexpr Plan d = structurePlan(fields);
+    static_assert(d.record == 16 && d.fields[1].offset == 1 && d.fields[1].data == 8);
     for (uint8_t count : {0, 1}) {
         SCOPED_TRACE(count);
-        Bytes wire{count, 0x12, 0x34};
-        PacketCursor c{wire.data(), 3};
-        alignas(8) uint8_t r[40];
+        Bytes wire = count == 0 ? Bytes{0} : Bytes{1, 0x12, 0x34};
+        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
+        alignas(8) uint8_t r[24];
         std::memset(r, 0xEE, sizeof r);
-        structDecode(d, &c, r, r + 24);
-        const size_t pointerAt = count == 0 ? 1 : 8, u16At = count == 0 ? 10 : 16;
-        EXPECT_EQ(loadField<uint16_t>(r, u16At), 0x1234);
-        EXPECT_EQ(loadField<void *>(r, pointerAt), count == 0 ? nullptr : r + 24);
-        Bytes again(3);
-        PacketCursor ac{again.data(), 3};
+        structDecode(d, &c, r, r + 16);
+        EXPECT_EQ(loadField<void *>(r, count == 0 ? 1 : 8), count == 0 ? nullptr : r + 16);
+        Bytes again(wire.size());
+        PacketCursor ac{again.data(), static_cast<uint32_t>(again.size())};
         structEncode(d, &ac, r);
         EXPECT_EQ(again, wire);
     }
-    // After a scalar of unusual width the offset restarts at 0. Such a scalar
-    // counts in the size but is never written.
-    constexpr StructField odd[] = {structScalar(1, 1, 3), structScalar(2, 3, 1), structEnd()};
-    static_assert(!structDescriptorValid(odd));
-    Bytes wire{0xAA, 0xBB, 0xCC, 0x7F};
-    PacketCursor c{wire.data(), 4};
-    uint8_t r[8] = {};
-    structDecode(odd, &c, r, r + 8);
-    EXPECT_EQ(r[0], 0x7F);
-    WireSize size;
-    structEncCalc(odd, r, &size);
-    PacketCursor oc{wire.data(), 4};
-    structEncode(odd, &oc, r);
-    EXPECT_EQ(size.bytes, 4);
-    EXPECT_EQ(oc.remaining, 3u);
 }
 
+// A chain of plans, each an array of the one below: N levels of records.
+struct Tree { uint8_t n; Tree *children; };
+template <uint32_t N>
+struct Chain {
+    static constexpr Field kFields[] = {count8, records(Chain<N - 1>::kPlan, sizeof(Tree))};
+    static constexpr Plan kPlan = structurePlan(kFields);
+};
+template <>
+struct Chain<0> {
+    static constexpr Field kFields[] = {count8, chars};
+    static constexpr Plan kPlan = structurePlan(kFields);
+};
+
 TEST_F(StructCodec, NestingIsBoundedThroughArraysAndAttributes) {
-    // A chain of one-child trees: n levels of 01 then a leaf's 00.
-    for (uint32_t levels : {kMaxStructDepth - 1, kMaxStructDepth}) {
+    // N levels of one child each, then a leaf with no characters.
+    const Plan &deepest = Chain<kMaxRecordNesting>::kPlan;
+    for (uint32_t levels : {kMaxRecordNesting - 1, kMaxRecordNesting}) {
         Bytes wire(levels, 1);
         wire.push_back(0);
         PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
         RecordSize size{};
-        EXPECT_EQ(structDecCalc(kTree, 16, &c, &size), levels < kMaxStructDepth ? 0u : 5u) << levels;
+        const Plan &top = levels == kMaxRecordNesting ? deepest : Chain<kMaxRecordNesting - 1>::kPlan;
+        EXPECT_EQ(structDecCalc(top, 16, &c, &size), levels < kMaxRecordNesting ? 0u : 5u) << levels;
     }
-    std::vector<Tree> chain(kMaxStructDepth);
+    std::vector<Tree> chain(kMaxRecordNesting);
     for (size_t i = 0; i + 1 < chain.size(); ++i) chain[i] = {1, &chain[i + 1]};
-    EXPECT_EQ(roundTrip(kTree, chain.data(), 16).size.extent, 16u * kMaxStructDepth);
+    EXPECT_EQ(roundTrip(Chain<kMaxRecordNesting - 1>::kPlan, chain.data()).size.extent, 16u * kMaxRecordNesting);
 
     // Attributes whose values are structures holding attributes.
-    for (uint32_t levels : {kMaxStructDepth - 1, kMaxStructDepth}) {
+    for (uint32_t levels : {kMaxRecordNesting - 1, kMaxRecordNesting}) {
         Bytes wire;
         for (uint32_t i = 0; i < levels; ++i) wire.insert(wire.end(), {3, 3, 0, 0});
         wire.insert(wire.end(), {1, 1, 0, 4, 0xCA, 0xFE, 0xBA, 0xBE});
         PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
         RecordSize size{};
-        EXPECT_EQ(structDecCalc(kDeep, 16, &c, &size), levels < kMaxStructDepth ? 0u : 5u) << levels;
+        EXPECT_EQ(structDecCalc(kDeep, 16, &c, &size), levels < kMaxRecordNesting ? 0u : 5u) << levels;
     }
     // A record that holds itself encodes to the bound, and exactly as sized.
     AttributeEntry self{0x0303, 0, nullptr};
     self.value = &self;
     WireSize size;
     structEncCalc(kDeep, &self, &size);
-    EXPECT_EQ(size.extent, 4 * kMaxStructDepth);
+    EXPECT_EQ(size.extent, 4 * kMaxRecordNesting);
     Bytes wire(size.bytes);
     PacketCursor c{wire.data(), size.bytes};
     structEncode(kDeep, &c, &self);
     EXPECT_EQ(c.remaining, 0u);
-    EXPECT_EQ(loadU16(wire.data() + 2), 4 * kMaxStructDepth - 4);
+    EXPECT_EQ(loadU16(wire.data() + 2), 4 * kMaxRecordNesting - 4);
 }
 
 } // namespace

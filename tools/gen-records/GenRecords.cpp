@@ -391,77 +391,50 @@ void declareFlat(Output &o, const std::vector<std::pair<Family, unsigned>> &item
 
 // ---- structured records -------------------------------------------------------------
 
-// Member names of a structure-codec descriptor, in field order, and the C
-// types of its nested records and array elements: the library's own, which
-// its layout description gives out.
-struct StructNames {
-    const trov::StructField *fields;
-    const char *type;
-    std::vector<const char *> members;
-};
-
-const std::vector<StructNames> &structNames() {
-    static const std::vector<StructNames> names = [] {
-        std::vector<StructNames> out;
-        for (const trov::StructureNames &n : trov::kStructureNames) {
-            StructNames entry{n.fields, n.record, {}};
-            for (const char *member : n.members)
-                if (member != nullptr) entry.members.push_back(member);
-            out.push_back(entry);
-        }
-        return out;
-    }();
-    return names;
+// The public type of a structured record: the library's own name for it,
+// which its layout description gives out.
+const char *typeOf(const trov::Plan *p) {
+    for (const trov::StructureName &n : trov::kStructureNames)
+        if (n.plan == p) return n.record;
+    fail("a structured record without a name");
 }
 
-const StructNames &namesOf(const trov::StructField *d) {
-    for (const StructNames &n : structNames())
-        if (n.fields == d) return n;
-    fail("a structure descriptor without names");
-}
-
-// Declares one structured record from its descriptor: members at the codec's
-// placement (arrays with elements), names from the table.
-Record structRecord(const StructNames &n, std::vector<Check> &checks, std::vector<std::string> comment) {
+// Declares one structured record from its plan: members at the plan's
+// placement (arrays with elements), named as the plan names them.
+Record structRecord(const trov::Plan &plan, std::vector<Check> &checks, std::vector<std::string> comment) {
     Record r;
-    r.name = n.type;
+    r.name = typeOf(&plan);
     r.comment = std::move(comment);
-    r.bytes = trov::structRecordSize(n.fields);
-    uint16_t offset = 0;
-    size_t i = 0;
+    r.bytes = plan.record;
     bool arrayAfterCount = false;
-    for (const trov::StructField *f = n.fields; f->number != 0; ++f, ++i) {
-        if (i >= n.members.size()) fail(r.name + ": more fields than names");
-        const std::string name = n.members[i];
-        const trov::StructPlacement p = trov::structPlaceField(*f, offset, true);
-        offset = p.next;
+    for (uint8_t i = 0; i < plan.count; ++i) {
+        const trov::Field &f = plan.fields[i];
+        const std::string name = f.name;
+        const uint16_t at = f.kind == trov::FieldKind::Records ? f.data : f.offset;
         Member m;
-        switch (f->kind) {
-        case trov::kStructOctets: m = pointer("uint8_t *", name, p.at, "null when the count is 0"); break;
-        case trov::kStructChars:
-            m = pointer("char *", name, p.at, "zero-terminated when decoded; null when the count is 0");
+        switch (f.kind) {
+        case trov::FieldKind::Octets: m = pointer("uint8_t *", name, at, "null when the count is 0"); break;
+        case trov::FieldKind::Chars:
+            m = pointer("char *", name, at, "zero-terminated when decoded; null when the count is 0");
             break;
-        case trov::kStructNested: {
-            const StructNames &inner = namesOf(f->nested);
-            m = {inner.type, name, {}, p.at, f->size, trov::structAlignment(f->nested), {}};
-            break;
-        }
-        case trov::kStructOptions: m = {"TrovOptionList", name, {}, p.at, 16, 8, {}}; break;
-        case trov::kStructAttribute: m = {"AttributeEntry", name, {}, p.at, 16, 8, {}}; break;
-        case trov::kStructArray:
-            m = pointer(std::string(namesOf(f->nested).type) + " *", name, p.at,
-                        "read only when the count is above 0 (see above)");
+        case trov::FieldKind::Record: m = {typeOf(f.nested), name, {}, at, f.size, f.nested->align, {}}; break;
+        case trov::FieldKind::Options: m = {"TrovOptionList", name, {}, at, 16, 8, {}}; break;
+        case trov::FieldKind::Entry: m = {"AttributeEntry", name, {}, at, 16, 8, {}}; break;
+        case trov::FieldKind::Records:
+            m = pointer(std::string(typeOf(f.nested)) + " *", name, at, "read only when the count is above 0 (see above)");
             arrayAfterCount = true;
             break;
-        default:
-            if (!trov::structIsScalar(f->kind)) fail(r.name + ": an unknown structure field");
-            m = scalar(f->size, name, p.at, f->countFlag != 0 ? "the count of the next counted field" : "");
+        case trov::FieldKind::Count:
+            m = scalar(f.prefix, name, at, "the count of the next counted field");
             break;
+        case trov::FieldKind::U8:
+        case trov::FieldKind::U16:
+        case trov::FieldKind::U32: m = scalar(trov::kindInfo(f.kind).wire, name, at, ""); break;
+        default: fail(r.name + ": an unknown structure field");
         }
         r.members.push_back(m);
-        checks.push_back({name, "offsetof(" + r.name + ", " + name + ")", "TROV_NO_DATA", int(p.at)});
+        checks.push_back({name, "offsetof(" + r.name + ", " + name + ")", "TROV_NO_DATA", int(at)});
     }
-    if (i != n.members.size()) fail(r.name + ": more names than fields");
     if (arrayAfterCount && !r.comment.empty())
         r.comment.push_back("A counted array's pointer is at the offset shown when its count is above 0; with a "
                             "count of 0 the codec keeps its slot right behind the count instead.");
@@ -469,17 +442,16 @@ Record structRecord(const StructNames &n, std::vector<Check> &checks, std::vecto
     return r;
 }
 
-void declareStruct(Output &o, const trov::StructField *d, std::vector<std::string> comment,
-                   std::set<const trov::StructField *> &done) {
-    if (done.count(d) != 0) return;
-    for (const trov::StructField *f = d; f->number != 0; ++f)
-        if (f->kind == trov::kStructNested || f->kind == trov::kStructArray)
-            if (f->nested != d) declareStruct(o, f->nested, {}, done);
-    done.insert(d);
-    const StructNames &n = namesOf(d);
+void declareStruct(Output &o, const trov::Plan &plan, std::vector<std::string> comment,
+                   std::set<const trov::Plan *> &done) {
+    if (done.count(&plan) != 0) return;
+    for (uint8_t i = 0; i < plan.count; ++i)
+        if (plan.fields[i].nested != nullptr && plan.fields[i].nested != &plan)
+            declareStruct(o, *plan.fields[i].nested, {}, done);
+    done.insert(&plan);
     if (comment.empty()) comment.push_back("Nested in structured records.");
     std::vector<Check> checks;
-    Record r = structRecord(n, checks, std::move(comment));
+    Record r = structRecord(plan, checks, std::move(comment));
     o.records += "\n" + declaration(r);
     o.checks[r.name] = checks;
     o.declared.push_back({kFixed, 0, r.name, r.name, int(r.bytes)});
@@ -699,7 +671,7 @@ const char *const kRecordsTail = R"(
 Output build() {
     TROV_InitCoder();
     Output o;
-    std::set<const trov::StructField *> done;
+    std::set<const trov::Plan *> done;
 
     // Structured records first: flat records do not use them, method and
     // attribute records below refer to them by typedef.
@@ -712,7 +684,7 @@ Output build() {
         const auto &t = structures[i];
         std::string ids;
         for (unsigned id : rows[t.row - 1]) ids += (ids.empty() ? "" : ", ") + hexCode(id);
-        declareStruct(o, t.fields, {"The value of attribute " + ids + ".", "Scalar form only."}, done);
+        declareStruct(o, *t.plan, {"The value of attribute " + ids + ".", "Scalar form only."}, done);
     }
     declareStruct(o, trov::kMethodReplyBB, {"Method 0xBB reply."}, done);
     declareStruct(o, trov::kMethodReplyBC, {"Method 0xBC reply."}, done);
@@ -763,7 +735,7 @@ Output build() {
             for (size_t i = 0; i < std::size(trov::kStructureValueTypes); ++i)
                 if (rows[structures[i].row - 1] == ids) {
                     const std::string t = attributeName(kAttribute, ids[0]);
-                    const std::string s = namesOf(structures[i].fields).type;
+                    const std::string s = typeOf(structures[i].plan);
                     o.records += "typedef " + s + " " + t + "; /* Attribute " + hexCode(ids[0]) + " */\n";
                     o.declared.push_back({kAttribute, ids[0], t, s});
                 }

@@ -63,11 +63,12 @@ constexpr size_t kEventRows = kStringEventCodecs.size() + kAttributeEventCodecs.
 
 // 0xC4 and 0xC5: a 16-byte head pointing at the structure, the structure
 // behind it as the one field, "data".
-constexpr TrovFieldInfo kStructureEventFields[] = {structFieldInfo(
-    "data", "record", TROV_KIND_RECORD, structure_event::kHeadBytes, sizeof(structure_event::Body))};
+constexpr TrovFieldInfo kStructureEventFields[] = {{"data", "record", TROV_KIND_RECORD, 0, 0, 0,
+                                                    structure_event::kHeadBytes, sizeof(structure_event::Body),
+                                                    TROV_NO_DATA, -1}};
 constexpr TrovLayoutInfo kStructureEventInfo =
     info("TrovEvent00C4", sizeof(structure_event::Event), 1, kStructureEventFields, TROV_LAYOUT_STRUCTURE, 0,
-         describedWireFixed(structure_event::kBody));
+         structure_event::kBody.wireFixed);
 
 // The description of the event a row decodes, found through the plan its
 // operations run.
@@ -181,9 +182,9 @@ constexpr TrovLayoutInfo attributeRowInfo() {
     } else {
         constexpr size_t k = typeOfRow(kStructureValueTypes, Row);
         static_assert(k < std::size(kStructureValueTypes), "an attribute row without a value type");
-        static_assert(describeStructureOf(kStructureValueTypes[k].fields) != nullptr,
+        static_assert(describeStructureOf(kStructureValueTypes[k].plan) != nullptr,
                       "a structure value type without names");
-        return *describeStructureOf(kStructureValueTypes[k].fields);
+        return *describeStructureOf(kStructureValueTypes[k].plan);
     }
 }
 
@@ -246,14 +247,14 @@ ptrdiff_t fieldIndex(const TrovFieldInfo *field, const TrovFieldInfo *first, siz
 const TrovLayoutInfo *nestedOf(const TrovFieldInfo *field, uint16_t &room) {
     if (fieldIndex(field, kStructureEventFields, 1) == 0) {
         room = sizeof(structure_event::Body);
-        return describeStructureOf(structure_event::kBody);
+        return describeStructureOf(&structure_event::kBody);
     }
     for (size_t i = 0; i < kStructureCount; ++i) {
         const TrovLayoutInfo &l = kStructureInfos[i];
         const ptrdiff_t index = fieldIndex(field, l.fields, l.fieldCount);
         if (index < 0) continue;
-        const StructField &f = kStructureNames[i].fields[index];
-        if (f.kind != kStructNested && f.kind != kStructArray) return nullptr;
+        const Field &f = kStructureNames[i].plan->fields[index];
+        if (f.nested == nullptr) return nullptr;
         room = f.size;
         return describeStructureOf(f.nested);
     }

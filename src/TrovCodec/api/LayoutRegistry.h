@@ -58,7 +58,7 @@ constexpr const char *nameOf(FieldKind k, int index) {
 
 // One field of a plan (or of a plan-shaped list whose offsets are set), at
 // `index`; `counted` tells that the field before it holds its count.
-constexpr TrovFieldInfo describeField(const Field &f, int index, bool countBefore) {
+constexpr TrovFieldInfo describeField(const Field &f, int index, bool countBefore, bool nestable = false) {
     const KindInfo &k = kindInfo(f.kind);
     const bool attributes = f.kind == FieldKind::Attributes || f.kind == FieldKind::EventAttributes;
     const bool pointerOnly = k.counted && f.prefix == 0 && f.kind != FieldKind::Rest;
@@ -75,13 +75,21 @@ constexpr TrovFieldInfo describeField(const Field &f, int index, bool countBefor
     case FieldKind::Count:
         width = f.prefix;
         out.countBytes = f.prefix;
+        if (nestable) out.countRecordBytes = f.prefix == 1 ? 1 : 2; // a structured record's counts are 16-bit
         break;
     case FieldKind::Attribute:
     case FieldKind::TypedValue:
     case FieldKind::ReservedValue: width = f.data + 8u - f.offset; break;
+    case FieldKind::Record: width = f.size; break;
+    case FieldKind::Options:
+        out.countBytes = 1;
+        out.countRecordBytes = 1;
+        break;
     default: break;
     }
-    if (attributes) { // a u16 count and the entries' pointer: an AttributeList head
+    if (f.kind == FieldKind::Records) { // the slot without records to the pointer with them
+        width = f.data + 8u - f.offset;
+    } else if (attributes) { // a u16 count and the entries' pointer: an AttributeList head
         out.countBytes = 2;
         out.countRecordBytes = 2;
         out.dataOffset = static_cast<uint16_t>(f.offset + 8);
@@ -104,7 +112,8 @@ struct FieldList {
 constexpr FieldList describePlan(const Plan &p) {
     FieldList out;
     for (uint8_t i = 0; i < p.count; ++i)
-        out.at[out.count++] = describeField(p.fields[i], i, i > 0 && p.fields[i - 1].kind == FieldKind::Count);
+        out.at[out.count++] =
+            describeField(p.fields[i], i, i > 0 && p.fields[i - 1].kind == FieldKind::Count, p.rules.nestable);
     return out;
 }
 

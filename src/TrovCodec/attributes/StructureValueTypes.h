@@ -1,11 +1,8 @@
 // The structure value types of the attribute table: rows 270 to 282, whose
-// values are records described by field descriptors and coded by the
-// descriptor-driven structure codec. Scalar form only: the array flag these
-// rows get carries only the nesting depth (see ValueForms.h).
-//
-// Descriptors, fields in wire order (kind: 3 u8, 5 u16, 7 u32, 1/2 other
-// bytes, 6 other u32; 8 counted octets, 9 counted characters, 10 nested
-// record, 11 option list, 12 counted array of records, 13 attribute value).
+// values are structured records (plans with the kStructured rules: nested
+// records, arrays of records, option lists, attribute entries). Scalar form
+// only: the array flag these rows get carries only the nesting depth (see
+// ValueForms.h). Fields in wire order, named as the public records name them.
 #pragma once
 
 #include <array>
@@ -14,126 +11,88 @@
 
 #include "engine/CodecTypes.h"
 #include "engine/Cursor.h"
-#include "engine/StructureCodec.h"
+#include "engine/Field.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
 
 namespace structures {
 
+using namespace fields;
+
 // Nested records.
-inline constexpr StructField kVersion[] = {
-    structScalar(1, 5, 2), // u16 major
-    structScalar(2, 5, 2), // u16 minor
-    structEnd()};
-inline constexpr StructField kRange[] = {
-    structScalar(1, 7, 4), // u32 low
-    structScalar(2, 7, 4), // u32 high
-    structEnd()};
-inline constexpr StructField kHop[] = {
-    structScalar(1, 3, 1),    // u8 kind
-    structScalar(2, 5, 2),    // u16 node
-    structScalar(3, 3, 1, 1), // u8 name length (count)
-    structField(4, 9),        // name characters
-    structEnd()};
+inline constexpr Field kVersionFields[] = {named(u16, "major"), named(u16, "minor")};
+inline constexpr Plan kVersion = structurePlan(kVersionFields);
+inline constexpr Field kRangeFields[] = {named(u32, "low"), named(u32, "high")};
+inline constexpr Plan kRange = structurePlan(kRangeFields);
+inline constexpr Field kHopFields[] = {named(u8, "kind"), named(u16, "node"), named(count8, "nameLength"),
+                                       named(chars, "name")};
+inline constexpr Plan kHop = structurePlan(kHopFields);
 
 // The rows' records.
-inline constexpr StructField kEndpointAddress[] = {
-    structScalar(1, 3, 1),    // u8 family
-    structScalar(2, 5, 2),    // u16 port
-    structScalar(3, 3, 1, 1), // u8 address length (count)
-    structField(4, 8),        // address octets
-    structEnd()};
-inline constexpr StructField kNamedValue[] = {
-    structScalar(1, 3, 1, 1), // u8 name length (count)
-    structField(2, 9),        // name characters
-    structScalar(3, 7, 4),    // u32 value
-    structEnd()};
-inline constexpr StructField kTimeWindow[] = {
-    structScalar(1, 7, 4), // u32 start
-    structScalar(2, 7, 4), // u32 end
-    structScalar(3, 5, 2), // u16 flags
-    structEnd()};
-inline constexpr StructField kVersionStamp[] = {
-    structField(1, 10, 4, kVersion), // version
-    structScalar(2, 7, 4),           // u32 build
-    structEnd()};
-inline constexpr StructField kRangeList[] = {
-    structScalar(1, 5, 2, 1),      // u16 range count (count)
-    structField(2, 12, 8, kRange), // ranges
-    structEnd()};
-inline constexpr StructField kOptionSet[] = {
-    structScalar(1, 3, 1),  // u8 set identifier
-    structField(2, 11, 16), // options
-    structEnd()};
-inline constexpr StructField kTaggedAttribute[] = {
-    structScalar(1, 5, 2),  // u16 tag
-    structField(2, 13, 16), // attribute
-    structEnd()};
-inline constexpr StructField kLabel[] = {
-    structScalar(1, 3, 1, 1), // u8 text length (count)
-    structField(2, 9),        // text characters
-    structScalar(3, 3, 1, 1), // u8 data length (count)
-    structField(4, 8),        // data octets
-    structEnd()};
-inline constexpr StructField kRoute[] = {
-    structScalar(1, 3, 1, 1),    // u8 hop count (count)
-    structField(2, 12, 16, kHop), // hops
-    structEnd()};
-inline constexpr StructField kCounters[] = {
-    structScalar(1, 6, 4), // u32 total
-    structScalar(2, 7, 4), // u32 failed
-    structScalar(3, 1, 1), // u8 state
-    structScalar(4, 2, 1), // u8 reason
-    structScalar(5, 5, 2), // u16 period
-    structEnd()};
-inline constexpr StructField kProfile[] = {
-    structScalar(1, 5, 2),           // u16 profile identifier
-    structScalar(2, 3, 1, 1),        // u8 name length (count)
-    structField(3, 9),               // name characters
-    structField(4, 10, 4, kVersion), // version
-    structScalar(5, 5, 2, 1),        // u16 range count (count)
-    structField(6, 12, 8, kRange),   // ranges
-    structEnd()};
-inline constexpr StructField kAttributePair[] = {
-    structField(1, 13, 16), // first attribute
-    structField(2, 13, 16), // second attribute
-    structEnd()};
-inline constexpr StructField kSession[] = {
-    structScalar(1, 6, 4),    // u32 session identifier
-    structScalar(2, 7, 4, 1), // u32 token length (count, taken as 16 bits)
-    structField(3, 8),        // token octets
-    structField(4, 11, 16),   // options
-    structEnd()};
+inline constexpr Field kEndpointAddressFields[] = {named(u8, "family"), named(u16, "port"),
+                                                   named(count8, "addressLength"), named(plainOctets, "address")};
+inline constexpr Field kNamedValueFields[] = {named(count8, "nameLength"), named(chars, "name"), named(u32, "value")};
+inline constexpr Field kTimeWindowFields[] = {named(u32, "start"), named(u32, "end"), named(u16, "flags")};
+inline constexpr Field kVersionStampFields[] = {named(record(kVersion, 4), "version"), named(u32, "build")};
+inline constexpr Field kRangeListFields[] = {named(count16, "rangeCount"), named(records(kRange, 8), "ranges")};
+inline constexpr Field kOptionSetFields[] = {named(u8, "setId"), named(options, "options")};
+inline constexpr Field kTaggedAttributeFields[] = {named(u16, "tag"), named(entry, "attribute")};
+inline constexpr Field kLabelFields[] = {named(count8, "textLength"), named(chars, "text"),
+                                         named(count8, "dataLength"), named(plainOctets, "data")};
+inline constexpr Field kRouteFields[] = {named(count8, "hopCount"), named(records(kHop, 16), "hops")};
+inline constexpr Field kCountersFields[] = {named(u32, "total"), named(u32, "failed"), named(u8, "state"),
+                                            named(u8, "reason"), named(u16, "period")};
+inline constexpr Field kProfileFields[] = {named(u16, "profileId"),        named(count8, "nameLength"),
+                                           named(chars, "name"),          named(record(kVersion, 4), "version"),
+                                           named(count16, "rangeCount"),   named(records(kRange, 8), "ranges")};
+inline constexpr Field kAttributePairFields[] = {named(entry, "first"), named(entry, "second")};
+inline constexpr Field kSessionFields[] = {named(u32, "sessionId"), named(count32, "tokenLength"),
+                                           named(plainOctets, "token"), named(options, "options")};
+
+inline constexpr Plan kEndpointAddress = structurePlan(kEndpointAddressFields);
+inline constexpr Plan kNamedValue = structurePlan(kNamedValueFields);
+inline constexpr Plan kTimeWindow = structurePlan(kTimeWindowFields);
+inline constexpr Plan kVersionStamp = structurePlan(kVersionStampFields);
+inline constexpr Plan kRangeList = structurePlan(kRangeListFields);
+inline constexpr Plan kOptionSet = structurePlan(kOptionSetFields);
+inline constexpr Plan kTaggedAttribute = structurePlan(kTaggedAttributeFields);
+inline constexpr Plan kLabel = structurePlan(kLabelFields);
+inline constexpr Plan kRoute = structurePlan(kRouteFields);
+inline constexpr Plan kCounters = structurePlan(kCountersFields);
+inline constexpr Plan kProfile = structurePlan(kProfileFields);
+inline constexpr Plan kAttributePair = structurePlan(kAttributePairFields);
+inline constexpr Plan kSession = structurePlan(kSessionFields);
 
 } // namespace structures
 
 struct StructureValueType {
     uint16_t row;
     const char *name;
-    const StructField *fields;
+    const Plan *plan;
 };
 
 inline constexpr StructureValueType kStructureValueTypes[] = {
-    {270, "EndpointAddress", structures::kEndpointAddress},
-    {271, "NamedValue", structures::kNamedValue},
-    {272, "TimeWindow", structures::kTimeWindow},
-    {273, "VersionStamp", structures::kVersionStamp},
-    {274, "RangeList", structures::kRangeList},
-    {275, "OptionSet", structures::kOptionSet},
-    {276, "TaggedAttribute", structures::kTaggedAttribute},
-    {277, "Label", structures::kLabel},
-    {278, "Route", structures::kRoute},
-    {279, "Counters", structures::kCounters},
-    {280, "Profile", structures::kProfile},
-    {281, "AttributePair", structures::kAttributePair},
-    {282, "Session", structures::kSession},
+    {270, "EndpointAddress", &structures::kEndpointAddress},
+    {271, "NamedValue", &structures::kNamedValue},
+    {272, "TimeWindow", &structures::kTimeWindow},
+    {273, "VersionStamp", &structures::kVersionStamp},
+    {274, "RangeList", &structures::kRangeList},
+    {275, "OptionSet", &structures::kOptionSet},
+    {276, "TaggedAttribute", &structures::kTaggedAttribute},
+    {277, "Label", &structures::kLabel},
+    {278, "Route", &structures::kRoute},
+    {279, "Counters", &structures::kCounters},
+    {280, "Profile", &structures::kProfile},
+    {281, "AttributePair", &structures::kAttributePair},
+    {282, "Session", &structures::kSession},
 };
 
 template <const StructureValueType *Types, size_t I>
 struct StructureValueCodec {
-    static constexpr const StructField *kFields = Types[I].fields;
-    static_assert(structDescriptorValid(kFields), "a structure descriptor is malformed");
-    static constexpr uint16_t kRecordBytes = structRecordSize(kFields);
+    static constexpr const Plan &kFields = *Types[I].plan;
+    static_assert(kFields.valid, "a structure plan is malformed");
+    static constexpr uint16_t kRecordBytes = kFields.record;
 
     static uint32_t level(uint8_t isArray) { return isArray == 0 ? 1 : isArray; }
 

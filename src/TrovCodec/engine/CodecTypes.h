@@ -75,9 +75,9 @@ struct ValueCodecOps {
 struct Sizes {
     uint16_t bytes = 0;
     uint32_t extent = 0;
-    void add(uint16_t b, uint32_t e) {
+    void add(uint16_t b, uint64_t e) {
         bytes = static_cast<uint16_t>(bytes + b);
-        extent += e;
+        extent = e > UINT32_MAX - extent ? UINT32_MAX : extent + static_cast<uint32_t>(e);
     }
     void add(const RecordSize &r) { add(r.bytes, r.extent); }
 };

@@ -56,6 +56,14 @@ enum class FieldKind : uint8_t {
     Attributes,    // u16 count, then attributes (id, length, value)
     EventAttributes, // as Attributes, with the rules of attribute lists in events
     Buffer,        // record only: the managed buffer descriptor of a body
+    Record,        // a nested record, inline: the fields of plan `nested`,
+                   // `size` record bytes at the nested record's alignment
+    Records,       // behind a Count: that many records of plan `nested`,
+                   // `size` bytes apart, in the data area
+    Options,       // u8 count, then options (u8 kind, u8 length, the value);
+                   // in the record a 16-byte StructOptionList
+    Entry,         // u16 identifier, u16 length, the value in array form; in
+                   // the record a 16-byte AttributeEntry
     Head,          // record only, dropped from plans: the next field starts a
                    // 16-byte head at a multiple of 8
 };
@@ -103,6 +111,10 @@ inline constexpr KindInfo kKinds[] = {
     {"attributes",     0, 16, 8, 0, 0, false, "attributes"},
     {"attributes",     0, 16, 8, 0, 0, false, "attributes"},
     {"buffer",         0, 16, 8, 0, 0, false, "buffer"},
+    {"record",         0,  0, 1, 0, 0, false, "record"},
+    {"records",        0,  8, 8, 0, 0, true,  "records"},
+    {"options",        1, 16, 8, 0, 0, false, "options"},
+    {"entry",          4, 16, 8, 0, 0, false, "entry"},
     {"head",           0,  0, 8, 0, 0, false, ""},
 };
 static_assert(std::size(kKinds) == static_cast<size_t>(FieldKind::Head) + 1);
@@ -116,16 +128,25 @@ constexpr bool isCounted(FieldKind k) { return kindInfo(k).counted; }
 // wider than the wire's (a body's u8-counted string keeps a u16 length).
 // `offset` is the record offset of the field, of a head, or of an identifier
 // or data type; `data` the record offset of the pointer (kNoData: none).
+//
+// A Record or Records field names the plan of its records in `nested` and
+// their record bytes (the room or the stride) in `size`. A Records field's
+// pointer sits at `data`, a multiple of 8, when there are records; without
+// any it is stored at `offset`, where the previous field ended (a quirk of
+// the structured records, which is why an array of records closes its plan).
 inline constexpr uint16_t kNoData = 0xFFFF;
+
+struct Plan;
 
 struct Field {
     FieldKind kind;
     uint8_t prefix = 0;
-    uint16_t size = 0; // Bytes: the block's length
+    uint16_t size = 0; // Bytes: the block's length; Record, Records: record bytes
     const char *name = nullptr;
     uint16_t offset = 0;
     uint16_t data = kNoData;
     uint8_t countWidth = 0;
+    const Plan *nested = nullptr;
 };
 
 // The spellings layouts use.
@@ -148,6 +169,7 @@ inline constexpr Field items8{FieldKind::ByteU32Items, 1};
 inline constexpr Field rest{FieldKind::Rest, 0, 0, nullptr, 0, kNoData, 2}; // its length: a u16 in the record
 inline constexpr Field count8{FieldKind::Count, 1};
 inline constexpr Field count16{FieldKind::Count, 2};
+inline constexpr Field count32{FieldKind::Count, 4}; // taken as 16 bits: its first two bytes in memory
 inline constexpr Field octets{FieldKind::Chars};      // behind a Count: bytes with a spare byte
 inline constexpr Field pairs{FieldKind::BytePairs};   // behind a Count
 inline constexpr Field u32s{FieldKind::U32s};         // behind a Count
@@ -160,7 +182,21 @@ inline constexpr Field attrs{FieldKind::Attributes};
 inline constexpr Field eventAttrs{FieldKind::EventAttributes};
 inline constexpr Field buffer{FieldKind::Buffer};
 inline constexpr Field head{FieldKind::Head};
+inline constexpr Field chars{FieldKind::Chars};        // behind a Count: characters
+inline constexpr Field plainOctets{FieldKind::Octets}; // behind a Count: bytes, no spare
+inline constexpr Field options{FieldKind::Options, 0, 16};
+inline constexpr Field entry{FieldKind::Entry, 0, 16};
 constexpr Field bytes(uint16_t n) { return Field{FieldKind::Bytes, 0, n}; }
+constexpr Field record(const Plan &p, uint16_t bytes) {
+    return Field{FieldKind::Record, 0, bytes, nullptr, 0, kNoData, 0, &p};
+}
+constexpr Field records(const Plan &p, uint16_t stride) { // behind a Count
+    return Field{FieldKind::Records, 0, stride, nullptr, 0, kNoData, 0, &p};
+}
+constexpr Field named(Field f, const char *name) {
+    f.name = name;
+    return f;
+}
 } // namespace fields
 
 // ---- plans ---------------------------------------------------------------------
@@ -188,7 +224,21 @@ struct PlanRules {
     bool terminateChars = false;
     // The decode pass zeroes the record's fixed part before it fills it.
     bool zeroFixedPart = false;
+    // A structured record, which nests in others as a C struct does: its
+    // size is rounded up to its own alignment (not to 8), the alignment being
+    // the largest of its fields' up to the first field aligned to 8 or more
+    // (a larger one after that is not seen); its counts are 16-bit whatever
+    // their width. Walks into such records are bounded to kMaxRecordNesting levels.
+    bool nestable = false;
 };
+
+// Structured records: nested, with the characters terminated, and a null
+// pointer behind a count marked in the size rather than refused at once.
+inline constexpr PlanRules kStructured{0, 0, false, false, true, false, true};
+
+// Walks nested deeper than this (records in records, through attribute
+// entries too) fail (decode size) or are skipped.
+inline constexpr uint32_t kMaxRecordNesting = 16;
 
 struct Plan {
     std::array<Field, kMaxFields> fields{};
@@ -203,6 +253,7 @@ struct Plan {
     // holds it whole, and its size pass steps over it at once.
     uint8_t leadFields = 0;
     uint16_t leadWire = 0;
+    uint8_t align = 1; // the record's alignment, as a nested record places it
     PlanRules rules{};
     bool valid = true;
 };
@@ -241,6 +292,14 @@ constexpr Placement place(const Field &f, uint32_t end, bool pointerOnly) {
         const uint32_t ptr = alignTo(at + 2, 8);
         return {at, ptr, ptr + 8};
     }
+    case FieldKind::Record: {
+        const uint32_t at = alignTo(end, f.nested->align);
+        return {at, kNoData, at + f.size};
+    }
+    case FieldKind::Records: {
+        const uint32_t ptr = alignTo(end, 8);
+        return {end, ptr, ptr + 8};
+    }
     default: break;
     }
     if (k.counted && pointerOnly) { // behind a Count field: the pointer alone
@@ -248,8 +307,19 @@ constexpr Placement place(const Field &f, uint32_t end, bool pointerOnly) {
         return {at, at, at + 8};
     }
     const uint32_t at = alignTo(end, k.align);
-    const bool pointer = k.counted || f.kind == FieldKind::Option;
+    const bool pointer = k.counted || f.kind == FieldKind::Option || f.kind == FieldKind::Options ||
+                         f.kind == FieldKind::Entry;
     return {at, pointer ? at + 8 : kNoData, at + k.record};
+}
+
+// A field's alignment in the record, as a record's own alignment counts it.
+constexpr uint32_t fieldAlign(const Field &f) {
+    switch (f.kind) {
+    case FieldKind::Count: return f.prefix;
+    case FieldKind::Record: return f.nested->align;
+    case FieldKind::Bytes: return 1;
+    default: return kindInfo(f.kind).counted ? 8 : kindInfo(f.kind).align;
+    }
 }
 
 // Lays a field list out by the kinds' rules: every field's offset and
@@ -257,8 +327,8 @@ constexpr Placement place(const Field &f, uint32_t end, bool pointerOnly) {
 constexpr Plan makePlan(const Field *list, size_t n, PlanRules rules = {}) {
     Plan plan{};
     plan.rules = rules;
-    uint32_t end = 0, wire = 0;
-    bool countPending = false;
+    uint32_t end = 0, wire = 0, align = 1;
+    bool countPending = false, alignSeen = false;
     for (size_t i = 0; i < n; ++i) {
         Field f = list[i];
         if (f.kind == FieldKind::End) break;
@@ -270,12 +340,28 @@ constexpr Plan makePlan(const Field *list, size_t n, PlanRules rules = {}) {
         const bool behindCount = k.counted && f.prefix == 0 && f.kind != FieldKind::Rest;
         if (behindCount != countPending) plan.valid = false; // a Count and its data go together
         countPending = f.kind == FieldKind::Count;
+        if (f.kind == FieldKind::Record || f.kind == FieldKind::Records) {
+            // A nested plan that is there, valid, fits its room and reads at
+            // least a byte per record (so no count outruns the input unseen).
+            const Plan *n = f.nested;
+            if (n == nullptr || !n->valid || f.size < n->record || n->wireFixed == 0) plan.valid = false;
+            if (n == nullptr) break;
+        }
+        if (i > 0 && list[i - 1].kind == FieldKind::Records) plan.valid = false; // records close a plan
+        if (f.kind == FieldKind::Count && !(f.prefix == 1 || f.prefix == 2 || (f.prefix == 4 && rules.nestable)))
+            plan.valid = false;
+        if (!alignSeen) {
+            const uint32_t a = fieldAlign(f);
+            if (a > align) align = a;
+            alignSeen = a >= 8;
+        }
         const Placement p = place(f, end, behindCount);
         f.offset = static_cast<uint16_t>(p.offset);
         f.data = static_cast<uint16_t>(p.data);
         end = p.end;
         switch (f.kind) {
         case FieldKind::Bytes: wire += f.size; break;
+        case FieldKind::Record: wire += f.nested->wireFixed; break;
         case FieldKind::Attribute:
         case FieldKind::TypedValue:
         case FieldKind::ReservedValue:
@@ -298,7 +384,8 @@ constexpr Plan makePlan(const Field *list, size_t n, PlanRules rules = {}) {
     }
     plan.wireFixed = static_cast<uint16_t>(wire);
     plan.fieldsEnd = static_cast<uint16_t>(end);
-    plan.record = static_cast<uint16_t>(alignTo(end + rules.reserved, 8));
+    plan.align = static_cast<uint8_t>(align);
+    plan.record = static_cast<uint16_t>(rules.nestable ? alignTo(end, align) : alignTo(end + rules.reserved, 8));
     plan.reportedFixed = rules.headUnreported ? static_cast<uint16_t>(plan.record - 16) : plan.record;
     return plan;
 }
@@ -306,6 +393,12 @@ constexpr Plan makePlan(const Field *list, size_t n, PlanRules rules = {}) {
 template <size_t N>
 constexpr Plan makePlan(const Field (&list)[N], PlanRules rules = {}) {
     return makePlan(list, N, rules);
+}
+
+// The plan of a structured record.
+template <size_t N>
+constexpr Plan structurePlan(const Field (&list)[N]) {
+    return makePlan(list, N, kStructured);
 }
 
 // The room a reserved value keeps for data type T: 54 bytes (rounded up to

@@ -1,4 +1,5 @@
-// The four passes over any plan of the field model (Field.h).
+// One walker for every plan of the field model (Field.h): flat layouts and
+// structured records alike.
 //
 // Encode size: adds up the wire bytes of a record (through the value codecs
 // for values, attributes and lists). Encode: writes them; the cursor's
@@ -7,13 +8,14 @@
 // before use), moves the cursor past the item and adds up the data area, in
 // the protocol's 16-bit figure and the true extent. Decode: fills the fixed
 // part and puts every field's data into the data area in field order, each
-// piece at a multiple of 8; it trusts the size pass.
+// piece at a multiple of 8.
 //
 // The engine knows no table: whatever a field needs from above (the codec of
 // an attribute identifier or a data type, the attribute lists) comes in
 // through FieldEnv.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -59,6 +61,63 @@ uint8_t *walkDecode(const Plan &plan, PacketCursor &cursor, uint8_t *record, uin
 // The decode pass from field `first` on, which must not stand behind a Count.
 uint8_t *walkDecodeFrom(const Plan &plan, uint8_t first, PacketCursor &cursor, uint8_t *record,
                         uint8_t *data, const FieldEnv &env);
+
+// ---- structured records ----------------------------------------------------------
+//
+// A structured record (a plan with the kStructured rules) travels as its
+// fields, unpadded; its data (counted bytes, arrays of records, option lists,
+// attribute values) goes to one area behind the outermost record. These four
+// are the walker's passes with what such records add:
+//   - attribute entries are looked up at version 0, in array form with a
+//     flag one above the record's nesting level, so that records inside
+//     values inside records share one bound (kMaxRecordNesting);
+//   - the encode size counts what it can: an entry without a codec (or whose
+//     codec refuses it) counts nothing and is not written, and only records
+//     or options missing behind a count refuse the record (1);
+//   - the decode size reports, in 16 bits, the rounded record size plus the
+//     data, where an array of records SETS the running figure of its record
+//     (the data counted for earlier fields is dropped from it), and in 32
+//     bits the true extent;
+//   - the decode pass sizes its input again and writes the data area only
+//     within that extent, so it is safe on bytes nobody sized.
+// `level` is the nesting level the record starts at: 1 at the top.
+
+// Kind 11 in memory: the option count and the options. On decoding both the
+// entries and the option values go to the data area; options is null when
+// count is 0.
+struct StructOption {
+    uint8_t kind;
+    uint8_t length;  // as on the wire; on encoding used for kinds above 5 only
+    uint8_t reserved[6];
+    void *value;     // the option-parameter value; null when it has no bytes
+};
+struct StructOptionList {
+    uint8_t count;
+    uint8_t reserved[7];
+    StructOption *options;
+};
+static_assert(sizeof(StructOption) == 16 && offsetof(StructOption, value) == 8);
+static_assert(sizeof(StructOptionList) == 16 && offsetof(StructOptionList, options) == 8);
+
+// Stores the packet bytes of `record` in *size. Results: 0; 1 a null
+// argument, or records or options missing behind a non-zero count. Null bytes
+// behind a count, or a null option value that has bytes, set nullData.
+TrovResult structEncCalc(const Plan &plan, const void *record, WireSize *size, uint32_t level = 1);
+// Writes `record` unchecked (sized by structEncCalc). Results: 0; 1 a null argument.
+TrovResult structEncode(const Plan &plan, PacketCursor *cursor, const void *record, uint32_t level = 1);
+// Checks the cursor holds the record and reports its decoded size: bytes =
+// roundUp8(fixedRecordBytes) + the data figure, 16-bit; extent the same in 32
+// bits without the array reset. fixedRecordBytes is at least plan.record.
+// Advances the cursor. Results: 0; 1 a null argument; 5 the input ends early,
+// an entry's codec refuses it, or the nesting passes kMaxRecordNesting. On failure
+// *cursor and *size are unchanged.
+TrovResult structDecCalc(const Plan &plan, uint16_t fixedRecordBytes, PacketCursor *cursor, RecordSize *size,
+                         uint32_t level = 1);
+// Decodes the record at the cursor into `record` and its data into the area
+// from `extra` (rounded up to 8); returns the first free 8-aligned address.
+// Input that structDecCalc would refuse is neither read nor written. Null
+// arguments return null.
+void *structDecode(const Plan &plan, PacketCursor *cursor, void *record, void *extra, uint32_t level = 1);
 
 // ---- plans known at compile time ----------------------------------------------------
 

@@ -15,10 +15,10 @@ namespace se = structure_event;
 
 TrovResult structureEventDecCalc(PacketCursor *cursor, uint8_t, RecordSize *size) {
     if (cursor == nullptr || cursor->position == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    if (lacks(*cursor, structFixedWireSize(se::kBody))) return TROV_RESULT_SHORT_INPUT;
+    if (lacks(*cursor, se::kBody.wireFixed)) return TROV_RESULT_SHORT_INPUT;
     PacketCursor c = *cursor;
     RecordSize body{};
-    if (structDecCalc(se::kBody, structRecordSize(se::kBody), &c, &body) != TROV_RESULT_OK)
+    if (structDecCalc(se::kBody, se::kBody.record, &c, &body) != TROV_RESULT_OK)
         return TROV_RESULT_SHORT_INPUT;
     *cursor = c;
     size->bytes = static_cast<uint16_t>(body.bytes + se::kHeadBytes);
@@ -29,7 +29,7 @@ TrovResult structureEventDecCalc(PacketCursor *cursor, uint8_t, RecordSize *size
 void *structureEventDecode(void *record, PacketCursor *cursor, uint8_t) {
     auto *base = static_cast<uint8_t *>(record);
     auto *body = static_cast<uint8_t *>(alignUp8(base + se::kHeadBytes));
-    constexpr uint16_t bodyBytes = structRecordSize(se::kBody);
+    constexpr uint16_t bodyBytes = se::kBody.record;
     std::memset(base, 0, static_cast<size_t>(body - base) + bodyBytes);
     storeField<void *>(base, 0, body);
     return structDecode(se::kBody, cursor, body, body + bodyBytes);

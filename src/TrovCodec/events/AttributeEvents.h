@@ -32,7 +32,6 @@
 
 #include "attributes/AttributeList.h"
 #include "engine/FieldWalker.h"
-#include "engine/StructureCodec.h"
 #include "events/EventLayout.h"
 
 namespace trov {
@@ -176,39 +175,24 @@ struct Event {
     Body data;
 };
 
-inline constexpr uint8_t kU8 = 3, kU16 = 5, kU32 = 7; // the structure codec's scalar kinds
-
-inline constexpr StructField kStamp[] = {
-    structScalar(1, kU32, 4),
-    structScalar(2, kU16, 2),
-    structScalar(3, kU8, 1),
-    structEnd(),
+using namespace fields;
+inline constexpr Field kStampFields[] = {named(u32, "seconds"), named(u16, "milliseconds"), named(u8, "zone")};
+inline constexpr Plan kStamp = structurePlan(kStampFields);
+inline constexpr Field kItemFields[] = {named(u16, "tag"), named(u8, "state"), named(u32, "value")};
+inline constexpr Plan kItem = structurePlan(kItemFields);
+inline constexpr Field kBodyFields[] = {
+    named(u32, "object"),   named(u16, "reason"),   named(count8, "nameLength"),
+    named(chars, "name"),   named(record(kStamp, sizeof(Stamp)), "stamp"),
+    named(u32, "sequence"), named(u16, "flags"),    named(count16, "itemCount"),
+    named(records(kItem, sizeof(Item)), "items"),
 };
-inline constexpr StructField kItem[] = {
-    structScalar(1, kU16, 2),
-    structScalar(2, kU8, 1),
-    structScalar(3, kU32, 4),
-    structEnd(),
-};
-inline constexpr StructField kBody[] = {
-    structScalar(1, kU32, 4),
-    structScalar(2, kU16, 2),
-    structScalar(3, kU8, 1, 1),
-    structField(4, kStructChars),
-    structField(5, kStructNested, sizeof(Stamp), kStamp),
-    structScalar(6, kU32, 4),
-    structScalar(7, kU16, 2),
-    structScalar(8, kU16, 2, 1),
-    structField(9, kStructArray, sizeof(Item), kItem),
-    structEnd(),
-};
+inline constexpr Plan kBody = structurePlan(kBodyFields);
 
 inline constexpr uint16_t kHeadBytes = 16;
 
-static_assert(structDescriptorValid(kBody));
-static_assert(structFixedWireSize(kBody) == 22 && structFixedWireSize(kItem) == 7);
-static_assert(structRecordSize(kStamp) == sizeof(Stamp) && structRecordSize(kItem) == sizeof(Item));
-static_assert(structRecordSize(kBody) == sizeof(Body) && sizeof(Body) == 40);
+static_assert(kBody.valid && kBody.wireFixed == 22 && kItem.wireFixed == 7);
+static_assert(kStamp.record == sizeof(Stamp) && kItem.record == sizeof(Item));
+static_assert(kBody.record == sizeof(Body) && sizeof(Body) == 40);
 static_assert(offsetof(Body, name) == 8 && offsetof(Body, stamp) == 16 && offsetof(Body, sequence) == 24 &&
               offsetof(Body, itemCount) == 30 && offsetof(Body, items) == 32);
 static_assert(offsetof(Item, value) == 4 && offsetof(Stamp, zone) == 6);

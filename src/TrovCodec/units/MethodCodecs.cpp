@@ -51,22 +51,22 @@ void *methodDecode(const Plan &plan, void *record, PacketCursor *cursor) {
     return walkDecode(plan, *cursor, base, base + plan.record, kMethodEnv);
 }
 
-TrovResult structuredReplyDecCalc(const StructField *d, const PacketCursor *cursor, uint16_t *paramsLength,
+TrovResult structuredReplyDecCalc(const Plan &d, const PacketCursor *cursor, uint16_t *paramsLength,
                                   RecordSize *size) {
-    if (d == nullptr || cursor == nullptr || paramsLength == nullptr || size == nullptr)
+    if (cursor == nullptr || paramsLength == nullptr || size == nullptr)
         return TROV_RESULT_NULL_ARGUMENT;
     PacketCursor probe = *cursor;
     RecordSize decoded{};
-    const TrovResult r = structDecCalc(d, structRecordSize(d), &probe, &decoded);
+    const TrovResult r = structDecCalc(d, d.record, &probe, &decoded);
     if (r != TROV_RESULT_OK) return r;
     *paramsLength = static_cast<uint16_t>(probe.position - cursor->position);
     *size = decoded;
     return TROV_RESULT_OK;
 }
 
-void *structuredReplyDecode(const StructField *d, void *record, PacketCursor *cursor) {
-    if (d == nullptr || record == nullptr || cursor == nullptr) return record;
-    return structDecode(d, cursor, record, static_cast<uint8_t *>(record) + roundUp8(uint32_t{structRecordSize(d)}));
+void *structuredReplyDecode(const Plan &d, void *record, PacketCursor *cursor) {
+    if (record == nullptr || cursor == nullptr) return record;
+    return structDecode(d, cursor, record, static_cast<uint8_t *>(record) + roundUp8(uint32_t{d.record}));
 }
 
 } // namespace trov

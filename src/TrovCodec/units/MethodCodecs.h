@@ -28,7 +28,7 @@
 
 #include "engine/CodecTypes.h"
 #include "engine/Field.h"
-#include "engine/StructureCodec.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
 
@@ -48,33 +48,34 @@ struct MethodInfo {
     Field requestFields[kMaxMethodFields];
     MethodReply reply;
     Field replyFields[kMaxMethodFields]; // None: empty; OneByte: {u8}; Specific
-    const StructField *replyDescriptor;       // Structured only
+    const Plan *replyDescriptor;              // Structured only
 };
 
 // ---- structured replies ----------------------------------------------------------
 
 // 0xbb: u8 status, u8 count N, N entries of (u16, u32).
 //   record: u8 @0, u8 count @1, entries @8 -> {u16 @0, u32 @4} (8 bytes each)
-inline constexpr StructField kMethodEntry16x32[] = {
-    structScalar(1, 5, 2), structScalar(2, 7, 4), structEnd()};
-inline constexpr StructField kMethodReplyBB[] = {
-    structScalar(1, 3, 1), structScalar(2, 3, 1, 1), structField(3, kStructArray, 8, kMethodEntry16x32),
-    structEnd()};
+inline constexpr Field kMethodEntry16x32Fields[] = {fields::named(fields::u16, "key"), fields::named(fields::u32, "value")};
+inline constexpr Plan kMethodEntry16x32 = structurePlan(kMethodEntry16x32Fields);
+inline constexpr Field kMethodReplyBBFields[] = {fields::named(fields::u8, "status"), fields::named(fields::count8, "count"),
+                                                 fields::named(fields::records(kMethodEntry16x32, 8), "entries")};
+inline constexpr Plan kMethodReplyBB = structurePlan(kMethodReplyBBFields);
 // 0xbc: u32 value, u8 length L, L characters.
 //   record: u32 @0, u8 length @4, characters @8 (zero-terminated)
-inline constexpr StructField kMethodReplyBC[] = {
-    structScalar(1, 7, 4), structScalar(2, 3, 1, 1), structField(3, kStructChars), structEnd()};
+inline constexpr Field kMethodReplyBCFields[] = {fields::named(fields::u32, "value"), fields::named(fields::count8, "length"),
+                                                 fields::named(fields::chars, "text")};
+inline constexpr Plan kMethodReplyBC = structurePlan(kMethodReplyBCFields);
 // 0xc0: u16 value, u16 count N, N entries of (u8 length L, L octets).
 //   record: u16 @0, u16 count @2, entries @8 -> {u8 length @0, octets @8} (16 bytes each)
-inline constexpr StructField kMethodOctetEntry[] = {
-    structScalar(1, 3, 1, 1), structField(2, kStructOctets), structEnd()};
-inline constexpr StructField kMethodReplyC0[] = {
-    structScalar(1, 5, 2), structScalar(2, 5, 2, 1), structField(3, kStructArray, 16, kMethodOctetEntry),
-    structEnd()};
+inline constexpr Field kMethodOctetEntryFields[] = {fields::named(fields::count8, "length"), fields::named(fields::plainOctets, "data")};
+inline constexpr Plan kMethodOctetEntry = structurePlan(kMethodOctetEntryFields);
+inline constexpr Field kMethodReplyC0Fields[] = {fields::named(fields::u16, "value"), fields::named(fields::count16, "count"),
+                                                 fields::named(fields::records(kMethodOctetEntry, 16), "entries")};
+inline constexpr Plan kMethodReplyC0 = structurePlan(kMethodReplyC0Fields);
 
-static_assert(structDescriptorValid(kMethodReplyBB) && structRecordSize(kMethodReplyBB) == 16);
-static_assert(structDescriptorValid(kMethodReplyBC) && structRecordSize(kMethodReplyBC) == 16);
-static_assert(structDescriptorValid(kMethodReplyC0) && structRecordSize(kMethodReplyC0) == 16);
+static_assert(kMethodReplyBB.valid && kMethodReplyBB.record == 16);
+static_assert(kMethodReplyBC.valid && kMethodReplyBC.record == 16);
+static_assert(kMethodReplyC0.valid && kMethodReplyC0.record == 16);
 
 // ---- the methods, in table order -----------------------------------------------------
 
@@ -165,12 +166,12 @@ inline constexpr MethodInfo kMethods[] = {
     {0xb8, {oct8}, A::Specific, {u8, chr8}, nullptr},
     {0xb9, {}, A::Specific, {u8, u32s8}, nullptr},
     {0xba, {u32, u32}, A::Specific, {u32, u8, chr8}, nullptr},
-    {0xbb, {u8}, A::Structured, {}, kMethodReplyBB},
-    {0xbc, {}, A::Structured, {}, kMethodReplyBC},
+    {0xbb, {u8}, A::Structured, {}, &kMethodReplyBB},
+    {0xbc, {}, A::Structured, {}, &kMethodReplyBC},
     {0xbd, {u16, chr8, u32s8}, A::None, {}, nullptr},
     {0xbe, {u8, u16s8, oct8}, A::None, {}, nullptr},
     {0xbf, {u32, u16, u16s16}, A::None, {}, nullptr},
-    {0xc0, {u16, u32s8, oct16}, A::Structured, {}, kMethodReplyC0},
+    {0xc0, {u16, u32s8, oct16}, A::Structured, {}, &kMethodReplyC0},
 };
 } // namespace method_fields
 
@@ -225,9 +226,9 @@ void *methodDecode(const Plan &plan, void *record, PacketCursor *cursor);
 // (record size from the descriptor's record size; params length the wire
 // bytes of the item), and its decode pass with the extra area behind the
 // record. Results as structDecCalc's: 0, 1, 5.
-TrovResult structuredReplyDecCalc(const StructField *d, const PacketCursor *cursor, uint16_t *paramsLength,
+TrovResult structuredReplyDecCalc(const Plan &d, const PacketCursor *cursor, uint16_t *paramsLength,
                                   RecordSize *size);
-void *structuredReplyDecode(const StructField *d, void *record, PacketCursor *cursor);
+void *structuredReplyDecode(const Plan &d, void *record, PacketCursor *cursor);
 
 // ---- a table row's operations ----------------------------------------------------
 
@@ -246,13 +247,13 @@ struct MethodRowOps {
     }
     static TrovResult decCalc(const PacketCursor *cursor, uint16_t *paramsLength, RecordSize *size) {
         if constexpr (kMethod.reply == MethodReply::Structured)
-            return structuredReplyDecCalc(kMethod.replyDescriptor, cursor, paramsLength, size);
+            return structuredReplyDecCalc(*kMethod.replyDescriptor, cursor, paramsLength, size);
         else
             return methodDecCalc(kPlans.reply, kPlans.replyReportsLength, cursor, paramsLength, size);
     }
     static void *decode(void *record, PacketCursor *cursor) {
         if constexpr (kMethod.reply == MethodReply::Structured)
-            return structuredReplyDecode(kMethod.replyDescriptor, record, cursor);
+            return structuredReplyDecode(*kMethod.replyDescriptor, record, cursor);
         else
             return methodDecode(kPlans.reply, record, cursor);
     }

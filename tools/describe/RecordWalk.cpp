@@ -565,6 +565,8 @@ private:
         }
         case Shape::Count: return countField(layout, i, rec, later);
         case Shape::Params: return params(layout, f, rec);
+        case Shape::Events: // event lists are decoded only
+        case Shape::Event: return cannot(&layout, &f);
         default: break;
         }
         if (!known(f.kindId) || !b_.beginField(f)) {

@@ -29,7 +29,8 @@
 //     only: no request carries an event list);
 //   - a selector value is the record of the variant its first byte picks.
 // Members that are not fields of the description ("value", "events",
-// "fields") come with kindId 0 and the kind name "member".
+// "fields") come with kindId 0 and the kind name "member"; "paramsLength"
+// and an entry's "code" come as u16.
 //
 // Records nest (values in attribute lists, nested and counted records,
 // events in a list, parameters in a method body) at most kMaxDepth levels

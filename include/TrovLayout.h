@@ -70,22 +70,47 @@ enum {
     TROV_KIND_OPTIONS = 26,    /* "options": a TrovOptionList (u8 count, the options' pointer
                                   at dataOffset), on the wire the u8 count, then per option
                                   u8 kind, u8 length and the value (trovEncode_OptionParam) */
-    TROV_KIND_ENTRY = 27       /* "entry": an AttributeEntry: u16 identifier, u16 length, the
+    TROV_KIND_ENTRY = 27,      /* "entry": an AttributeEntry: u16 identifier, u16 length, the
                                   value's pointer at dataOffset; on the wire u16 identifier,
                                   u16 length and the value as the codec of that attribute at
                                   version 0 writes it in array form (a decoded entry with
                                   such a codec keeps length 0), or, without a codec, `length`
                                   bytes as they stand */
+    /* Kinds of the event lists and the method invocation (TROV_LAYOUT_EVENT_LIST,
+       TROV_LAYOUT_METHOD_CALL) only: */
+    TROV_KIND_EVENTS = 28,     /* "events": counted event entries: the count in countField, the
+                                  entries' pointer at dataOffset (= offset), the entries one
+                                  entry apart. TROV_DescribeNested gives the entry's layout
+                                  (EventEntry or EventBriefEntry; its recordBytes the stride):
+                                  the event's head in wire order, then its TROV_KIND_EVENT
+                                  field. On the wire the entries follow each other, each its
+                                  head and the event's body */
+    TROV_KIND_EVENT = 29,      /* "event": in an entry, the pointer at dataOffset (= offset) to
+                                  the decoded event, the record TROV_DescribeEvent gives for
+                                  the event code held by field countField; on the wire the
+                                  event's body, behind the entry's head */
+    TROV_KIND_PARAMS = 30      /* "params": a method's parameters, up to the end of the body:
+                                  the record TROV_DescribeMethod gives for the method code
+                                  held by field countField (the request's side on a request,
+                                  the reply's on a reply), or the bytes as they stand for a
+                                  raw method. In the record the pointer at dataOffset
+                                  (= offset) and, 8 bytes behind it, the u16 parameter
+                                  length (MethodBody.paramsLength: what the method's codec
+                                  takes on encoding and reports on decoding; the byte count
+                                  of raw parameters); `width` covers both */
 };
 
 /* What a layout is (TrovLayoutInfo.form). */
 enum {
     TROV_LAYOUT_FIELDS = 0,        /* the fields below are the whole record */
     TROV_LAYOUT_NONE = 1,          /* nothing travels: a body without a reply */
-    TROV_LAYOUT_EVENT_LIST = 2,    /* an event list: EventListBody or ShortEventListBody;
-                                      the events are described one by one */
-    TROV_LAYOUT_METHOD_CALL = 3,   /* a method invocation: MethodBody; its parameters
-                                      are described by TROV_DescribeMethod */
+    TROV_LAYOUT_EVENT_LIST = 2,    /* an event list: EventListBody or ShortEventListBody:
+                                      the body head (its event count a TROV_KIND_COUNT
+                                      field), the entries (TROV_KIND_EVENTS) and the
+                                      buffer; decoded only */
+    TROV_LAYOUT_METHOD_CALL = 3,   /* a method invocation: MethodBody: the u32 and the
+                                      method code, the parameters (TROV_KIND_PARAMS) and
+                                      the buffer */
     TROV_LAYOUT_STRUCTURE = 4,     /* a structured record: scalars at their natural
                                       alignment, nested records, and counted data whose
                                       count is the count field named by countField; the
@@ -125,7 +150,9 @@ typedef struct TrovFieldInfo {
                                  or data type) */
     uint16_t width;           /* record bytes of the field; the block length for bytes */
     uint16_t dataOffset;      /* record offset of the data pointer; TROV_NO_DATA for none */
-    int16_t countField;       /* index of the field holding this field's count, or -1 */
+    int16_t countField;       /* index of the field holding this field's count, or -1;
+                                 for TROV_KIND_EVENT and TROV_KIND_PARAMS the index of
+                                 the u16 field holding the code that picks the record */
 } TrovFieldInfo;
 
 /* A layout: the record and its fields. */
@@ -142,8 +169,9 @@ typedef struct TrovLayoutInfo {
                                     array form (1 or 2), whose elements are each one record
                                     of this layout; 0: scalar form only. 0 elsewhere. */
     uint16_t wireFixed;          /* wire bytes of the fields with every count 0 and no
-                                    values (0 for forms other than FIELDS, SELECTOR and
-                                    STRUCTURE) */
+                                    values: for an event list its head, for a method
+                                    invocation the bytes ahead of the parameters (0 for
+                                    NONE and RAW) */
 } TrovLayoutInfo;
 
 /* Results of every function: 0 found (out filled); 1 out NULL; the "no codec"
@@ -170,7 +198,8 @@ TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLay
 /* One element of a value of data type `code`. Unknown: 13. */
 TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLayoutInfo *out);
 
-/* The record inside a TROV_KIND_RECORD or TROV_KIND_RECORDS field. `field`
+/* The record inside a TROV_KIND_RECORD or TROV_KIND_RECORDS field, or the
+ * entry of a TROV_KIND_EVENTS field. `field`
  * must point into the fields of a description the functions above (or this
  * one) gave; the nested layout's recordBytes is the room the field gives the
  * record (the stride of an array's elements). 1: a null argument; 4: not such

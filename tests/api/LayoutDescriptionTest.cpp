@@ -5,6 +5,7 @@
 // decoders know; every layout keeps its fields inside its record.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <set>
 #include <string>
@@ -27,8 +28,10 @@ void expectWellFormed(const TrovLayoutInfo &l, const std::string &what) {
         if (f.dataOffset != TROV_NO_DATA) {
             EXPECT_LE(f.dataOffset + 8u, f.offset + f.width) << what << " " << f.name;
         }
-        if (f.countField >= 0) {
-            EXPECT_EQ(l.fields[f.countField].kindId, TROV_KIND_COUNT) << what << " " << f.name;
+        if (f.countField >= 0) { // a count, or the code that picks an event's or parameters' record
+            const bool code = f.kindId == TROV_KIND_EVENT || f.kindId == TROV_KIND_PARAMS;
+            ASSERT_LT(f.countField, l.fieldCount) << what << " " << f.name;
+            EXPECT_EQ(l.fields[f.countField].kindId, code ? TROV_KIND_U16 : TROV_KIND_COUNT) << what << " " << f.name;
         }
     }
 }
@@ -207,6 +210,189 @@ TEST_F(LayoutDescription, ValuesAndMethodsKeepTheirFieldsInside) {
             else EXPECT_EQ(r, TROV_RESULT_NO_METHOD_CODEC) << code;
         }
 }
+
+// ---- the frames: event lists and the method invocation --------------------------------
+
+// A member of a public record as the description must give it, in wire order.
+struct Member {
+    const char *name;
+    uint8_t kindId;
+    size_t offset;
+};
+
+struct FrameCase {
+    const char *name;
+    uint16_t code;
+    int request;
+    uint8_t form;
+    const char *record;
+    size_t recordBytes;
+    uint16_t wireFixed; // the shortest body that decodes
+    std::vector<Member> fields;
+    const char *picker;       // the field whose code picks the events' or parameters' record
+    std::vector<Member> entry; // events only: an entry's members, then its event
+    size_t entryBytes;
+    uint16_t entryWire; // an event's head
+};
+
+#define AT(R, m) offsetof(R, m)
+const FrameCase kFrames[] = {
+    {"LongEventList", 0x4d, 0, TROV_LAYOUT_EVENT_LIST, "EventListBody", sizeof(EventListBody), 12,
+     {{"value0", TROV_KIND_U32, AT(EventListBody, value0)}, {"value1", TROV_KIND_U8, AT(EventListBody, value1)},
+      {"value2", TROV_KIND_U16, AT(EventListBody, value2)}, {"value3", TROV_KIND_U16, AT(EventListBody, value3)},
+      {"value4", TROV_KIND_U8, AT(EventListBody, value4)}, {"count", TROV_KIND_COUNT, AT(EventListBody, count)},
+      {"entries", TROV_KIND_EVENTS, AT(EventListBody, entries)}, {"buffer", TROV_KIND_BUFFER, AT(EventListBody, buffer)}},
+     "eventCode",
+     {{"field1", TROV_KIND_U16, AT(EventEntry, field1)}, {"field2", TROV_KIND_U32, AT(EventEntry, field2)},
+      {"field3", TROV_KIND_U32, AT(EventEntry, field3)}, {"field4", TROV_KIND_U8, AT(EventEntry, field4)},
+      {"eventCode", TROV_KIND_U16, AT(EventEntry, eventCode)}, {"body", TROV_KIND_EVENT, AT(EventEntry, body)}},
+     sizeof(EventEntry), 13},
+    {"ShortEventList", 0x0a, 0, TROV_LAYOUT_EVENT_LIST, "ShortEventListBody", sizeof(ShortEventListBody), 5,
+     {{"value0", TROV_KIND_U32, AT(ShortEventListBody, value0)}, {"count", TROV_KIND_COUNT, AT(ShortEventListBody, count)},
+      {"entries", TROV_KIND_EVENTS, AT(ShortEventListBody, entries)},
+      {"buffer", TROV_KIND_BUFFER, AT(ShortEventListBody, buffer)}},
+     "eventCode",
+     {{"eventCode", TROV_KIND_U16, AT(EventBriefEntry, eventCode)}, {"field2", TROV_KIND_U8, AT(EventBriefEntry, field2)},
+      {"body", TROV_KIND_EVENT, AT(EventBriefEntry, body)}},
+     sizeof(EventBriefEntry), 3},
+    {"MethodRequest", 0x1d, 1, TROV_LAYOUT_METHOD_CALL, "MethodBody", sizeof(MethodBody), 6,
+     {{"value0", TROV_KIND_U32, AT(MethodBody, value0)}, {"method", TROV_KIND_U16, AT(MethodBody, method)},
+      {"params", TROV_KIND_PARAMS, AT(MethodBody, params)}, {"buffer", TROV_KIND_BUFFER, AT(MethodBody, buffer)}},
+     "method", {}, 0, 0},
+    {"MethodReply", 0x1d, 0, TROV_LAYOUT_METHOD_CALL, "MethodBody", sizeof(MethodBody), 6,
+     {{"value0", TROV_KIND_U32, AT(MethodBody, value0)}, {"method", TROV_KIND_U16, AT(MethodBody, method)},
+      {"params", TROV_KIND_PARAMS, AT(MethodBody, params)}, {"buffer", TROV_KIND_BUFFER, AT(MethodBody, buffer)}},
+     "method", {}, 0, 0},
+};
+#undef AT
+
+void expectMembers(const TrovLayoutInfo &l, const std::vector<Member> &members, const std::string &what) {
+    ASSERT_EQ(l.fieldCount, members.size()) << what;
+    for (size_t i = 0; i < members.size(); ++i) {
+        const TrovFieldInfo &f = l.fields[i];
+        EXPECT_STREQ(f.name, members[i].name) << what << " field " << i;
+        EXPECT_EQ(f.kindId, members[i].kindId) << what << " " << members[i].name;
+        EXPECT_EQ(f.offset, members[i].offset) << what << " " << members[i].name;
+    }
+}
+
+const TrovFieldInfo *kindIn(const TrovLayoutInfo &l, uint8_t kindId) {
+    for (uint16_t i = 0; i < l.fieldCount; ++i)
+        if (l.fields[i].kindId == kindId) return &l.fields[i];
+    return nullptr;
+}
+
+class Frames : public testing::TestWithParam<FrameCase> {
+protected:
+    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
+};
+
+// The description is the public record, member by member in wire order, with
+// the counts and codes where the record keeps them.
+TEST_P(Frames, DescribedAsThePublicRecord) {
+    const FrameCase &c = GetParam();
+    TrovLayoutInfo l{};
+    ASSERT_EQ(TROV_DescribeBody(c.code, TROV_PROTOCOL_VERSION, c.request, &l), 0u);
+    EXPECT_EQ(l.form, c.form);
+    EXPECT_STREQ(l.record, c.record);
+    EXPECT_EQ(l.recordBytes, c.recordBytes);
+    EXPECT_EQ(l.wireFixed, c.wireFixed);
+    expectWellFormed(l, c.name);
+    expectMembers(l, c.fields, c.name);
+    if (c.form == TROV_LAYOUT_METHOD_CALL) {
+        const TrovFieldInfo *params = kindIn(l, TROV_KIND_PARAMS);
+        ASSERT_NE(params, nullptr);
+        EXPECT_STREQ(l.fields[params->countField].name, c.picker);
+        EXPECT_EQ(params->dataOffset, offsetof(MethodBody, params));
+        EXPECT_EQ(params->offset + params->width, offsetof(MethodBody, paramsLength) + 2); // the length with it
+        return;
+    }
+    const TrovFieldInfo *events = kindIn(l, TROV_KIND_EVENTS);
+    ASSERT_NE(events, nullptr);
+    EXPECT_STREQ(l.fields[events->countField].name, "count");
+    EXPECT_EQ(events->dataOffset, events->offset);
+    TrovLayoutInfo entry{};
+    ASSERT_EQ(TROV_DescribeNested(events, &entry), 0u);
+    EXPECT_EQ(entry.recordBytes, c.entryBytes);
+    expectWellFormed(entry, std::string(c.name) + " entry");
+    expectMembers(entry, c.entry, std::string(c.name) + " entry");
+    const TrovFieldInfo *event = kindIn(entry, TROV_KIND_EVENT);
+    ASSERT_NE(event, nullptr);
+    EXPECT_STREQ(entry.fields[event->countField].name, c.picker);
+    EXPECT_EQ(entry.wireFixed, c.entryWire);
+}
+
+// At the codec: a body of wireFixed bytes (no events, no parameters) is what
+// a request without parameters encodes to, and as a reply decodes while one
+// byte fewer is short; a decoded list read through the description gives the
+// count, each entry's code and the event record the decoder put there.
+TEST_P(Frames, TheCodecAgrees) {
+    const FrameCase &c = GetParam();
+    TrovLayoutInfo l{};
+    ASSERT_EQ(TROV_DescribeBody(c.code, TROV_PROTOCOL_VERSION, c.request, &l), 0u);
+    if (c.request != 0) { // 0x66 takes no parameters either way
+        const MethodBody record{0x81A2C3E4u, 0x66, nullptr, 0, {}};
+        HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 0, c.code, 0, 0, 0, 0, 0};
+        EncodeOutput out{nullptr, 0};
+        ASSERT_EQ(TROV_EncodeFU(&info, &record, &out), 0u);
+        EXPECT_EQ(std::vector<uint8_t>(out.data + 20, out.data + out.length),
+                  (std::vector<uint8_t>{0x81, 0xA2, 0xC3, 0xE4, 0x00, 0x66}));
+        EXPECT_EQ(out.length, 20u + l.wireFixed);
+        trovFree(out.data);
+        return;
+    }
+    auto decode = [&](std::vector<uint8_t> body, DecodeResult &result) {
+        std::vector<uint8_t> packet = replyPacket(c.code, body);
+        PacketCursor cursor{packet.data(), uint32_t(packet.size())};
+        HeaderInfo info;
+        result = {nullptr, nullptr, 0};
+        return TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    };
+    auto release = [](DecodeResult &result) {
+        if (result.buffer != nullptr) trovFree(result.buffer->data);
+        trovFree(result.record);
+    };
+    std::vector<uint8_t> body(l.wireFixed, 0);
+    if (c.form == TROV_LAYOUT_METHOD_CALL) body[5] = 0x66;
+    DecodeResult result{};
+    EXPECT_EQ(decode(std::vector<uint8_t>(body.begin(), body.end() - 1), result), TROV_RESULT_SHORT_INPUT);
+    ASSERT_EQ(decode(body, result), 0u);
+    release(result);
+    if (c.form != TROV_LAYOUT_EVENT_LIST) return;
+
+    // Two events 0x04 (a u8, then a u8-counted string) in this framing.
+    const bool brief = c.code == 0x0a;
+    std::vector<uint8_t> list(l.wireFixed, 0);
+    list.back() = 2; // the count closes the head
+    for (uint8_t i = 0; i < 2; ++i) {
+        if (!brief) list.insert(list.end(), {0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 4});
+        list.insert(list.end(), {0x00, 0x04});
+        if (brief) list.push_back(9);
+        list.insert(list.end(), {uint8_t(7 + i), 2, 'h', uint8_t('a' + i)});
+    }
+    ASSERT_EQ(decode(list, result), 0u);
+    const auto *rec = static_cast<const uint8_t *>(result.record);
+    const TrovFieldInfo *events = kindIn(l, TROV_KIND_EVENTS);
+    const TrovFieldInfo &count = l.fields[events->countField];
+    EXPECT_EQ(getHost(rec, count.offset, count.countBytes), 2u);
+    TrovLayoutInfo entry{}, event{};
+    ASSERT_EQ(TROV_DescribeNested(events, &entry), 0u);
+    ASSERT_EQ(TROV_DescribeEvent(0x04, TROV_PROTOCOL_VERSION, &event), 0u);
+    const uint8_t *entries;
+    std::memcpy(&entries, rec + events->dataOffset, sizeof entries);
+    const TrovFieldInfo *body0 = kindIn(entry, TROV_KIND_EVENT);
+    for (uint32_t i = 0; i < 2; ++i) {
+        const uint8_t *e = entries + i * entry.recordBytes;
+        EXPECT_EQ(getHost(e, entry.fields[body0->countField].offset, 2), 0x04u) << i;
+        const uint8_t *ev;
+        std::memcpy(&ev, e + body0->dataOffset, sizeof ev);
+        EXPECT_EQ(getHost(ev, event.fields[0].offset, 1), 7u + i) << i;
+    }
+    release(result);
+}
+
+INSTANTIATE_TEST_SUITE_P(Bodies, Frames, testing::ValuesIn(kFrames),
+                         [](const testing::TestParamInfo<FrameCase> &info) { return std::string(info.param.name); });
 
 TEST_F(LayoutDescription, UnknownCodesAndNullOut) {
     TrovLayoutInfo l;

@@ -368,4 +368,25 @@ TEST(RecordWalkAtTheCodec, AnEmptyArrayOfRecords) {
     EXPECT_EQ(encodeBody(0x12, record), (std::vector<uint8_t>{0x32, 0xCB, 0x00}));
 }
 
+// Body 0x1d: the method code picks the parameters, raw bytes for 0x2000
+// (their count kept behind the pointer) and a one-byte record for 0x67.
+TEST(RecordWalkAtTheCodec, TheMethodCodePicksTheParameters) {
+    TROV_InitCoder();
+    TrovLayoutInfo layout{};
+    ASSERT_EQ(TROV_DescribeBody(0x1d, kVersion, 1, &layout), 0u);
+    const TrovFieldInfo &params = layout.fields[2];
+    ASSERT_EQ(params.kindId, TROV_KIND_PARAMS);
+    Given raw({0x81A2C3E4u, 0x2000, 3}, {{0xAA, 0xBB, 0xCC}});
+    const void *record = build(0x1d, raw);
+    ASSERT_NE(record, nullptr);
+    uint16_t length = 0;
+    std::memcpy(&length, static_cast<const uint8_t *>(record) + params.dataOffset + 8, 2);
+    EXPECT_EQ(length, 3);
+    EXPECT_EQ(encodeBody(0x1d, record), (std::vector<uint8_t>{0x81, 0xA2, 0xC3, 0xE4, 0x20, 0x00, 0xAA, 0xBB, 0xCC}));
+    Given oneByte({5, 0x67, 0x5A});
+    record = build(0x1d, oneByte);
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(encodeBody(0x1d, record), (std::vector<uint8_t>{0, 0, 0, 5, 0x00, 0x67, 0x5A}));
+}
+
 } // namespace

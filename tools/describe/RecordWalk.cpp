@@ -28,6 +28,9 @@ enum class Shape : uint8_t {
     Records,  // counted nested records behind a pointer
     Options,  // a TrovOptionList
     Entry,    // an AttributeEntry in place
+    Events,   // counted event entries behind a pointer
+    Event,    // an entry's event record behind a pointer
+    Params,   // a method's parameters behind a pointer, their length behind it
 };
 
 struct Kind {
@@ -73,8 +76,11 @@ constexpr Kind kKinds[] = {
     {Shape::Records, 0, 0, 0, 0, {}, {}, Text::Bytes},                 // RECORDS
     {Shape::Options, 0, 0, 0, 0, {}, {}, Text::Bytes},                 // OPTIONS
     {Shape::Entry, 0, 0, 0, 0, {}, {}, Text::Bytes},                   // ENTRY
+    {Shape::Events, 0, 0, 0, 0, {}, {}, Text::Bytes},                  // EVENTS
+    {Shape::Event, 0, 0, 0, 0, {}, {}, Text::Bytes},                   // EVENT
+    {Shape::Params, 0, 0, 0, 0, {}, {}, Text::Bytes},                  // PARAMS
 };
-static_assert(std::size(kKinds) == TROV_KIND_ENTRY + 1, "a row for every kind");
+static_assert(std::size(kKinds) == TROV_KIND_PARAMS + 1, "a row for every kind");
 static_assert(TROV_KIND_U32S == 10 && TROV_KIND_BYTE_PAIRS == 14 && TROV_KIND_BUFFER == 23,
               "kKinds is indexed by kind");
 
@@ -108,48 +114,15 @@ constexpr TrovFieldInfo kOptionFields[] = {member("kind", TROV_KIND_U8, 0), memb
 constexpr TrovLayoutInfo kOption = own("TrovOption", 16, kOptionFields);
 constexpr uint16_t kOptionValue = 8;
 
-// MethodBody, members in the order they print; the build takes params
-// before paramsLength.
-constexpr TrovFieldInfo kMethodFields[] = {
-    member("value0", TROV_KIND_U32, offsetof(MethodBody, value0)),
-    member("method", TROV_KIND_U16, offsetof(MethodBody, method)),
-    member("paramsLength", TROV_KIND_U16, offsetof(MethodBody, paramsLength)),
-    member("params", 0, offsetof(MethodBody, params)),
-};
-constexpr TrovLayoutInfo kMethod = own("MethodBody", sizeof(MethodBody), kMethodFields);
-
-// The event lists and their entries, the events member last.
-constexpr TrovFieldInfo kEventListFields[] = {
-    member("value0", TROV_KIND_U32, offsetof(EventListBody, value0)),
-    member("value1", TROV_KIND_U8, offsetof(EventListBody, value1)),
-    member("value2", TROV_KIND_U16, offsetof(EventListBody, value2)),
-    member("value3", TROV_KIND_U16, offsetof(EventListBody, value3)),
-    member("value4", TROV_KIND_U8, offsetof(EventListBody, value4)),
-    member("count", TROV_KIND_U16, offsetof(EventListBody, count)),
-    member("events", 0, offsetof(EventListBody, entries)),
-};
-constexpr TrovFieldInfo kShortEventListFields[] = {
-    member("value0", TROV_KIND_U32, offsetof(ShortEventListBody, value0)),
-    member("count", TROV_KIND_U8, offsetof(ShortEventListBody, count)),
-    member("events", 0, offsetof(ShortEventListBody, entries)),
-};
-constexpr TrovFieldInfo kEventEntryFields[] = {
-    member("code", TROV_KIND_U16, offsetof(EventEntry, eventCode)),
-    member("field1", TROV_KIND_U16, offsetof(EventEntry, field1)),
-    member("field2", TROV_KIND_U32, offsetof(EventEntry, field2)),
-    member("field3", TROV_KIND_U32, offsetof(EventEntry, field3)),
-    member("field4", TROV_KIND_U8, offsetof(EventEntry, field4)),
-    member("fields", 0, offsetof(EventEntry, body)),
-};
-constexpr TrovFieldInfo kEventBriefFields[] = {
-    member("code", TROV_KIND_U16, offsetof(EventBriefEntry, eventCode)),
-    member("field2", TROV_KIND_U8, offsetof(EventBriefEntry, field2)),
-    member("fields", 0, offsetof(EventBriefEntry, body)),
-};
-constexpr TrovLayoutInfo kEventList = own("EventListBody", sizeof(EventListBody), kEventListFields);
-constexpr TrovLayoutInfo kShortEventList = own("ShortEventListBody", sizeof(ShortEventListBody), kShortEventListFields);
-constexpr TrovLayoutInfo kEventEntry = own("EventEntry", sizeof(EventEntry), kEventEntryFields);
-constexpr TrovLayoutInfo kEventBrief = own("EventBriefEntry", sizeof(EventBriefEntry), kEventBriefFields);
+// The members the walk presents in place of the frames' own fields: a
+// params field reads as its length, then the parameters; an event list's
+// entries as "events", each entry as its code first, its other members, and
+// the event record as "fields".
+constexpr TrovFieldInfo kParamsLength = member("paramsLength", TROV_KIND_U16, 0);
+constexpr uint16_t kParamsLengthAt = 8; // behind the parameters' pointer
+constexpr TrovFieldInfo kEvents = member("events", 0, 0);
+constexpr TrovFieldInfo kEventFields = member("fields", 0, 0);
+constexpr const char *kEventCode = "code";
 
 // ---- memory -----------------------------------------------------------------------
 
@@ -185,7 +158,8 @@ const uint8_t *dataOf(const TrovFieldInfo &f, const uint8_t *rec) {
     return f.dataOffset == TROV_NO_DATA ? nullptr : loadPointer(rec + f.dataOffset);
 }
 
-// The count field of `f`, if it has one.
+// The count field of `f`, if it has one; of an event or params field, the
+// field holding its code.
 const TrovFieldInfo *countFieldOf(const TrovLayoutInfo &layout, const TrovFieldInfo &f) {
     return f.countField >= 0 && f.countField < layout.fieldCount ? &layout.fields[f.countField] : nullptr;
 }
@@ -236,10 +210,6 @@ TrovResult describeCode(Code::Of of, uint16_t code, uint8_t version, TrovLayoutI
                                     : TROV_DescribeAttribute(code, version, &out);
 }
 
-bool isShortEventList(const TrovLayoutInfo &layout) {
-    return layout.record != nullptr && std::strcmp(layout.record, "ShortEventListBody") == 0;
-}
-
 // ---- reading --------------------------------------------------------------------------
 
 class ReadWalk {
@@ -257,8 +227,6 @@ public:
         if (rec == nullptr) return r_.absent();
         if (depth > kMaxDepth) return r_.unread(Unread::TooDeep);
         switch (layout.form) {
-        case TROV_LAYOUT_EVENT_LIST: return eventList(layout, rec, depth);
-        case TROV_LAYOUT_METHOD_CALL: return methodCall(rec, depth);
         case TROV_LAYOUT_RAW: return r_.unread(Unread::RawBytes);
         case TROV_LAYOUT_SELECTOR: {
             // A selector the type does not have reads as the selector alone.
@@ -275,16 +243,20 @@ private:
         r_.beginRecord(layout);
         for (uint16_t i = 0; i < layout.fieldCount; ++i) {
             const TrovFieldInfo &f = layout.fields[i];
-            if (f.kindId == TROV_KIND_BUFFER) continue;
-            r_.member(f);
-            field(layout, f, rec, depth);
+            if (f.kindId != TROV_KIND_BUFFER) field(layout, f, rec, depth);
         }
         r_.endRecord();
     }
 
+    // A field's member (or members) and value.
     void field(const TrovLayoutInfo &layout, const TrovFieldInfo &f, const uint8_t *rec, int depth) {
         const uint8_t *at = rec + f.offset;
         const Kind &k = kindOf(f.kindId);
+        switch (k.shape) {
+        case Shape::Params: return params(layout, f, rec, depth);
+        case Shape::Events: r_.member(kEvents); return events(layout, f, rec, depth);
+        default: r_.member(f); break;
+        }
         switch (k.shape) {
         case Shape::Scalar:
         case Shape::Reserved: return r_.number(loadWidth(at, k.width));
@@ -327,7 +299,10 @@ private:
         case Shape::Entry: return entry(at, 0, depth);
         case Shape::Data:
         case Shape::Records: break;
-        case Shape::None: return r_.absent();
+        case Shape::None:
+        case Shape::Event: // read with its entry
+        case Shape::Events:
+        case Shape::Params: return r_.absent();
         }
         // Counted data: absent where the pointer is null behind a count.
         const uint32_t n = countOf(layout, f, rec);
@@ -390,59 +365,67 @@ private:
         r_.endRecord();
     }
 
-    // The scalar members of one of the walk's own records.
-    void scalars(const TrovLayoutInfo &layout, const uint8_t *rec) {
-        for (uint16_t i = 0; i < layout.fieldCount && layout.fields[i].kindId != 0; ++i) {
-            r_.member(layout.fields[i]);
-            r_.number(loadWidth(rec + layout.fields[i].offset, layout.fields[i].width));
-        }
+    // The entries of an event list, one entry record apart.
+    void events(const TrovLayoutInfo &layout, const TrovFieldInfo &f, const uint8_t *rec, int depth) {
+        const uint32_t n = countOf(layout, f, rec);
+        const uint8_t *entries = dataOf(f, rec);
+        TrovLayoutInfo entry{};
+        const bool walk = entries != nullptr && TROV_DescribeNested(&f, &entry) == TROV_RESULT_OK;
+        r_.beginList(walk ? n : 0);
+        for (uint32_t i = 0; walk && i < n; ++i) eventEntry(entry, entries + size_t{i} * entry.recordBytes, depth);
+        r_.endList();
     }
 
-    void eventList(const TrovLayoutInfo &layout, const uint8_t *rec, int depth) {
-        const bool brief = isShortEventList(layout);
-        const TrovLayoutInfo &list = brief ? kShortEventList : kEventList;
-        const TrovLayoutInfo &entry = brief ? kEventBrief : kEventEntry;
-        const TrovFieldInfo &counter = list.fields[list.fieldCount - 2], &events = list.fields[list.fieldCount - 1];
-        const uint32_t count = loadWidth(rec + counter.offset, counter.width);
-        const uint8_t *entries = loadPointer(rec + events.offset);
-        r_.beginRecord(list);
-        scalars(list, rec);
-        r_.member(events);
-        r_.beginList(entries != nullptr ? count : 0);
-        for (uint32_t i = 0; entries != nullptr && i < count; ++i) {
-            const uint8_t *e = entries + size_t{i} * entry.recordBytes;
-            r_.beginRecord(entry);
-            scalars(entry, e);
-            r_.member(entry.fields[entry.fieldCount - 1]);
-            TrovLayoutInfo event{};
-            if (TROV_DescribeEvent(load<uint16_t>(e + entry.fields[0].offset), version_, &event) == TROV_RESULT_OK)
-                record(event, loadPointer(e + entry.fields[entry.fieldCount - 1].offset), depth + 1);
+    // An entry: the event code, the entry's other members, then the event
+    // record the code picks.
+    void eventEntry(const TrovLayoutInfo &entry, const uint8_t *e, int depth) {
+        const TrovFieldInfo *event = nullptr;
+        for (uint16_t i = 0; i < entry.fieldCount && event == nullptr; ++i)
+            if (entry.fields[i].kindId == TROV_KIND_EVENT) event = &entry.fields[i];
+        const TrovFieldInfo *code = event != nullptr ? countFieldOf(entry, *event) : nullptr;
+        r_.beginRecord(entry);
+        if (code != nullptr) {
+            TrovFieldInfo named = *code;
+            named.name = kEventCode;
+            r_.member(named);
+            r_.number(load<uint16_t>(e + code->offset));
+        }
+        for (uint16_t i = 0; i < entry.fieldCount; ++i)
+            if (&entry.fields[i] != code && &entry.fields[i] != event) field(entry, entry.fields[i], e, depth);
+        if (event != nullptr) {
+            r_.member(kEventFields);
+            TrovLayoutInfo found{};
+            if (code != nullptr &&
+                TROV_DescribeEvent(load<uint16_t>(e + code->offset), version_, &found) == TROV_RESULT_OK)
+                record(found, loadPointer(e + event->dataOffset), depth + 1);
             else
                 r_.absent();
-            r_.endRecord();
         }
-        r_.endList();
         r_.endRecord();
     }
 
-    void methodCall(const uint8_t *rec, int depth) {
-        const auto body = load<MethodBody>(rec);
-        const auto *p = static_cast<const uint8_t *>(body.params);
-        r_.beginRecord(kMethod);
-        scalars(kMethod, rec);
-        r_.member(kMethodFields[3]);
+    // A method's parameters: their length, then the record the method code
+    // picks (raw bytes for a raw method).
+    void params(const TrovLayoutInfo &layout, const TrovFieldInfo &f, const uint8_t *rec, int depth) {
+        const TrovFieldInfo *code = countFieldOf(layout, f);
+        const auto length = load<uint16_t>(rec + f.dataOffset + kParamsLengthAt);
+        const uint8_t *p = dataOf(f, rec);
+        r_.member(kParamsLength);
+        r_.number(length);
+        r_.member(f);
         TrovLayoutInfo params{};
-        if (TROV_DescribeMethod(body.method, version_, request_ ? 1 : 0, &params) != TROV_RESULT_OK) {
+        if (code == nullptr ||
+            TROV_DescribeMethod(load<uint16_t>(rec + code->offset), version_, request_ ? 1 : 0, &params) !=
+                TROV_RESULT_OK) {
             r_.absent();
         } else if (params.form == TROV_LAYOUT_RAW) {
-            r_.bytes(p, p != nullptr ? body.paramsLength : 0, Text::Bytes);
+            r_.bytes(p, p != nullptr ? length : 0, Text::Bytes);
         } else if (params.form == TROV_LAYOUT_NONE || p == nullptr) {
             r_.beginRecord(params); // no parameters: an empty record
             r_.endRecord();
         } else {
             record(params, p, depth + 1);
         }
-        r_.endRecord();
     }
 
     RecordReader &r_;
@@ -451,6 +434,10 @@ private:
 };
 
 } // namespace
+
+const char *lengthMember(const TrovFieldInfo &field) {
+    return field.kindId == TROV_KIND_PARAMS ? kParamsLength.name : nullptr;
+}
 
 uint32_t Numbers::at(uint32_t index, unsigned part) const {
     const Kind &k = kindOf(kindId);
@@ -493,9 +480,9 @@ public:
         case TROV_LAYOUT_FIELDS:
         case TROV_LAYOUT_NONE:
         case TROV_LAYOUT_STRUCTURE:
-        case TROV_LAYOUT_SELECTOR: return record(layout, Frame::Top, nullptr);
-        case TROV_LAYOUT_METHOD_CALL: return methodCall();
-        default: return cannot(&layout, nullptr), nullptr;
+        case TROV_LAYOUT_SELECTOR:
+        case TROV_LAYOUT_METHOD_CALL: return record(layout, Frame::Top, nullptr);
+        default: return cannot(&layout, nullptr), nullptr; // event lists are decoded only
         }
     }
 
@@ -577,6 +564,9 @@ private:
             return true;
         }
         case Shape::Count: return countField(layout, i, rec, later);
+        case Shape::Params: return params(layout, f, rec);
+        case Shape::Events: // event lists are decoded only
+        case Shape::Event: return cannot(&layout, &f);
         default: break;
         }
         if (!known(f.kindId) || !b_.beginField(f)) {
@@ -587,7 +577,8 @@ private:
         switch (k.shape) {
         case Shape::Scalar: {
             uint32_t value = loadWidth(at, k.width);
-            ok = b_.scalar(f, k.width, value);
+            ok = picksParams(layout, i) ? b_.code(Code{Code::Of::Method, nullptr, version_}, value)
+                                        : b_.scalar(f, k.width, value);
             storeWidth(at, value, k.width);
             break;
         }
@@ -874,54 +865,52 @@ private:
         return true;
     }
 
-    // Body 0x1d: MethodBody's members and the parameters, whose record
-    // TROV_DescribeMethod gives (raw bytes for a method without its own).
-    uint8_t *methodCall() {
-        uint8_t *body = allocate(sizeof(MethodBody), Block::Record);
-        uint32_t value0 = 0, method = 0;
-        if (body == nullptr || !b_.beginRecord(kMethod, Frame::Method) || !b_.beginField(kMethodFields[0]) ||
-            !b_.scalar(kMethodFields[0], 4, value0))
-            return nullptr;
-        b_.endField();
-        const Code code{Code::Of::Method, nullptr, version_};
-        if (!b_.beginField(kMethodFields[1]) || !b_.code(code, method)) return nullptr;
-        b_.endField();
-        store(body + offsetof(MethodBody, value0), value0);
-        store(body + offsetof(MethodBody, method), static_cast<uint16_t>(method));
+    // Whether field `i` holds the method code of a params field.
+    static bool picksParams(const TrovLayoutInfo &layout, uint16_t i) {
+        for (uint16_t j = i + 1; j < layout.fieldCount; ++j)
+            if (layout.fields[j].kindId == TROV_KIND_PARAMS && layout.fields[j].countField == i) return true;
+        return false;
+    }
+
+    // A method's parameters, whose record TROV_DescribeMethod gives for the
+    // code already in the record (raw bytes for a method without its own),
+    // then their length.
+    bool params(const TrovLayoutInfo &layout, const TrovFieldInfo &f, uint8_t *rec) {
+        const TrovFieldInfo *code = countFieldOf(layout, f);
+        if (code == nullptr) return cannot(&layout, &f);
+        const auto method = load<uint16_t>(rec + code->offset);
         void *params = nullptr;
         uint32_t length = 0;
-        bool filled = true; // paramsLength is the builder's unless the bytes are raw
-        TrovLayoutInfo layout{};
-        const auto code16 = static_cast<uint16_t>(method);
-        const TrovResult found = TROV_DescribeMethod(code16, version_, request_ ? 1 : 0, &layout);
-        if (found != TROV_RESULT_OK) {
-            if (b_.missing(Miss{Miss::Of::Code, Code::Of::Method, method & 0xFFFF, version_, found, nullptr, nullptr},
+        bool filled = true; // the length is the builder's unless the bytes are raw
+        TrovLayoutInfo found{};
+        const TrovResult result = TROV_DescribeMethod(method, version_, request_ ? 1 : 0, &found);
+        if (result != TROV_RESULT_OK) {
+            if (b_.missing(Miss{Miss::Of::Code, Code::Of::Method, method, version_, result, nullptr, nullptr},
                            params) != Answer::StandIn)
-                return nullptr;
+                return false;
         } else {
-            if (!b_.beginField(kMethodFields[3])) return nullptr;
-            if (layout.form == TROV_LAYOUT_RAW) {
-                Count c{Count::Of::Rest, &kMethodFields[3], nullptr, Text::Bytes, 0, 0, 1, 1, 0xFFFF, false};
-                if (!b_.count(c, length)) return nullptr;
+            if (!b_.beginField(f)) return false;
+            if (found.form == TROV_LAYOUT_RAW) {
+                Count c{Count::Of::Rest, &f, nullptr, Text::Bytes, 0, 0, 1, 1, 0xFFFF, false};
+                if (!b_.count(c, length)) return false;
                 length &= 0xFFFF;
                 auto *bytes = allocate(length, Block::Data);
-                if (bytes != nullptr && length != 0 && !b_.bytes(kMethodFields[3], Text::Bytes, bytes, length))
-                    return nullptr;
+                if (bytes != nullptr && length != 0 && !b_.bytes(f, Text::Bytes, bytes, length)) return false;
                 params = bytes;
                 filled = false;
-            } else if (layout.form == TROV_LAYOUT_FIELDS || layout.form == TROV_LAYOUT_NONE) {
-                if (!enter() || (params = record(layout, Frame::Params, nullptr)) == nullptr) return nullptr;
+            } else if (found.form == TROV_LAYOUT_FIELDS || found.form == TROV_LAYOUT_NONE) {
+                if (!enter() || (params = record(found, Frame::Params, nullptr)) == nullptr) return false;
                 --depth_;
                 params = b_.pointer(nullptr, params);
             } else {
-                return cannot(&layout, nullptr), nullptr;
+                return cannot(&found, nullptr);
             }
             b_.endField();
         }
-        if (filled && !b_.filler(Filler::ParamsLength, length)) return nullptr;
-        storePointer(body + offsetof(MethodBody, params), params);
-        store(body + offsetof(MethodBody, paramsLength), static_cast<uint16_t>(length));
-        return b_.endRecord() ? body : nullptr;
+        if (filled && !b_.filler(Filler::ParamsLength, length)) return false;
+        storePointer(rec + f.dataOffset, params);
+        store(rec + f.dataOffset + kParamsLengthAt, static_cast<uint16_t>(length));
+        return true;
     }
 
     RecordBuilder &b_;

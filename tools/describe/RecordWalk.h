@@ -18,15 +18,19 @@
 //     entries at version 0); without a codec its bytes as they stand;
 //   - an option is "kind" and "value" (the value's bytes as they travel;
 //     kinds 1 to 5 hold host-order numbers in memory);
-//   - a method invocation (MethodBody) is value0, method, paramsLength and
-//     params, the parameter record TROV_DescribeMethod gives for the side
-//     walked (raw bytes for a raw method);
-//   - an event list (EventListBody, ShortEventListBody) is its own members,
-//     count and "events", each event its entry's members and "fields", the
-//     record TROV_DescribeEvent gives (read only: no request carries one);
+//   - a params field (MethodBody's) is two members: "paramsLength", the
+//     length kept behind the parameters' pointer, then the field itself, the
+//     parameter record TROV_DescribeMethod gives for the side walked (raw
+//     bytes for a raw method); building, the field holding its method code
+//     is asked as a Code;
+//   - an events field (EventListBody's, ShortEventListBody's) is "events",
+//     a list of its entries, each entry its event code as "code", its other
+//     members, and as "fields" the record TROV_DescribeEvent gives (read
+//     only: no request carries an event list);
 //   - a selector value is the record of the variant its first byte picks.
-// Members that are not fields of the description ("value", "params",
-// "events", "fields") come with kindId 0 and the kind name "member".
+// Members that are not fields of the description ("value", "events",
+// "fields") come with kindId 0 and the kind name "member"; "paramsLength"
+// and an entry's "code" come as u16.
 //
 // Records nest (values in attribute lists, nested and counted records,
 // events in a list, parameters in a method body) at most kMaxDepth levels
@@ -140,10 +144,9 @@ enum class Frame : uint8_t {
     Value,   // an element of a typed value or an attribute entry's value
     Nested,  // a structure's nested record (TROV_KIND_RECORD)
     Item,    // one of a structure's counted records (TROV_KIND_RECORDS)
-    Typed,   // the walk's own records: a typed value, an attribute entry,
-    Entry,   //   an option and a method invocation (see above)
+    Typed,   // the walk's own records: a typed value, an attribute entry
+    Entry,   //   and an option (see above)
     Option,
-    Method,
 };
 
 // A count the builder gives or checks.
@@ -181,8 +184,13 @@ inline constexpr uint32_t kLater = 0xFFFFFFFFu;
 enum class Filler : uint8_t {
     Reserved,     // a TROV_KIND_RESERVED byte
     EntryLength,  // an AttributeEntry's length (the encoder computes it)
-    ParamsLength, // MethodBody.paramsLength of a method with a parameter record
+    ParamsLength, // the length behind a params field of a method with a parameter record
 };
+
+// The member a field brings besides its own: "paramsLength" for a params
+// field (read before it, given through Filler::ParamsLength); null for any
+// other field.
+const char *lengthMember(const TrovFieldInfo &field);
 
 // Something the description does not give, or a bound the walk keeps.
 struct Miss {

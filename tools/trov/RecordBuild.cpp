@@ -110,6 +110,8 @@ std::string layoutName(const TrovLayoutInfo &layout) {
     for (uint16_t i = 0; i < layout.fieldCount; ++i) {
         const uint8_t kind = layout.fields[i].kindId;
         if (kind == TROV_KIND_BUFFER || kind == TROV_KIND_COUNT || kind == TROV_KIND_RESERVED) continue;
+        if (const char *length = describe::lengthMember(layout.fields[i]))
+            names += (names.empty() ? "" : ", ") + std::string(length);
         names += (names.empty() ? "" : ", ") + std::string(layout.fields[i].name);
     }
     if (names.empty()) names = "no fields";
@@ -139,7 +141,10 @@ public:
                                             (frame == Frame::Option ? "k, \"value\": \"hex\"}" : "N, \"value\": ...}"));
         for (auto member = at.node->begin(); member != at.node->end(); ++member) {
             bool known = false;
-            for (uint16_t i = 0; i < layout.fieldCount && !known; ++i) known = member.key() == layout.fields[i].name;
+            for (uint16_t i = 0; i < layout.fieldCount && !known; ++i) {
+                const char *length = describe::lengthMember(layout.fields[i]);
+                known = member.key() == layout.fields[i].name || (length != nullptr && member.key() == length);
+            }
             if (!known)
                 return fail(at.path + "/" + member.key(),
                             own ? "no such member" : "no such field in " + layoutName(layout));

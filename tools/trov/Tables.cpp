@@ -31,14 +31,14 @@ std::string hex16(uint64_t v) {
     return text;
 }
 
-// Name and kind of each field; a nested record's fields under it.
+// Name and kind of each field; a nested record's (or an event entry's) fields under it.
 Json fieldsJson(const TrovLayoutInfo &layout) {
     Json fields = Json::array();
     for (uint16_t i = 0; i < layout.fieldCount; ++i) {
         const TrovFieldInfo &f = layout.fields[i];
         Json field{{"name", f.name}, {"kind", f.kind}};
         TrovLayoutInfo nested{};
-        if ((f.kindId == TROV_KIND_RECORD || f.kindId == TROV_KIND_RECORDS) &&
+        if ((f.kindId == TROV_KIND_RECORD || f.kindId == TROV_KIND_RECORDS || f.kindId == TROV_KIND_EVENTS) &&
             TROV_DescribeNested(&f, &nested) == TROV_RESULT_OK) {
             field["record"] = nested.record != nullptr ? nested.record : "";
             field["fields"] = fieldsJson(nested);

@@ -244,7 +244,18 @@ ptrdiff_t fieldIndex(const TrovFieldInfo *field, const TrovFieldInfo *first, siz
 }
 
 // The record a structure field nests and the room the field gives it.
+template <EventFraming F>
+const TrovLayoutInfo *eventEntryOf(const TrovFieldInfo *field, uint16_t &room) {
+    const TrovLayoutInfo &list = kEventListInfo<F>;
+    const ptrdiff_t index = fieldIndex(field, list.fields, list.fieldCount);
+    if (index < 0 || list.fields[index].kindId != TROV_KIND_EVENTS) return nullptr;
+    room = kEventEntryInfo<F>.recordBytes;
+    return &kEventEntryInfo<F>;
+}
+
 const TrovLayoutInfo *nestedOf(const TrovFieldInfo *field, uint16_t &room) {
+    if (const TrovLayoutInfo *entry = eventEntryOf<EventFraming::Long>(field, room)) return entry;
+    if (const TrovLayoutInfo *entry = eventEntryOf<EventFraming::Short>(field, room)) return entry;
     if (fieldIndex(field, kStructureEventFields, 1) == 0) {
         room = sizeof(structure_event::Body);
         return describeStructureOf(&structure_event::kBody);
@@ -321,6 +332,9 @@ static_assert(allHold(kStringEventInfos) && allHold(kAttributeEventInfos));
 static_assert(allHold(kMethodInfos.request) && allHold(kMethodInfos.reply));
 static_assert(allHold(kAttributeInfos) && allHold(kStructureInfos) && allHold(kVariantInfos));
 static_assert(holds(kStructureEventInfo));
+static_assert(holds(kEventListInfo<EventFraming::Long>) && holds(kEventListInfo<EventFraming::Short>) &&
+              holds(kEventEntryInfo<EventFraming::Long>) && holds(kEventEntryInfo<EventFraming::Short>) &&
+              holds(kMethodCallInfo));
 static_assert(kAttributeInfos[0].fieldCount == 5 && kAttributeInfos[0].fields[4].offset == 4);
 
 TrovResult answer(const TrovLayoutInfo *found, TrovResult missing, TrovLayoutInfo *out) {

@@ -5,63 +5,25 @@
 
 #include "api/Memory.h"
 #include "engine/Cursor.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
 
 namespace {
 
-// What differs between the framings.
-struct Framing {
-    uint32_t bodyHead;    // bytes of the body head, the count last
-    uint32_t eventHead;   // bytes of each event's head
-    uint32_t codeOffset;  // the event code's place in the event head
-    uint32_t entryBytes;  // bytes of one entry in the block
-    uint16_t recordBytes; // the body record
-    size_t bufferOffset;  // the record's managed buffer
-};
-
-constexpr Framing kLong{12, 13, 11, sizeof(EventEntry), sizeof(EventListBody),
-                        offsetof(EventListBody, buffer)};
-constexpr Framing kShort{5, 3, 0, sizeof(EventBriefEntry), sizeof(ShortEventListBody),
-                         offsetof(ShortEventListBody, buffer)};
-
-// Reads the body head into the record; returns the event count.
-uint16_t readBodyHead(EventFraming framing, PacketCursor &c, void *record) {
-    if (framing == EventFraming::Long) {
-        auto *r = static_cast<EventListBody *>(record);
-        r->value0 = getU32(c);
-        r->value1 = getU8(c);
-        r->value2 = getU16(c);
-        r->value3 = getU16(c);
-        r->value4 = getU8(c);
-        r->count = getU16(c);
-        r->entries = nullptr;
-        return r->count;
-    }
-    auto *r = static_cast<ShortEventListBody *>(record);
-    r->value0 = getU32(c);
-    r->count = getU8(c);
-    r->entries = nullptr;
-    return r->count;
+// Reads a body head into the record; returns the event count, the head's
+// last field. The entries pointer stays null until the block is filled.
+uint16_t readBodyHead(const EventFrame &f, PacketCursor &c, uint8_t *record) {
+    walkDecode(f.head, c, record, nullptr, FieldEnv{});
+    storeField(record, f.entries, static_cast<void *>(nullptr));
+    const Field &count = f.head.fields[f.head.count - 1];
+    return count.kind == FieldKind::U8 ? record[count.offset] : loadField<uint16_t>(record, count.offset);
 }
 
-// Reads one event head into entry i of the block.
-void readEventHead(EventFraming framing, PacketCursor &c, uint8_t *entries, uint32_t i,
-                   void *body) {
-    if (framing == EventFraming::Long) {
-        auto &e = reinterpret_cast<EventEntry *>(entries)[i];
-        e.field1 = getU16(c);
-        e.field2 = getU32(c);
-        e.field3 = getU32(c);
-        e.field4 = getU8(c);
-        e.eventCode = getU16(c);
-        e.body = body;
-        return;
-    }
-    auto &e = reinterpret_cast<EventBriefEntry *>(entries)[i];
-    e.eventCode = getU16(c);
-    e.field2 = getU8(c);
-    e.body = body;
+// Reads one event head into `entry`, which points at the event's record.
+void readEventHead(const EventFrame &f, PacketCursor &c, uint8_t *entry, void *body) {
+    walkDecode(f.entry, c, entry, nullptr, FieldEnv{});
+    storeField(entry, f.body, body);
 }
 
 // The rows the size pass finds are kept for the decode pass on the stack, up
@@ -73,14 +35,13 @@ constexpr uint32_t kKeptRows = 256;
 
 TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t version,
                            DecodeResult *result, const PacketCursor *body) {
-    const Framing &f = framing == EventFraming::Long ? kLong : kShort;
+    const EventFrame &f = eventFrame(framing);
     bool recordAllocated = false;
-    if (TrovResult r = allocateRecord(result, body, static_cast<uint16_t>(f.bodyHead), f.recordBytes,
-                                      &recordAllocated))
-        return r;
-    void *record = result->record;
+    if (TrovResult r = allocateRecord(result, body, f.head.wireFixed, f.recordBytes, &recordAllocated)) return r;
+    auto *record = static_cast<uint8_t *>(result->record);
     PacketCursor c = *body;
-    const uint16_t n = readBodyHead(framing, c, record);
+    const uint16_t n = readBodyHead(f, c, record);
+    const uint32_t entryBytes = f.entryBytes;
     if (n == 0) return TROV_RESULT_OK;
 
     auto fail = [&](TrovResult r, bool bufferAllocated) {
@@ -91,13 +52,13 @@ TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t v
     // Size pass. The total is 16-bit and wraps, as the protocol computes it;
     // the extent beside it is the room the decode pass really needs.
     const EventCodecRow *rows[kKeptRows];
-    uint16_t total = static_cast<uint16_t>(n * f.entryBytes);
-    uint32_t extent = n * f.entryBytes;
+    uint16_t total = static_cast<uint16_t>(n * entryBytes);
+    uint32_t extent = n * entryBytes;
     PacketCursor sizing = c;
     for (uint32_t i = 0; i < n; ++i) {
-        if (sizing.remaining < f.eventHead) return fail(TROV_RESULT_SHORT_INPUT, false);
-        const uint16_t code = loadU16(sizing.position + f.codeOffset);
-        advance(sizing, f.eventHead);
+        if (sizing.remaining < f.entry.wireFixed) return fail(TROV_RESULT_SHORT_INPUT, false);
+        const uint16_t code = loadU16(sizing.position + f.codeWire);
+        advance(sizing, f.entry.wireFixed);
         const EventCodecRow *row = findEventRow(tables, code, version, 1);
         if (row == nullptr) return fail(TROV_RESULT_NO_EVENT_CODEC, false);
         RecordSize size{};
@@ -107,22 +68,21 @@ TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t v
         if (i < kKeptRows) rows[i] = row;
     }
 
-    auto *buffer = reinterpret_cast<BufferDesc *>(static_cast<uint8_t *>(record) + f.bufferOffset);
+    auto *buffer = reinterpret_cast<BufferDesc *>(record + f.buffer);
     bool bufferAllocated = false;
     if (TrovResult r = prepareBuffer(result, buffer, total, &bufferAllocated, extent))
         return fail(r, bufferAllocated);
 
     // Decode pass: the entries open the block, the event records follow.
     auto *entries = static_cast<uint8_t *>(buffer->data);
-    void *next = entries + n * f.entryBytes;
+    void *next = entries + n * entryBytes;
     for (uint32_t i = 0; i < n; ++i) {
         const EventCodecRow *row =
-            i < kKeptRows ? rows[i] : findEventRow(tables, loadU16(c.position + f.codeOffset), version, 1);
-        readEventHead(framing, c, entries, i, next);
+            i < kKeptRows ? rows[i] : findEventRow(tables, loadU16(c.position + f.codeWire), version, 1);
+        readEventHead(f, c, entries + i * entryBytes, next);
         next = row->decode(next, &c, 0);
     }
-    if (framing == EventFraming::Long) static_cast<EventListBody *>(record)->entries = reinterpret_cast<EventEntry *>(entries);
-    else static_cast<ShortEventListBody *>(record)->entries = reinterpret_cast<EventBriefEntry *>(entries);
+    storeField(record, f.entries, static_cast<void *>(entries));
     return TROV_RESULT_OK;
 }
 

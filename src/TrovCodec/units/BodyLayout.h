@@ -24,6 +24,7 @@
 
 #include "engine/CodecTypes.h"
 #include "engine/Field.h"
+#include "events/EventList.h"
 
 namespace trov {
 
@@ -59,8 +60,8 @@ constexpr bool isFixedLength(const BodyLayout &l) {
 constexpr uint16_t minimumLength(const BodyLayout &l) {
     switch (l.kind) {
     case BodyKind::NoReply: return 0;
-    case BodyKind::EventList: return 12;
-    case BodyKind::ShortEventList: return 5;
+    case BodyKind::EventList: return eventFrame(EventFraming::Long).head.wireFixed;
+    case BodyKind::ShortEventList: return eventFrame(EventFraming::Short).head.wireFixed;
     case BodyKind::Fields: break;
     }
     uint32_t n = l.plan->wireFixed;

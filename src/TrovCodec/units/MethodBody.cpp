@@ -7,12 +7,9 @@
 #include "api/Header.h"
 #include "api/Memory.h"
 #include "engine/Cursor.h"
+#include "engine/FieldWalker.h"
 
 namespace trov {
-
-namespace {
-constexpr uint16_t kPrefix = 6; // u32, u16 method code
-} // namespace
 
 TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const MethodBody *record,
                                 EncodeOutput *output) {
@@ -24,13 +21,12 @@ TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const Me
     // bits; parameters within 6 bytes of 65535 (or past it) make a body the
     // header cannot frame, which the reservation refuses once the figure is
     // stored.
-    WireSize size = WireSize::of(kPrefix);
+    WireSize size = WireSize::of(kMethodPrefix.wireFixed);
     size.add(wire);
     PacketCursor body{};
     bool allocated = false;
     if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
-    putU32(body, record->value0);
-    putU16(body, record->method);
+    walkEncode(kMethodPrefix, body, reinterpret_cast<const uint8_t *>(record), FieldEnv{});
     row->encode(&body, record->params, record->paramsLength);
     return finishEncodeBuffer(output, body, allocated);
 }
@@ -38,11 +34,11 @@ TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const Me
 TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeResult *result,
                                 const PacketCursor *body) {
     bool recordAllocated = false;
-    if (TrovResult r = allocateRecord(result, body, kPrefix, sizeof(MethodBody), &recordAllocated)) return r;
+    if (TrovResult r = allocateRecord(result, body, kMethodPrefix.wireFixed, sizeof(MethodBody), &recordAllocated))
+        return r;
     auto *record = static_cast<MethodBody *>(result->record);
     PacketCursor c = *body;
-    record->value0 = getU32(c);
-    record->method = getU16(c);
+    walkDecode(kMethodPrefix, c, reinterpret_cast<uint8_t *>(record), nullptr, FieldEnv{});
     record->params = nullptr;
     record->paramsLength = 0;
 

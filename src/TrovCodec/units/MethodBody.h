@@ -6,9 +6,33 @@
 // of 0x2000 and above without a row are carried as raw bytes.
 #pragma once
 
+#include <cstddef>
+
 #include "api/Dispatch.h"
+#include "engine/Field.h"
 
 namespace trov {
+
+// The prefix ahead of the parameters, stated once: the codec writes and reads
+// it through this list, and the layout description describes MethodBody from
+// it. Behind it in the record: the parameters' pointer, their u16 length and
+// the managed buffer of decoded parameters.
+inline constexpr Field kMethodPrefixFields[] = {Field{FieldKind::U32, 0, 0, "value0"},
+                                                Field{FieldKind::U16, 0, 0, "method"}};
+inline constexpr Plan kMethodPrefix = makePlan(kMethodPrefixFields);
+inline constexpr uint8_t kMethodCodeField = 1; // the method code's index in the prefix
+inline constexpr uint16_t kMethodParams = static_cast<uint16_t>(alignTo(kMethodPrefix.fieldsEnd, 8));
+inline constexpr uint16_t kMethodParamsLength = kMethodParams + 8;
+inline constexpr uint16_t kMethodBuffer = static_cast<uint16_t>(alignTo(kMethodParamsLength + 2, 8));
+
+static_assert(kMethodPrefix.valid && kMethodPrefix.wireFixed == 6 &&
+                  kMethodPrefix.fields[0].offset == offsetof(MethodBody, value0) &&
+                  kMethodPrefix.fields[kMethodCodeField].offset == offsetof(MethodBody, method) &&
+                  kMethodParams == offsetof(MethodBody, params) &&
+                  kMethodParamsLength == offsetof(MethodBody, paramsLength) &&
+                  kMethodBuffer == offsetof(MethodBody, buffer) &&
+                  kMethodBuffer + sizeof(BufferDesc) == sizeof(MethodBody),
+              "the method prefix disagrees with MethodBody");
 
 // The body row's operations (shapes of BodyEncodeFn and BodyDecodeFn).
 // Encode results: 0; 11 no method codec (below 0x2000); the method codec's

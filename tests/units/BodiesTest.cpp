@@ -23,14 +23,8 @@ constexpr uint16_t kU32Attribute = 0x08D5;
 // An identifier no attribute codec serves.
 constexpr uint16_t kUnknownAttribute = 0x0001;
 
-HeaderInfo requestHeader(uint16_t code) {
-    HeaderInfo h{};
-    h.mark = 0xA7E5;
-    h.version = 0x10;
-    h.code = code;
-    h.bodyLength = 0xEEEE; // the encoder sets it
-    return h;
-}
+// The encoder sets the body length.
+HeaderInfo requestHeader(uint16_t code) { return HeaderInfo{0xA7E5, 0x10, 0, code, 0, 0xEEEE, 0, 0, 0}; }
 
 std::string text(const OctetString &s) {
     return s.data == nullptr ? std::string() : std::string(reinterpret_cast<char *>(s.data), s.length);

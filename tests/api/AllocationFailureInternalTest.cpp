@@ -116,6 +116,19 @@ Outcome attributeReply() {
 Outcome stringReply() {
     return decodeFU(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, offsetof(U32PairStringBody, buffer));
 }
+// Into the caller's record: a failing buffer allocation leaves the record
+// with the caller and its buffer empty.
+Outcome stringReplyIntoCallersRecord() {
+    std::vector<uint8_t> p = replyPacket(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'});
+    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
+    HeaderInfo info{};
+    U32PairStringBody record{};
+    DecodeResult result{&record, nullptr, 0};
+    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const bool handedOut = result.record != &record || record.buffer.data != nullptr;
+    trovFree(record.buffer.data);
+    return {r, handedOut, result.type};
+}
 Outcome methodReply() { // method 0x96: u8, u8 length, characters
     return decodeFU(0x1d, {0, 0, 0, 1, 0x00, 0x96, 5, 3, 'a', 'b', 'c'}, offsetof(MethodBody, buffer));
 }
@@ -160,7 +173,8 @@ const Case kCases[] = {
     {"EncodeMethod", methodRequest},          {"EncodeRawMethod", rawMethodRequest},
     {"EncodeExtend", extendWithoutSchema},    {"EncodeExtendSchema", extendWithSchema},
     {"DecodeFixed", fixedReply},              {"DecodeAttribute", attributeReply},
-    {"DecodeStrings", stringReply},           {"DecodeMethod", methodReply},
+    {"DecodeStrings", stringReply},           {"DecodeStringsIntoCallersRecord", stringReplyIntoCallersRecord},
+    {"DecodeMethod", methodReply},
     {"DecodeLongEventList", longEventList},   {"DecodeShortEventList", shortEventList},
     {"DecodeExtend", decodeExtend},           {"Malloc", hostAllocation},
 };

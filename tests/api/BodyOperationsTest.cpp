@@ -9,18 +9,14 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/ReplyPacket.h"
 
 namespace {
 
-// A version 0x10 packet of `size` bytes: mark, version, flags, code, value4 0,
-// bodyLength, value6 and value7 0, extension bytes 18-19, then a zero body.
-std::vector<uint8_t> packet(uint16_t code, uint8_t flags, uint8_t b18, uint8_t b19,
-                            uint16_t bodyLength = 0, size_t size = 20) {
-    std::vector<uint8_t> p(size, 0);
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, flags, uint8_t(code >> 8), uint8_t(code), 0, 0,
-                              uint8_t(bodyLength >> 8), uint8_t(bodyLength), 0, 0, 0, 0,
-                              0, 0, 0, 0, b18, b19};
-    for (size_t i = 0; i < size && i < 20; ++i) p[i] = head[i];
+// A version 0x10 header without a body: flags, code, extension bytes 18-19.
+std::vector<uint8_t> packet(uint16_t code, uint8_t flags, uint8_t b18, uint8_t b19) {
+    std::vector<uint8_t> p = replyPacket(code, {}, uint16_t(b18 << 8 | b19));
+    p[3] = flags;
     return p;
 }
 

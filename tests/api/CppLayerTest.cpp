@@ -36,7 +36,8 @@ protected:
 };
 
 // Both framings: the owned record, its events in order with the head each
-// came with, and typed access that answers only for the matching code.
+// came with, and typed access that answers only for the matching code; the
+// events read through their public declarations.
 TEST_F(CppLayer, DecodedEventListsYieldTypedEvents) {
     const struct {
         const std::vector<uint8_t> &packet;
@@ -81,6 +82,8 @@ TEST_F(CppLayer, DecodedEventListsYieldTypedEvents) {
     const auto *shortEvent = shortList.events()[1].as<TrovEvent0002>();
     ASSERT_NE(shortEvent, nullptr);
     EXPECT_EQ(shortEvent->value0, 0x01020304u);
+    EXPECT_EQ(shortEvent->value1, 5);
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(shortEvent->string2.data), shortEvent->string2.length), "ab");
 }
 
 // Every byte holder gives the same view, and a header-only packet whose unit
@@ -208,11 +211,7 @@ TEST_F(CppLayer, SplitterFramesStreamsCutAnywhere) {
     const U32Body number{123456};
     const trov::Encoded first = trov::encode<0x0B>(trov::makeHeader(0, 1), number);
     ASSERT_TRUE(first);
-    const std::vector<uint8_t> skipped = [] {
-        std::vector<uint8_t> p = replyPacket(0x0A, {});
-        p[19] = 4; // a unit type whose 0x0A bodies are not decoded
-        return p;
-    }();
+    const std::vector<uint8_t> skipped = replyPacket(0x0A, {}, 4); // unit type 4 does not decode 0x0A
     std::vector<uint8_t> stream(first.packet.bytes().begin(), first.packet.bytes().end());
     for (const std::vector<uint8_t> *p : {&kLongList, &skipped, &kShortList})
         stream.insert(stream.end(), p->begin(), p->end());

@@ -17,13 +17,7 @@ namespace {
 
 constexpr uint8_t kCanary = 0xC5;
 
-HeaderInfo header(uint16_t code) {
-    HeaderInfo info{};
-    info.mark = 0xA7E5;
-    info.version = 0x10;
-    info.code = code;
-    return info;
-}
+HeaderInfo header(uint16_t code) { return HeaderInfo{0xA7E5, 0x10, 0, code, 0, 0, 0, 0, 0}; }
 
 // Encodes into a library-allocated packet, which it returns, and into a
 // caller buffer of `capacity` bytes followed by canaries. `figure`, when

@@ -28,13 +28,6 @@ const GuardedRegion &region() {
     return r;
 }
 
-Bytes hex(std::string text) {
-    std::erase(text, ' ');
-    Bytes out;
-    for (size_t i = 0; i + 1 < text.size(); i += 2) out.push_back(uint8_t(std::stoi(text.substr(i, 2), nullptr, 16)));
-    return out;
-}
-
 // Fills the n bytes before the guard and the margin before them with a
 // canary; checks the margin alone, or the margin and the n bytes.
 void fillCanary(size_t n) { std::memset(region().tail(n + kMargin), 0xA5, n + kMargin); }
@@ -109,7 +102,7 @@ class GuardedDecode : public GuardPage, public testing::WithParamInterface<Decod
 // The header keeps announcing the whole body; the cursor holds n bytes.
 TEST_P(GuardedDecode, EveryTruncationEndsAtTheGuard) {
     const DecodeCase &c = GetParam();
-    const Bytes body = hex(c.body);
+    const Bytes body = hexBytes(c.body);
     const Bytes packet = replyPacket(c.code, body);
     const size_t complete = 20 + (c.complete == kWhole ? body.size() : c.complete);
     for (size_t n = 0; n <= packet.size(); ++n) {
@@ -138,8 +131,8 @@ INSTANTIATE_TEST_SUITE_P(Bodies, GuardedDecode, testing::ValuesIn(kDecodes),
 
 // Header fields from a packet of n bytes, each field's bytes at offset/width.
 TEST_F(GuardPage, HeaderAccessStopsAtTheGuard) {
-    const Bytes golden = hex("A7E5 10 01 0012 0007 0003 00000001 00000002 0001");
-    const Bytes other = hex("5AA5 11 08 8421 F00F 1234 89ABCDEF 76543210 C3C4");
+    const Bytes golden = hexBytes("A7E5 10 01 0012 0007 0003 00000001 00000002 0001");
+    const Bytes other = hexBytes("5AA5 11 08 8421 F00F 1234 89ABCDEF 76543210 C3C4");
     const HeaderInfo goldenInfo{0xA7E5, 0x10, 0x01, 0x0012, 0x0007, 0x0003, 1, 2, 0x0001};
     const struct { uint32_t index, offset, width; } fields[] = {
         {0, 0, 2}, {1, 2, 1}, {2, 3, 1}, {3, 4, 2}, {4, 6, 2}, {5, 8, 2}, {6, 10, 4}, {7, 14, 4}, {8, 18, 2}, {9, 18, 1},
@@ -215,11 +208,11 @@ Bytes seventyFiveItems() {
 }
 
 const ExtendCase kExtends[] = {
-    {"SelfDescribing", 0x31, false, hex("02 00CB 01 5A 0070 06 0002 0102 A0B0"), 14},
+    {"SelfDescribing", 0x31, false, hexBytes("02 00CB 01 5A 0070 06 0002 0102 A0B0"), 14},
     // A raw item's bytes are not checked against the data: once its head is
     // complete, the bytes that are there are kept.
-    {"RawItemLast", 0x31, false, hex("02 00CB 01 5A 0001 05 AABBCCDDEE"), 8},
-    {"Schema", 0x44, true, hex("0102030405060708090A0B0C 33"), 13},
+    {"RawItemLast", 0x31, false, hexBytes("02 00CB 01 5A 0001 05 AABBCCDDEE"), 8},
+    {"Schema", 0x44, true, hexBytes("0102030405060708090A0B0C 33"), 13},
     {"SixteenBitLength", 0x30, false, seventyFiveItems(), 301},
 };
 

@@ -5,14 +5,12 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/ReplyPacket.h"
 
 namespace {
 
-// A version 0x10 packet whose 16-bit extension (flags bit 0) is the unit type.
-std::vector<uint8_t> unitPacket(uint16_t unitType, uint16_t code) {
-    return {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, 0, 0,
-            0,    0,    0,    0,    0,    0,    0,    0,    uint8_t(unitType >> 8), uint8_t(unitType)};
-}
+// A version 0x10 header whose 16-bit extension (flags bit 0) is the unit type.
+std::vector<uint8_t> unitPacket(uint16_t unitType, uint16_t code) { return replyPacket(code, {}, unitType); }
 
 TEST(BeforeInit, HeaderEncodesAndDecodes) {
     HeaderInfo in{TROV_PROTOCOL_MARK, 0x10, 0, 0x12, 1, 0, 2, 3, 0};

@@ -163,30 +163,6 @@ TEST(PublicRecords, NamedCodesAreKnownCodes) {
     EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
 }
 
-// A decoded event read through its declaration: event 0x02 (u32, u8, a
-// u8-counted string) in the short framing of body 0x0A.
-TEST(PublicRecords, DecodedEventReadsThroughItsDeclaration) {
-    TROV_InitCoder();
-    uint8_t packet[] = {0xA7, 0xE5, 0x10, 0x01, 0x00, 0x0A, 0, 0, 0, 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1,
-                        0x00, 0x00, 0x00, 0x07, 0x01, // u32, one event
-                        0x00, 0x02, 0x09,             // event 0x02, field2
-                        0x89, 0xAB, 0xCD, 0xEF, 0x42, 0x02, 'h', 'i'};
-    PacketCursor cursor{packet, uint32_t(sizeof packet)};
-    HeaderInfo info{};
-    DecodeResult result{};
-    ASSERT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), TROV_RESULT_OK);
-    const auto *body = static_cast<const ShortEventListBody *>(result.record);
-    ASSERT_EQ(body->count, 1);
-    ASSERT_EQ(body->entries[0].eventCode, TROV_EVENT_0002);
-    const auto *event = static_cast<const TrovEvent0002 *>(body->entries[0].body);
-    EXPECT_EQ(event->value0, 0x89ABCDEFu);
-    EXPECT_EQ(event->value1, 0x42);
-    ASSERT_EQ(event->string2.length, 2);
-    EXPECT_EQ(std::memcmp(event->string2.data, "hi", 2), 0);
-    trovFree(body->buffer.data);
-    trovFree(result.record);
-}
-
 // Counted elements read through their declarations: attribute 0x082B (a u8,
 // then u32 values with a u8 count, which the block keeps 4 bytes apart in 8
 // bytes of room each) in array form, decoded from body 0x12.

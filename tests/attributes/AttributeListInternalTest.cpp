@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 #include "attributes/AttributeList.h"
 #include "attributes/ValueForms.h"
 
@@ -19,13 +20,6 @@ namespace {
 
 constexpr uint8_t kVersion = 0x10;
 using Bytes = std::vector<uint8_t>;
-
-template <class T>
-T load(const uint8_t *p) {
-    T v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
 
 class AttributeListTest : public testing::Test {
 protected:
@@ -117,8 +111,8 @@ TEST_F(AttributeListTest, NestedRowDecodesItsListIntoOneBlock) {
     EXPECT_EQ(base[48], 0x7F);
     EXPECT_EQ(list->entries[1].id, 0x0070);
     EXPECT_EQ(list->entries[1].value, base + 56);
-    EXPECT_EQ(load<uint8_t *>(base + 64), base + 72);
-    EXPECT_EQ(load<uint16_t>(base + 72), 0x1234);
+    EXPECT_EQ(loadField<uint8_t *>(base, 64), base + 72);
+    EXPECT_EQ(loadField<uint16_t>(base, 72), 0x1234);
 }
 
 TEST_F(AttributeListTest, NestedValuesMustFillTheirLengthAndHaveACodec) {

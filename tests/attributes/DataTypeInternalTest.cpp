@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 namespace {
@@ -26,13 +27,6 @@ protected:
         return row != nullptr ? row->ops : DataTypeCodecTable[0].ops;
     }
 };
-
-template <class T>
-T load(const uint8_t *p) {
-    T v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
 
 // Code 0x08: u8 length; code 0x09: u16 length. Record: the length, then a
 // pointer to the characters behind the 16-byte head, and one spare byte
@@ -71,8 +65,8 @@ TEST_F(DataType, StringsReserveASpareByteAndIgnoreTheArrayFlag) {
             std::memset(record.get(), 0xEE, r.extent);
             PacketCursor d{wire.data(), size.bytes};
             EXPECT_EQ(ops(s.code).decode(record.get(), &d, isArray, kVersion), record.get() + s.recordBytes);
-            EXPECT_EQ(prefix == 1 ? record[0] : load<uint16_t>(record.get()), s.length);
-            const auto *data = load<uint8_t *>(record.get() + 8);
+            EXPECT_EQ(prefix == 1 ? record[0] : loadField<uint16_t>(record.get(), 0), s.length);
+            const auto *data = loadField<uint8_t *>(record.get(), 8);
             EXPECT_EQ(data, s.length == 0 ? nullptr : record.get() + 16);
             if (s.length != 0) {
                 EXPECT_EQ(Bytes(data, data + s.length), text);
@@ -113,12 +107,12 @@ TEST_F(DataType, StringArrayGoldenVectors) {
         uint8_t *base = record.get();
         PacketCursor d{wire.data(), static_cast<uint32_t>(wire.size())};
         EXPECT_EQ(ops(g.code).decode(base, &d, 1, kVersion), base + g.recordBytes);
-        EXPECT_EQ(load<uint16_t>(base), g.lengths.size());
-        EXPECT_EQ(load<uint8_t *>(base + 8), g.lengths.empty() ? nullptr : base + 16);
+        EXPECT_EQ(loadField<uint16_t>(base, 0), g.lengths.size());
+        EXPECT_EQ(loadField<uint8_t *>(base, 8), g.lengths.empty() ? nullptr : base + 16);
         for (size_t i = 0; i < g.lengths.size(); ++i) {
             const uint8_t *element = base + 16 + 16 * i;
-            EXPECT_EQ(g.code == 0x19 ? element[0] : load<uint16_t>(element), g.lengths[i]);
-            EXPECT_EQ(load<uint8_t *>(element + 8), g.dataOffsets[i] < 0 ? nullptr : base + g.dataOffsets[i]);
+            EXPECT_EQ(g.code == 0x19 ? element[0] : loadField<uint16_t>(element, 0), g.lengths[i]);
+            EXPECT_EQ(loadField<uint8_t *>(element, 8), g.dataOffsets[i] < 0 ? nullptr : base + g.dataOffsets[i]);
         }
     }
 

@@ -18,6 +18,7 @@
 #endif
 
 #include "PacketInput.h"
+#include "api/ReplyPacket.h"
 
 namespace {
 
@@ -25,12 +26,6 @@ using trov::InputFormat;
 using trov::PacketInput;
 using Kind = trov::PacketItem::Kind;
 using Bytes = std::vector<uint8_t>;
-
-Bytes fromHex(const std::string &hex) {
-    Bytes out;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
-    return out;
-}
 
 std::string toHex(const Bytes &bytes) {
     std::string s;
@@ -67,7 +62,7 @@ Drained drain(const std::string &text, InputFormat format) {
 // Two packets back to back: bodyLength 44 (twelve 00000001 words, the last
 // three dump lines alike), then bodyLength 5 holding "ab cd", which the dumps'
 // ASCII columns show and which must not be read as bytes.
-const Bytes kStream = fromHex("a7e51001000b0000002c0000000000000000000100000001000000010000"
+const Bytes kStream = hexBytes("a7e51001000b0000002c0000000000000000000100000001000000010000"
                               "000100000001000000010000000100000001000000010000000100000001"
                               "00000001a7e51000000500000005000000000000000000006162206364");
 

@@ -1,15 +1,18 @@
 // Function-unit bodies through the exported interface, worked out by hand
 // where the layout is unusual: requests carrying an attribute value (which
-// the layout descriptions cannot build), a reply whose strings share one
-// rounded buffer, the reply that runs to the packet's end, and the failures
-// that must leave the caller's memory alone. (Every other layout's request
-// bytes: LayoutDescriptionTest; every reply: the differential corpus.)
+// the layout descriptions cannot build), body 0x1d's raw parameters from
+// method 0x2000 and no codec below it, a reply whose strings share one
+// rounded buffer, and the failures that must leave the caller's memory alone.
+// (Every other layout's request bytes: LayoutDescriptionTest; every reply:
+// the differential corpus; 0x31's reply running to the packet's end:
+// BodyRoutingInternalTest and GuardPageTest.)
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/ReplyPacket.h"
 
 namespace {
 
@@ -20,26 +23,8 @@ constexpr uint16_t kU32Attribute = 0x08D5;
 // An identifier no attribute codec serves.
 constexpr uint16_t kUnknownAttribute = 0x0001;
 
-HeaderInfo requestHeader(uint16_t code) {
-    HeaderInfo h{};
-    h.mark = 0xA7E5;
-    h.version = 0x10;
-    h.code = code;
-    h.bodyLength = 0xEEEE; // the encoder sets it
-    return h;
-}
-
-// A reply packet: unit type 1 (every code is decoded) in the 16-bit
-// extension, the body's length in the header unless told otherwise.
-Bytes reply(uint16_t code, const Bytes &body, int bodyLength = -1) {
-    const uint16_t n = bodyLength < 0 ? uint16_t(body.size()) : uint16_t(bodyLength);
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0,
-                              uint8_t(n >> 8), uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    Bytes p(20 + body.size());
-    for (size_t i = 0; i < 20; ++i) p[i] = head[i];
-    for (size_t i = 0; i < body.size(); ++i) p[20 + i] = body[i];
-    return p;
-}
+// The encoder sets the body length.
+HeaderInfo requestHeader(uint16_t code) { return HeaderInfo{0xA7E5, 0x10, 0, code, 0, 0xEEEE, 0, 0, 0}; }
 
 std::string text(const OctetString &s) {
     return s.data == nullptr ? std::string() : std::string(reinterpret_cast<char *>(s.data), s.length);
@@ -54,12 +39,17 @@ uint32_t attributeValue = 0x01020304;
 AttributeBody kAttribute{kU32Attribute, &attributeValue, {}};
 U32AttributeBody kU32Attribute_{0xDEADBEEF, kU32Attribute, &attributeValue, {}};
 U16U32AttributeBody kU16U32Attribute{0x0102, 0x03040506, kU32Attribute, &attributeValue, {}};
+// Body 0x1d: methods from 0x2000 without a row of their own carry raw
+// parameters; below 0x2000 a method needs a codec.
+uint8_t params[] = {0xDE, 0xAD, 0xBE};
+MethodBody kRawMethod{1, 0x2000, params, 3, {}}, kNoMethodCodec{1, 0x1FFF, params, 3, {}};
 
-TEST_F(Bodies, AttributeRequestsAreWrittenBigEndian) {
+TEST_F(Bodies, AttributeAndRawMethodRequestsAreWrittenBigEndian) {
     const struct { uint16_t code; const void *record; Bytes body; } cases[] = {
         {0x12, &kAttribute, {0x08, 0xD5, 1, 2, 3, 4}},
         {0x03, &kU32Attribute_, {0xDE, 0xAD, 0xBE, 0xEF, 0x08, 0xD5, 1, 2, 3, 4}},
         {0x7d, &kU16U32Attribute, {1, 2, 3, 4, 5, 6, 0x08, 0xD5, 1, 2, 3, 4}},
+        {0x1d, &kRawMethod, {0, 0, 0, 1, 0x20, 0x00, 0xDE, 0xAD, 0xBE}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "code 0x" << std::hex << c.code);
@@ -81,7 +71,7 @@ TEST_F(Bodies, RequestFailuresComeBeforeAnyOutput) {
     static StringBody noData{{4, nullptr}, {}};
     static U32Body any{1};
     const struct { uint16_t code; const void *record; TrovResult expected; } cases[] = {
-        {0x12, &unknown, 10}, {0x12, &noValue, 1}, {0x1a, &noData, 1},
+        {0x12, &unknown, 10}, {0x12, &noValue, 1}, {0x1a, &noData, 1}, {0x1d, &kNoMethodCodec, 11},
         {0x0a, &any, 9}, // decode-only
         {0x1e, &any, 9}, {0x86, &any, 9}, {0, &any, 9},
     };
@@ -97,7 +87,7 @@ TEST_F(Bodies, RequestFailuresComeBeforeAnyOutput) {
 // Two strings in one buffer, each rounded up to 8: 9 bytes take 16. Into a
 // record the library allocates and into the caller's.
 TEST_F(Bodies, StringsShareOneBufferEachRoundedUp) {
-    Bytes p = reply(0x6f, {0, 0, 0, 1, 9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 1, 'z'});
+    Bytes p = replyPacket(0x6f, {0, 0, 0, 1, 9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 1, 'z'});
     const PacketCursor cursor{p.data(), uint32_t(p.size())};
     HeaderInfo h{};
     U32StringPairBody mine{};
@@ -118,25 +108,6 @@ TEST_F(Bodies, StringsShareOneBufferEachRoundedUp) {
     }
 }
 
-TEST_F(Bodies, ReplyOf0x31RunsToThePacketsEndWhateverTheHeaderSays) {
-    Bytes p = reply(0x31, {0, 0, 0, 2, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}, 4);
-    const PacketCursor cursor{p.data(), uint32_t(p.size())};
-    HeaderInfo h{};
-    U32BlockBody record{};
-    DecodeResult result{&record, nullptr, 0};
-    ASSERT_EQ(TROV_DecodeFU(&h, &result, &cursor, nullptr), 0u);
-    EXPECT_EQ(record.value0, 2u);
-    EXPECT_EQ(text(record.block), "abcdefghi");
-    EXPECT_EQ(record.buffer.capacity, 16);
-    trovFree(record.buffer.data);
-
-    Bytes three = reply(0x31, {0, 0, 0}, 4);
-    const PacketCursor c3{three.data(), uint32_t(three.size())};
-    DecodeResult r3{nullptr, nullptr, 0};
-    EXPECT_EQ(TROV_DecodeFU(&h, &r3, &c3, nullptr), 5u);
-    EXPECT_EQ(r3.record, nullptr);
-}
-
 TEST_F(Bodies, ReplyFailuresFreeWhatTheCallAllocatedAndKeepTheCallersRecord) {
     const struct { uint16_t code; Bytes body; TrovResult expected; } cases[] = {
         {0x12, {0x00, 0x01, 0, 0, 0, 0}, 10},        // unknown attribute
@@ -144,10 +115,12 @@ TEST_F(Bodies, ReplyFailuresFreeWhatTheCallAllocatedAndKeepTheCallersRecord) {
         {0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 4, 'a'}, 5},  // the string is shorter than its length
         {0x1e, {0, 0, 0, 0}, 9},                      // no body codec
         {0x86, {}, 9},
+        {0x1d, {0, 0, 0, 1, 0x1F, 0xFF}, 11},       // no method codec below 0x2000
+        {0x1d, {0, 0, 0, 2, 0x00, 0x92}, 5},        // method 0x92's one-byte reply missing
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "code 0x" << std::hex << c.code);
-        Bytes p = reply(c.code, c.body);
+        Bytes p = replyPacket(c.code, c.body);
         const PacketCursor cursor{p.data(), uint32_t(p.size())};
         HeaderInfo h{};
         DecodeResult allocated{nullptr, nullptr, 0};
@@ -166,7 +139,7 @@ TEST_F(Bodies, ReplyFailuresFreeWhatTheCallAllocatedAndKeepTheCallersRecord) {
 
 TEST_F(Bodies, NoReplyBodiesReadNothing) {
     for (uint16_t code : {0x1a, 0x1c, 0x55}) {
-        Bytes p = reply(code, {1, 2, 3});
+        Bytes p = replyPacket(code, {1, 2, 3});
         const PacketCursor cursor{p.data(), uint32_t(p.size())};
         HeaderInfo h{};
         uint8_t record[4] = {9, 9, 9, 9};

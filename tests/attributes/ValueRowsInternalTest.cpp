@@ -1,7 +1,10 @@
-// The fixed-size value codecs: row 257's overflow check, golden vectors and a
-// record size that wraps its 16 bits. (Every row's figures are checked against
-// the reference by AttributeTableInternalTest; every row's round trip and
-// truncations, the narrow count tests included, by ExtentBoundaryInternalTest.)
+// Attribute rows by value type. Fixed-size values: row 257's overflow check,
+// golden vectors and a record size that wraps its 16 bits; the selector type
+// outside its four variants; a structure row worked out by hand. (Every row's
+// figures are checked against the reference by AttributeTableInternalTest;
+// every row's round trip and truncations, the narrow count tests included, by
+// ExtentBoundaryInternalTest; the structure walk, kind by kind, with golden
+// bytes and round trips: StructureCodecInternalTest.)
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -10,6 +13,9 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "attributes/RecordValueTypes.h"
+#include "attributes/StructureValueTypes.h"
+#include "engine/Cursor.h"
 
 namespace trov {
 namespace {
@@ -18,7 +24,6 @@ constexpr uint8_t kVersion = 0x10;
 using Bytes = std::vector<uint8_t>;
 
 const ValueCodecOps &ops(uint16_t row) { return AttributeCodecTable[row - 1].ops; }
-uint32_t roundUp8(uint32_t n) { return (n + 7) & ~7u; }
 
 // An array header as the host fills it: the count at the prefix's width.
 struct alignas(8) Header {
@@ -128,6 +133,45 @@ TEST(FixedValue, WrappedRecordSizeDecodesIntoItsExtent) {
     EXPECT_EQ(count, n);
     EXPECT_EQ(first, 0);
     EXPECT_EQ(last, static_cast<uint16_t>(n - 1));
+}
+
+// The selector type meets a selector outside 1 to 4: its size pass refuses
+// the value (4) without moving, its packet-size pass reports 1.
+TEST(SelectorValue, SelectorOutsideOneToFourIsRefused) {
+    TROV_InitCoder();
+    const RecordValueType *selector = nullptr;
+    for (const RecordValueType &t : kRecordValueTypes)
+        if (t.variants != nullptr) selector = &t;
+    ASSERT_NE(selector, nullptr);
+    for (uint8_t bad : {0, 5, 0xFF}) {
+        uint8_t wire[16] = {bad};
+        PacketCursor c{wire, sizeof wire};
+        RecordSize size{};
+        EXPECT_EQ(ops(selector->row).decCalc(&c, 0, &size, kVersion), 4u) << int{bad};
+        EXPECT_EQ(c.position, wire);
+        alignas(16) uint8_t record[64] = {bad};
+        WireSize packetBytes{0xAAAA, 0xAAAA};
+        EXPECT_EQ(ops(selector->row).encCalc(record, 0, &packetBytes, kVersion), 1u) << int{bad};
+        EXPECT_EQ(packetBytes.bytes, 0xAAAA);
+    }
+}
+
+// Hand-worked: row 274 (RangeList) with one range {0x01020304, 0x0A0B0C0D}.
+TEST(StructureRowsGolden, RangeList) {
+    TROV_InitCoder();
+    const uint8_t wire[] = {0x00, 0x01, 0x01, 0x02, 0x03, 0x04, 0x0A, 0x0B, 0x0C, 0x0D};
+    PacketCursor c{const_cast<uint8_t *>(wire), sizeof wire};
+    RecordSize size{};
+    ASSERT_EQ(ops(274).decCalc(&c, 0, &size, kVersion), 0u);
+    EXPECT_EQ(size.bytes, 16 + 8); // the record, then one 8-byte range
+    alignas(8) uint8_t record[64] = {};
+    PacketCursor d{const_cast<uint8_t *>(wire), sizeof wire};
+    ops(274).decode(record, &d, 0, kVersion);
+    EXPECT_EQ(loadField<uint16_t>(record, 0), 1);
+    const auto *range = loadField<const uint8_t *>(record, 8);
+    ASSERT_EQ(range, record + 16);
+    EXPECT_EQ(loadField<uint32_t>(range, 0), 0x01020304u);
+    EXPECT_EQ(loadField<uint32_t>(range, 4), 0x0A0B0C0Du);
 }
 
 } // namespace

@@ -72,7 +72,7 @@ const ValueType &attributeType(uint16_t id) {
     static const std::vector<uint16_t> rows = [] {
         std::vector<uint16_t> v(0x10000);
         for (uint32_t i = 0; i < v.size(); ++i) {
-            const AttributeCodecRow *row = findBuiltinAttributeRow(static_cast<uint16_t>(i), TROV_PROTOCOL_VERSION);
+            const AttributeCodecRow *row = findAttributeRow(builtinTables(), static_cast<uint16_t>(i), TROV_PROTOCOL_VERSION);
             v[i] = row == nullptr ? 0 : static_cast<uint16_t>(row - AttributeCodecTable + 1);
         }
         return v;

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
-#include "api/Memory.h"
+#include "engine/Memory.h"
 #include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
 

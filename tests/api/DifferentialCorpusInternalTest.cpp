@@ -28,7 +28,7 @@
 #include <string>
 #include <vector>
 
-#include "api/Memory.h"
+#include "engine/Memory.h"
 #include "TrovCodec.h"
 
 namespace {

@@ -84,10 +84,10 @@ struct Family {
 const Family kFamilies[] = {
     {"Attribute", [](uint16_t c) { return scanIdentifiers(AttributeCodecTable, c); },
      [](uint16_t c, uint8_t v) {
-         return rowIn(AttributeCodecTable, findAttributeRow(builtinTables().attributes, c, v));
+         return rowIn(AttributeCodecTable, findAttributeRow(builtinTables(), c, v));
      }},
     {"DataType", [](uint16_t c) { return scanCodes(DataTypeCodecTable, c); },
-     [](uint16_t c, uint8_t v) { return rowIn(DataTypeCodecTable, findRow(builtinTables().dataTypes, c, v)); }},
+     [](uint16_t c, uint8_t v) { return rowIn(DataTypeCodecTable, findRow(builtinTables().dataTypes, c, v, builtinTables().dataTypeIndex)); }},
     {"FUBody", [](uint16_t c) { return scanCodes(FUCodecTable, c); },
      [](uint16_t c, uint8_t v) { return rowIn(FUCodecTable, findBodyRow(builtinTables(), c, v, 1)); }},
     {"FPBody", [](uint16_t c) { return scanCodes(FPCodecTable, c); },
@@ -108,7 +108,7 @@ const Family kFamilies[] = {
          return row == &RawMethodCodecRow ? kRaw : rowIn(FUMethodCodecTable, row);
      }},
     {"FPMethod", [](uint16_t c) { return scanCodes(FPMethodCodecTable, c); },
-     [](uint16_t c, uint8_t v) { return rowIn(FPMethodCodecTable, findRow(builtinTables().fpMethods, c, v)); }},
+     [](uint16_t c, uint8_t v) { return rowIn(FPMethodCodecTable, findRow(builtinTables().fpMethods, c, v, builtinTables().fpMethodIndex)); }},
     // The hand-made tables through the index builder, and through the scans
     // the library keeps for tables that are not its own.
     {"HandRowsIndexed", [](uint16_t c) { return scanCodes(kHandRows, c); },
@@ -118,7 +118,7 @@ const Family kFamilies[] = {
     {"HandAttributesIndexed", [](uint16_t c) { return scanIdentifiers(kHandAttributes, c); },
      [](uint16_t c, uint8_t v) { return int(kHandAttributesIndex.view().find(c, v)) - 1; }},
     {"HandAttributesScanned", [](uint16_t c) { return scanIdentifiers(kHandAttributes, c); },
-     [](uint16_t c, uint8_t v) { return rowIn(kHandAttributes, findAttributeRow(kHandAttributes, c, v)); }},
+     [](uint16_t c, uint8_t v) { return rowIn(kHandAttributes, findAttributeRow(Tables{kHandAttributes}, c, v)); }},
 };
 
 void PrintTo(const Family &f, std::ostream *os) { *os << f.name; }

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "api/Memory.h"
+#include "engine/Memory.h"
 #include "engine/Cursor.h"
 
 namespace trov {

@@ -106,7 +106,7 @@ constexpr uint16_t kCharsRow = 149, kBytesRow = 16, kProfileRow = 280, kRawRow =
 
 uint16_t unknownId() {
     uint16_t id = 0xFFFF;
-    while (findBuiltinAttributeRow(id, TROV_PROTOCOL_VERSION) != nullptr) --id;
+    while (findAttributeRow(builtinTables(), id, TROV_PROTOCOL_VERSION) != nullptr) --id;
     return id;
 }
 

@@ -69,11 +69,12 @@ constexpr AttributeCodecRow kRows[] = {
 
 class StructCodec : public testing::Test {
 protected:
-    void SetUp() override { saved_ = tablePointers.attributes.exchange(kRows); }
-    void TearDown() override { tablePointers.attributes.store(saved_); }
+    void SetUp() override { saved_ = installedTables.exchange(&kView); }
+    void TearDown() override { installedTables.store(saved_); }
 
 private:
-    const AttributeCodecRow *saved_ = nullptr;
+    static constexpr Tables kView{kRows};
+    const Tables *saved_ = nullptr;
 };
 
 // ---- plans and their records ------------------------------------------------

@@ -10,7 +10,7 @@
 
 #include <span>
 
-#include "api/Header.h"
+#include "engine/HeaderCodec.h"
 #include "engine/Cursor.h"
 
 namespace trov {
@@ -184,7 +184,7 @@ TrovResult attributePacketSize(const Tables &tables, const HeaderInfo *info, uin
                                const void *value, uint8_t isArray, uint16_t *size) {
     if (info == nullptr || value == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const auto version = static_cast<uint8_t>(info->version);
-    const AttributeCodecRow *row = findAttributeRow(tables.attributes, attributeId, version);
+    const AttributeCodecRow *row = findAttributeRow(tables, attributeId, version);
     if (row == nullptr) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
     // The query reports the protocol's 16-bit figure, wrapped for values
     // longer than 65535 bytes; the encoders go by the true extent.

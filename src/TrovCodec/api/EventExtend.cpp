@@ -16,7 +16,7 @@
 #include "api/EventExtend.h"
 
 #include "api/Dispatch.h"
-#include "api/Memory.h"
+#include "engine/Memory.h"
 #include "engine/CodecTypes.h"
 #include "engine/Cursor.h"
 

@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "api/Dispatch.h"
-#include "api/LayoutRegistry.h"
+#include "units/BodyDescription.h"
 #include "api/StructureDescription.h"
 #include "TrovLayout.h"
 #include "attributes/DataTypes.h"
@@ -376,7 +376,7 @@ TROV_API TrovResult TROV_DescribeMethod(uint16_t code, uint8_t version, int requ
 
 TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLayoutInfo *out) {
     if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    const AttributeCodecRow *row = findAttributeRow(activeTables().attributes, id, version);
+    const AttributeCodecRow *row = findAttributeRow(activeTables(), id, version);
     if (row == nullptr || !within(row, AttributeCodecTable, kAttributeRows)) return TROV_RESULT_NO_ATTRIBUTE_CODEC;
     return answer(&kAttributeInfos[static_cast<size_t>(row - AttributeCodecTable)], TROV_RESULT_NO_ATTRIBUTE_CODEC,
                   out);
@@ -384,7 +384,7 @@ TROV_API TrovResult TROV_DescribeAttribute(uint16_t id, uint8_t version, TrovLay
 
 TROV_API TrovResult TROV_DescribeDataType(uint16_t code, uint8_t version, TrovLayoutInfo *out) {
     if (out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    const DataTypeCodecRow *row = findRow(activeTables().dataTypes, code, version);
+    const DataTypeCodecRow *row = lookupDataType(code, version);
     if (row == nullptr || !within(row, DataTypeCodecTable, std::size(kDataTypeRows))) return TROV_RESULT_NO_DATA_TYPE_CODEC;
     return answer(describeDataType(kDataTypeRows[static_cast<size_t>(row - DataTypeCodecTable)]),
                   TROV_RESULT_NO_DATA_TYPE_CODEC, out);

@@ -15,7 +15,7 @@
 #include <iterator>
 
 #include "TrovLayout.h"
-#include "api/LayoutRegistry.h"
+#include "units/BodyDescription.h"
 #include "attributes/StructureValueTypes.h"
 #include "events/AttributeEvents.h"
 #include "units/MethodCodecs.h"

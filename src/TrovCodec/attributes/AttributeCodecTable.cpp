@@ -15,7 +15,7 @@
 #include <iterator>
 #include <utility>
 
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "attributes/FixedValueCodec.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueCodec.h"

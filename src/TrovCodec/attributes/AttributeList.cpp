@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "attributes/ValueForms.h"
 #include "engine/Cursor.h"
 

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "attributes/DataTypes.h"
 #include "attributes/FixedValueCodec.h"
 #include "attributes/FixedValueTypes.h"

@@ -148,10 +148,9 @@ static_assert(sizeof(BodyCodecRow) == 3 * sizeof(void *));
 static_assert(sizeof(EventCodecRow) == 3 * sizeof(void *));
 static_assert(sizeof(MethodCodecRow) == 5 * sizeof(void *));
 
-// The value codec of an attribute identifier at a version, from the tables
-// TROV_InitCoder installed (null when there is none). The engine's one
-// reference to the tables: declared here, so that nothing in the engine
-// includes the dispatch layer, and defined with the lookups.
+// The value codec of an attribute identifier at a version, from the
+// installed view of the tables (null when there is none); defined with the
+// lookups (engine/Tables.cpp).
 const ValueCodecOps *attributeCodec(uint16_t id, uint8_t version);
 
 } // namespace trov

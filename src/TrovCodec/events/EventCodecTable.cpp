@@ -5,7 +5,7 @@
 // fixed fields and a byte string, and events with an attribute list (or a
 // structure). Codes that share a layout share its operations. The FP family
 // has no events: its table is the terminator row alone.
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "events/AttributeEvents.h"
 #include "events/StringEvents.h"
 

@@ -4,7 +4,7 @@
 #include "events/EventLayout.h"
 
 
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "engine/FieldWalker.h"
 #include "events/AttributeEvents.h"
 

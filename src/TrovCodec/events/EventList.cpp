@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "api/Memory.h"
+#include "engine/Memory.h"
 #include "engine/Cursor.h"
 #include "engine/FieldWalker.h"
 

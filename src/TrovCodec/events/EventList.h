@@ -21,7 +21,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "engine/Field.h"
 
 namespace trov {

@@ -3,7 +3,7 @@
 // into the record's managed buffer.
 #include "units/BodyLayout.h"
 
-#include "api/Memory.h"
+#include "engine/Memory.h"
 #include "engine/FieldWalker.h"
 #include "events/EventList.h"
 

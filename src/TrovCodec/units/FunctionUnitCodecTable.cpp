@@ -13,8 +13,8 @@
 #include <functional>
 #include <iterator>
 
-#include "api/Dispatch.h"
-#include "api/LayoutRegistry.h"
+#include "engine/Tables.h"
+#include "units/BodyDescription.h"
 #include "units/FunctionUnitBodies.h"
 #include "units/MethodBody.h"
 

@@ -4,8 +4,8 @@
 // the record's managed buffer.
 #include "units/MethodBody.h"
 
-#include "api/Header.h"
-#include "api/Memory.h"
+#include "engine/HeaderCodec.h"
+#include "engine/Memory.h"
 #include "engine/Cursor.h"
 #include "engine/FieldWalker.h"
 

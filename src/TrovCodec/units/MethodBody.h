@@ -8,7 +8,7 @@
 
 #include <cstddef>
 
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "engine/Field.h"
 
 namespace trov {

@@ -3,7 +3,7 @@
 // walks over the method's field lists (MethodCodecs.h); every row serves
 // every version. The FP family has no methods: its table is the terminator
 // row alone.
-#include "api/Dispatch.h"
+#include "engine/Tables.h"
 #include "units/MethodCodecs.h"
 
 namespace trov {

@@ -1,5 +1,5 @@
 // Heap access, trovMalloc/trovFree and the output-buffer helpers.
-#include "api/Memory.h"
+#include "engine/Memory.h"
 
 #include <cassert>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 #include <windows.h>
 #endif
 
-#include "api/Dispatch.h"
+#include "engine/HeaderCodec.h"
 #include "engine/Cursor.h"
 
 namespace trov {

@@ -1,0 +1,208 @@
+// The 20-byte packet header.
+//
+//   0  u16 mark        protocol mark (0xA7E5 for the body decoders)
+//   2  u8  version     selects the header codec and every table lookup
+//   3  u8  flags       bit 0: bytes 18-19 hold a 16-bit extension;
+//                      bit 3: byte 18 holds an 8-bit extension, byte 19 is 0
+//   4  u16 code        body code
+//   6  u16 value4      carried unchanged
+//   8  u16 bodyLength  body bytes after the header
+//  10  u32 value6      carried unchanged
+//  14  u32 value7      carried unchanged
+//  18  u16 extension   the body decoder's unit type
+//
+// The decoder is deliberately asymmetric with the encoder: with flags bit 0
+// clear, bytes 18-19 are copied into the record in wire order (little-endian)
+// rather than read as a big-endian number, so a byte-form extension reads back
+// as the byte and two non-zero bytes come back swapped.
+#include <cstring>
+
+#include "engine/HeaderCodec.h"
+
+#include "engine/Cursor.h"
+
+namespace trov {
+
+namespace {
+
+enum class Width : uint8_t {
+    LowByte,  // u8 in the low byte of a u16 record slot, high byte kept
+    ByteOnly, // u8 that replaces the whole u16 record slot (high byte 0)
+    U16,
+    U32,
+};
+
+struct HeaderField {
+    uint8_t recordOffset;
+    uint8_t packetOffset;
+    Width width;
+};
+
+// Fields 2..9; 0 and 1 (mark and version) are handled by the exports.
+constexpr HeaderField kFields[] = {
+    {4, 3, Width::LowByte},   // 2 flags
+    {6, 4, Width::U16},       // 3 code
+    {8, 6, Width::U16},       // 4 value4
+    {10, 8, Width::U16},      // 5 bodyLength
+    {12, 10, Width::U32},     // 6 value6
+    {16, 14, Width::U32},     // 7 value7
+    {20, 18, Width::U16},     // 8 extension
+    {20, 18, Width::ByteOnly} // 9 extension, byte form
+};
+static_assert(offsetof(HeaderInfo, flags) == 4 && offsetof(HeaderInfo, extension) == 20);
+
+constexpr uint32_t wireBytes(Width w) {
+    return w == Width::U32 ? 4 : w == Width::U16 ? 2 : 1;
+}
+
+const HeaderField *fieldAt(uint32_t index) {
+    if (index < 2 || index > 9) return nullptr;
+    return &kFields[index - 2];
+}
+
+TrovResult getFromRecord(uint32_t index, const HeaderInfo *info, void *out) {
+    const HeaderField *f = fieldAt(index);
+    if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
+    switch (f->width) {
+    case Width::LowByte:
+    case Width::ByteOnly: {
+        auto v = static_cast<uint8_t>(loadField<uint16_t>(info, f->recordOffset));
+        std::memcpy(out, &v, 1);
+        break;
+    }
+    case Width::U16: std::memcpy(out, reinterpret_cast<const uint8_t *>(info) + f->recordOffset, 2); break;
+    case Width::U32: std::memcpy(out, reinterpret_cast<const uint8_t *>(info) + f->recordOffset, 4); break;
+    }
+    return TROV_RESULT_OK;
+}
+
+TrovResult setToRecord(uint32_t index, HeaderInfo *info, const void *value) {
+    const HeaderField *f = fieldAt(index);
+    if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
+    auto *rec = reinterpret_cast<uint8_t *>(info);
+    switch (f->width) {
+    case Width::LowByte: {
+        uint8_t v;
+        std::memcpy(&v, value, 1);
+        auto slot = loadField<uint16_t>(rec, f->recordOffset);
+        storeField<uint16_t>(rec, f->recordOffset, static_cast<uint16_t>((slot & 0xFF00u) | v));
+        break;
+    }
+    case Width::ByteOnly: {
+        uint8_t v;
+        std::memcpy(&v, value, 1);
+        storeField<uint16_t>(rec, f->recordOffset, v);
+        break;
+    }
+    case Width::U16: std::memcpy(rec + f->recordOffset, value, 2); break;
+    case Width::U32: std::memcpy(rec + f->recordOffset, value, 4); break;
+    }
+    return TROV_RESULT_OK;
+}
+
+// Field access in a packet does not move the cursor. It does refuse a field
+// that lies beyond the bytes the cursor holds: the library never touches
+// memory outside the caller's buffer.
+TrovResult getFromPacket(uint32_t index, const PacketCursor *cursor, void *out) {
+    const HeaderField *f = fieldAt(index);
+    if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
+    if (cursor->remaining < f->packetOffset + wireBytes(f->width)) return TROV_RESULT_BAD_PACKET;
+    const uint8_t *p = cursor->position + f->packetOffset;
+    switch (f->width) {
+    case Width::LowByte:
+    case Width::ByteOnly: std::memcpy(out, p, 1); break;
+    case Width::U16: {
+        uint16_t v = loadU16(p);
+        std::memcpy(out, &v, 2);
+        break;
+    }
+    case Width::U32: {
+        uint32_t v = loadU32(p);
+        std::memcpy(out, &v, 4);
+        break;
+    }
+    }
+    return TROV_RESULT_OK;
+}
+
+TrovResult setToPacket(uint32_t index, const PacketCursor *cursor, const void *value) {
+    const HeaderField *f = fieldAt(index);
+    if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
+    if (cursor->remaining < f->packetOffset + wireBytes(f->width)) return TROV_RESULT_BUFFER_TOO_SMALL;
+    uint8_t *p = cursor->position + f->packetOffset;
+    switch (f->width) {
+    case Width::LowByte:
+    case Width::ByteOnly: std::memcpy(p, value, 1); break; // index 9: byte 18 only
+    case Width::U16: {
+        uint16_t v;
+        std::memcpy(&v, value, 2);
+        storeU16(p, v);
+        break;
+    }
+    case Width::U32: {
+        uint32_t v;
+        std::memcpy(&v, value, 4);
+        storeU32(p, v);
+        break;
+    }
+    }
+    return TROV_RESULT_OK;
+}
+
+uint8_t *encodeHeader(const HeaderInfo *info, const PacketCursor *cursor) {
+    PacketCursor c = *cursor;
+    putU16(c, info->mark);
+    putU8(c, static_cast<uint8_t>(info->version));
+    putU8(c, static_cast<uint8_t>(info->flags));
+    putU16(c, info->code);
+    putU16(c, info->value4);
+    putU16(c, info->bodyLength);
+    putU32(c, info->value6);
+    putU32(c, info->value7);
+    if (info->flags & TROV_FLAG_EXTENSION16) {
+        putU16(c, info->extension);
+    } else if (info->flags & TROV_FLAG_EXTENSION8) {
+        putU8(c, static_cast<uint8_t>(info->extension));
+        putU8(c, 0);
+    } else {
+        putU16(c, 0);
+    }
+    return c.position;
+}
+
+const uint8_t *decodeHeader(const PacketCursor *cursor, HeaderInfo *info) {
+    PacketCursor c = *cursor;
+    info->mark = getU16(c);
+    info->version = getU8(c);
+    info->flags = getU8(c);
+    info->code = getU16(c);
+    info->value4 = getU16(c);
+    info->bodyLength = getU16(c);
+    info->value6 = getU32(c);
+    info->value7 = getU32(c);
+    const uint8_t b18 = getU8(c);
+    const uint8_t b19 = getU8(c);
+    info->extension = (info->flags & TROV_FLAG_EXTENSION16)
+                          ? static_cast<uint16_t>(b18 << 8 | b19)
+                          : static_cast<uint16_t>(b19 << 8 | b18); // wire order, on purpose
+    return c.position;
+}
+
+} // namespace
+
+extern const HeaderCodecRow HeaderCodecTable[] = {
+    {TROV_PROTOCOL_VERSION, TROV_HEADER_LENGTH, getFromRecord, setToRecord, getFromPacket,
+     setToPacket, encodeHeader, decodeHeader},
+    {0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
+};
+
+uint8_t packetVersion(const PacketCursor &cursor) { return cursor.position[2]; }
+
+const HeaderCodecRow *findHeaderRow(uint8_t version) {
+    for (const HeaderCodecRow *row = HeaderCodecTable; row->version != 0; ++row) {
+        if (row->version == version) return row;
+    }
+    return nullptr;
+}
+
+} // namespace trov

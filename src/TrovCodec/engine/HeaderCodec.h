@@ -1,0 +1,20 @@
+// The packet header codec: the table of header rows, one per version byte.
+#pragma once
+
+#include <cstdint>
+
+#include "TrovCodec.h"
+#include "engine/CodecTypes.h"
+
+namespace trov {
+
+// The header codecs, ended by a row of version 0.
+extern const HeaderCodecRow HeaderCodecTable[];
+
+// The row of a version byte: header rows match it exactly.
+const HeaderCodecRow *findHeaderRow(uint8_t version);
+
+// The packet's version byte (byte 2). The cursor must hold at least 3 bytes.
+uint8_t packetVersion(const PacketCursor &cursor);
+
+} // namespace trov

@@ -32,7 +32,7 @@
 
 #include "TrovLayout.h"
 #include "api/Dispatch.h"
-#include "api/LayoutRegistry.h"
+#include "units/BodyDescription.h"
 #include "api/StructureDescription.h"
 #include "attributes/StructureValueTypes.h"
 #include "events/AttributeEvents.h"

@@ -254,17 +254,30 @@ struct PassBase {
     uint32_t level;
 };
 
-// ---- encode size -----------------------------------------------------------------
-
-struct EncCalcPass : PassBase {
+// What both encode passes read: the record, its pointers, and the codec of an
+// attribute entry with the value's size (null: the entry is neither counted
+// nor written).
+struct RecordPass : PassBase {
     const uint8_t *record;
-    WireSize &size;
 
     const uint8_t *pointer(const Field &f) const { return loadField<const uint8_t *>(record, f.data); }
+    const ValueCodecOps *sizedEntry(const AttributeEntry &e, WireSize &value) const {
+        const ValueCodecOps *ops = env.attribute(e.id, kEntryVersion);
+        if (ops == nullptr || ops->encCalc(e.value, entryFlag(level), &value, kEntryVersion) != TROV_RESULT_OK)
+            return nullptr;
+        return ops;
+    }
+};
+
+// ---- encode size -----------------------------------------------------------------
+
+struct EncCalcPass : RecordPass {
+    WireSize &size;
+
     // A nested walk: only a record it cannot size (1) ends this one; past the
     // nesting bound a record counts nothing.
     TrovResult nested(const Plan &p, const uint8_t *sub) {
-        EncCalcPass inner{{p, env, level + 1}, sub, size};
+        EncCalcPass inner{{{p, env, level + 1}, sub}, size};
         const TrovResult r = walk(p, inner);
         return r == TROV_RESULT_NULL_ARGUMENT ? TROV_RESULT_NULL_ARGUMENT : TROV_RESULT_OK;
     }
@@ -331,10 +344,8 @@ struct EncCalcPass : PassBase {
         return TROV_RESULT_OK;
     }
     TrovResult entry(const Field &f) {
-        const auto e = loadField<AttributeEntry>(record, f.offset);
-        const ValueCodecOps *ops = env.attribute(e.id, kEntryVersion);
         WireSize value;
-        if (ops == nullptr || ops->encCalc(e.value, entryFlag(level), &value, kEntryVersion) != TROV_RESULT_OK)
+        if (sizedEntry(loadField<AttributeEntry>(record, f.offset), value) == nullptr)
             return TROV_RESULT_OK; // counts nothing and is not written
         size.add(4);
         size.add(value);
@@ -345,13 +356,11 @@ struct EncCalcPass : PassBase {
 
 // ---- encode ------------------------------------------------------------------------
 
-struct EncodePass : PassBase {
-    const uint8_t *record;
+struct EncodePass : RecordPass {
     PacketCursor &c;
 
-    const uint8_t *pointer(const Field &f) const { return loadField<const uint8_t *>(record, f.data); }
     void nested(const Plan &p, const uint8_t *sub) {
-        EncodePass inner{{p, env, level + 1}, sub, c};
+        EncodePass inner{{{p, env, level + 1}, sub}, c};
         walk(p, inner); // past the nesting bound nothing is written, as nothing was counted
     }
 
@@ -409,10 +418,9 @@ struct EncodePass : PassBase {
     }
     TrovResult entry(const Field &f) {
         const auto e = loadField<AttributeEntry>(record, f.offset);
-        const ValueCodecOps *ops = env.attribute(e.id, kEntryVersion);
         WireSize value;
-        if (ops == nullptr || ops->encCalc(e.value, entryFlag(level), &value, kEntryVersion) != TROV_RESULT_OK)
-            return TROV_RESULT_OK; // not counted: not written
+        const ValueCodecOps *ops = sizedEntry(e, value);
+        if (ops == nullptr) return TROV_RESULT_OK; // not counted: not written
         putU16(c, e.id);
         putU16(c, value.bytes);
         ops->encode(&c, e.value, entryFlag(level), kEntryVersion);
@@ -749,7 +757,7 @@ FieldEnv structureEnv() {
 } // namespace
 
 TrovResult walkEncCalc(const Plan &plan, const uint8_t *record, WireSize &size, const FieldEnv &env) {
-    EncCalcPass pass{{plan, env, 1}, record, size};
+    EncCalcPass pass{{{plan, env, 1}, record}, size};
     size.add(plan.leadWire);
     return walk(plan, pass, plan.leadFields);
 }
@@ -761,7 +769,7 @@ void walkEncode(const Plan &plan, PacketCursor &c, const uint8_t *record, const 
         advance(c, plan.leadWire);
         first = plan.leadFields;
     }
-    EncodePass pass{{plan, env, 1}, record, c};
+    EncodePass pass{{{plan, env, 1}, record}, c};
     walk(plan, pass, first);
 }
 
@@ -787,7 +795,7 @@ TrovResult structEncCalc(const Plan &plan, const void *record, WireSize *size, u
     if (record == nullptr || size == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const FieldEnv env = structureEnv();
     WireSize total;
-    EncCalcPass pass{{plan, env, level}, static_cast<const uint8_t *>(record), total};
+    EncCalcPass pass{{{plan, env, level}, static_cast<const uint8_t *>(record)}, total};
     // Only a record that cannot be sized fails; past the nesting bound, nothing is counted.
     if (walk(plan, pass) == TROV_RESULT_NULL_ARGUMENT) return TROV_RESULT_NULL_ARGUMENT;
     *size = total;
@@ -797,7 +805,7 @@ TrovResult structEncCalc(const Plan &plan, const void *record, WireSize *size, u
 TrovResult structEncode(const Plan &plan, PacketCursor *cursor, const void *record, uint32_t level) {
     if (cursor == nullptr || cursor->position == nullptr || record == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const FieldEnv env = structureEnv();
-    EncodePass pass{{plan, env, level}, static_cast<const uint8_t *>(record), *cursor};
+    EncodePass pass{{{plan, env, level}, static_cast<const uint8_t *>(record)}, *cursor};
     walk(plan, pass);
     return TROV_RESULT_OK;
 }

@@ -55,9 +55,10 @@ Decoded decode(uint16_t code, Bytes body) {
 }
 
 TEST_F(AttributeEventTest, RegularLayoutByHand) {
-    // 0xA3: u8, u32, then a byte value and a raw value of 3 bytes.
-    const Decoded d = decode(0xA3, {0x81, 0x82, 0x83, 0x84, 0x85, 0x00, 0x02, 0x00, 0xCB, 0x00, 0x01, 0x7F,
-                                    0x00, 0x01, 0x00, 0x03, 0xAA, 0xBB, 0xCC});
+    // 0xA3: u8, u32, then a raw value of 3 bytes and a byte value, which
+    // starts at the next multiple of 8 in the record.
+    const Decoded d = decode(0xA3, {0x81, 0x82, 0x83, 0x84, 0x85, 0x00, 0x02, 0x00, 0x01, 0x00, 0x03, 0xAA,
+                                    0xBB, 0xCC, 0x00, 0xCB, 0x00, 0x01, 0x7F});
     const uint8_t *r = d.record.get();
     EXPECT_EQ(d.size.bytes, 24 + 32 + 8 + 8); // fixed part, two entries, two values
     EXPECT_EQ(d.size.extent, 72u);
@@ -66,10 +67,10 @@ TEST_F(AttributeEventTest, RegularLayoutByHand) {
     const auto list = loadField<AttributeList>(r, 8);
     ASSERT_EQ(list.count, 2);
     EXPECT_EQ(reinterpret_cast<uint8_t *>(list.entries), r + 24);
-    EXPECT_EQ(list.entries[0].value, r + 56);
-    EXPECT_EQ(r[56], 0x7F);
-    EXPECT_TRUE(list.entries[1].id == 0x0001 && list.entries[1].length == 3 && list.entries[1].value == r + 64);
-    EXPECT_EQ(std::memcmp(r + 64, "\xAA\xBB\xCC", 3), 0);
+    EXPECT_TRUE(list.entries[0].id == 0x0001 && list.entries[0].length == 3 && list.entries[0].value == r + 56);
+    EXPECT_EQ(std::memcmp(r + 56, "\xAA\xBB\xCC", 3), 0);
+    EXPECT_TRUE(list.entries[1].id == 0x00CB && list.entries[1].length == 0 && list.entries[1].value == r + 64);
+    EXPECT_EQ(r[64], 0x7F);
 }
 
 TEST_F(AttributeEventTest, CodecConsumesWhatItReadsNotTheAnnouncedLength) {

@@ -73,6 +73,8 @@ const Golden kGolden[] = {
     {"71-byte body", 0x30, pattern(71), 0, 71, 104,
      {{0, 2, 0x0001}, {36, 1, 36}, {68, 4, 0x44454600}, {80, 4, 0}, {88, 2, 0}, {96, kPtr, kNull}}},
     {"70-byte body", 0x30, pattern(70), 5, 0, 0, {}},
+    // The length's high byte is the body's last: its low byte reads as 0.
+    {"length's low byte missing", 0x30, concat({pattern(85), {0x00}}), 0, 86, 104, {{88, 2, 0}, {96, kPtr, kNull}}},
     {"u16 length 300", 0x30, concat({pattern(85), {0x01, 0x2C}, pattern(300)}), 0, 387, 104 + 304,
      {{88, 2, 300}, {96, kPtr, 104}, {104 + 299, 1, 299 & 0xFF}}},
 };

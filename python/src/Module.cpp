@@ -105,9 +105,13 @@ public:
         if (printed && !owned) throw py::error_already_set();
         if (failed && strict_) {
             done_ = true;
-            const Json &error = packet["body"]["error"];
-            raiseTrovError(static_cast<TrovResult>(error["result"].get<uint32_t>()),
-                           py::int_(error["offset"].get<uint64_t>()), "");
+            if (const auto body = packet.find("body"); body != packet.end()) {
+                const Json &error = (*body)["error"];
+                raiseTrovError(static_cast<TrovResult>(error["result"].get<uint32_t>()),
+                               py::int_(error["offset"].get<uint64_t>()), "");
+            }
+            // Bytes that are not a packet (skipped) or missing (a gap).
+            raiseTrovError(TROV_RESULT_BAD_PACKET, py::int_(packet["offset"].get<uint64_t>()), "not a packet");
         }
         py::object object = toPython(packet);
         if (printed) object["body"]["fields"] = owned;

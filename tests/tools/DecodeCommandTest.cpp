@@ -26,12 +26,6 @@ using trov::OutputStyle;
 const std::string kU32Reply = "A7E5 1001 000B 0000 0004 00000000 00000000 0001 0001E240\n";
 const std::string kSkipped = "A7E5 1001 000A 0000 0000 00000000 00000000 0004\n";
 
-std::string bytes(std::initializer_list<int> list) {
-    std::string s;
-    for (int b : list) s += static_cast<char>(b);
-    return s;
-}
-
 struct Case {
     const char *name;
     std::string input;                // standard input
@@ -50,21 +44,23 @@ std::vector<Case> cases() {
     const std::string examples = sourcePath("examples");
     return {
         {"EmptyInputIsAnEmptyArray", "", {}, InputFormat::Raw, OutputStyle::JsonArray, 0, {"[\n]\n"}, ""},
-        // Zeros frame as a header with no body (version 0 has no header
-        // codec), then 4 bytes too few for another header.
-        {"GarbageFailsTheHeaderThenLeavesTrailingBytes", std::string(24, '\0'), {}, InputFormat::Raw,
-         OutputStyle::Ndjson, 1,
-         {"\"name\":\"NO_HEADER_CODEC\",", "\"offset\":0}}}", "{\"offset\":20,\"trailing\":4,"}, ""},
+        // Bytes without the mark are one skipped run, shown in hex.
+        {"GarbageIsSkipped", std::string(3, '\0') + std::string(21, '\xa7'), {}, InputFormat::Raw, OutputStyle::Ndjson, 1,
+         {"{\"offset\":0,\"skipped\":24,\"hex\":\"000000a7a7"}, ""},
+        // A header with the mark is that packet's, even if the decoder refuses it.
+        {"UnknownVersionFailsTheHeader", "A7E5 77 00 0005 0000 0000 0000 0000 0000 0000 0000", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1, {"\"name\":\"NO_HEADER_CODEC\",", "\"offset\":0}}"}, ""},
         {"TruncatedHeaderIsTrailing", "A7E5 10 00 0005 0000 0000 0000", {}, InputFormat::Hex, OutputStyle::Ndjson,
          1, {"{\"offset\":0,\"trailing\":12,", "\"name\":\"SHORT_INPUT\""}, ""},
-        {"WrongMarkFailsAtThePacketStart", bytes({0xA7, 0xE6, 0x10, 0, 0, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
-         {}, InputFormat::Raw, OutputStyle::Ndjson, 1,
-         {"\"mark\":42982", "\"name\":\"BAD_PACKET\"", "\"offset\":0}"}, ""},
+        {"WrongMarkIsSkippedUpToTheNextPacket",
+         "A7E6 1000 0005 0000 0000 00000000 00000000 0000\n" + kU32Reply, {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1, {"{\"offset\":0,\"skipped\":20,", "\"offset\":20,\"length\":24"}, ""},
         {"ShortBodyFailsAfterTheHeader", "A7E5 1001 000B 0000 0002 00000000 00000000 0001 0001", {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1, {"\"name\":\"SHORT_INPUT\"", "\"offset\":20}"}, ""},
         {"TrailingPartialPacketAfterAGoodOne", kU32Reply + "A7E5 1001 000B", {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1,
-         {"\"fields\":{\"value0\":123456}", "{\"offset\":24,\"trailing\":6,", "\"offset\":24}}}"}, ""},
+         {"\"fields\":{\"value0\":123456}", "{\"offset\":24,\"trailing\":6,", "\"offset\":24}},\"hex\":\"a7e51001000b\"}"},
+         ""},
         {"SkippedUnitTypeIsNotAFailure", kSkipped, {}, InputFormat::Hex, OutputStyle::Ndjson, 0,
          {"\"unitType\":4", "\"status\":\"skipped\""}, ""},
         {"SeveralPacketsStreamWithTheirOffsets", kU32Reply + kSkipped + kU32Reply, {}, InputFormat::Hex,

@@ -18,6 +18,7 @@
 #endif
 
 #include "PacketInput.h"
+#include "StreamFramer.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -33,8 +34,20 @@ std::string toHex(const Bytes &bytes) {
     return s;
 }
 
-// What a reader yields: its items as "P<offset>+<size>" (packet),
-// "T<offset>+<size>" (trailing) and "E<error>", and the bytes of all of them.
+// An item as "P<offset>+<size>" (packet), "T<offset>+<size>" (trailing),
+// "S<offset>+<count>" (skipped), "G<offset>+<count>" (gap) or "E<error>".
+std::string describe(const trov::PacketItem &item) {
+    switch (item.kind) {
+    case Kind::Error: return "E" + item.error;
+    case Kind::Skipped: return "S" + std::to_string(item.offset) + "+" + std::to_string(item.count);
+    case Kind::Gap: return "G" + std::to_string(item.offset) + "+" + std::to_string(item.count);
+    default:
+        return (item.kind == Kind::Packet ? "P" : "T") + std::to_string(item.offset) + "+" +
+               std::to_string(item.bytes.size());
+    }
+}
+
+// What a reader yields: its items, and the bytes of all of them.
 struct Drained {
     std::string items;
     Bytes bytes;
@@ -45,8 +58,7 @@ Drained drain(PacketInput &input) {
     Drained d;
     for (auto item = input.next(); item.kind != Kind::End; item = input.next()) {
         if (!d.items.empty()) d.items += ' ';
-        if (item.kind == Kind::Error) d.items += "E" + item.error;
-        else d.items += (item.kind == Kind::Packet ? "P" : "T") + std::to_string(item.offset) + "+" + std::to_string(item.bytes.size());
+        d.items += describe(item);
         d.bytes.insert(d.bytes.end(), item.bytes.begin(), item.bytes.end());
     }
     EXPECT_EQ(input.next().kind, Kind::End) << "after the last item";
@@ -147,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
         HexErrorCase{"odd_token", "a7e5\n# A7 E5 would be wrong\nA7E 5", "Et:3:1:"},
         HexErrorCase{"bare_prefix", "a7e5 0x", "Et:1:6:"},
         HexErrorCase{"control_byte", "a7\x01", "Et:1:3:"},
-        HexErrorCase{"after_a_packet", "000000000000000000010000000000000000000000 a7e5 zz", "P0+21 Et:1:49:"},
+        HexErrorCase{"after_a_packet", "a7e510000000000000010000000000000000000000 a7e5 zz", "P0+21 Et:1:49:"},
         HexErrorCase{"xxd_offset", "00000000: a7e5 1001\n00000008: 0000", "Et:2:1:"},
         HexErrorCase{"xxd_odd_group", "00000000: a7e5 100 1111  ....", "Et:1:16:"},
         HexErrorCase{"xxd_not_a_line", "00000000: a7e5\na7e5", "Et:2:1:"},
@@ -156,11 +168,18 @@ INSTANTIATE_TEST_SUITE_P(
         HexErrorCase{"od_repeat_uneven", "000000 a7 e5 10\n*\n000004\n", "Et:3:1:"}),
     [](const auto &info) { return std::string(info.param.name); });
 
-// A packet of zero marks (no concern of the framing), cut short to `size`.
-Bytes packet(uint16_t bodyLength, uint8_t fill = 0, size_t size = SIZE_MAX) {
-    Bytes p(std::min(20 + size_t{bodyLength}, size), fill);
+// A packet of `code` (0x0b: a u32 reply), cut short to `size`.
+Bytes packet(uint16_t bodyLength, uint8_t fill = 0, size_t size = SIZE_MAX, uint16_t code = 0x0b) {
+    Bytes p(std::max<size_t>(10, std::min(20 + size_t{bodyLength}, size)), fill);
+    p[0] = 0xa7, p[1] = 0xe5, p[2] = 0x10, p[4] = uint8_t(code >> 8), p[5] = uint8_t(code);
     p[8] = static_cast<uint8_t>(bodyLength >> 8);
     p[9] = static_cast<uint8_t>(bodyLength);
+    p.resize(std::min(p.size(), size));
+    return p;
+}
+
+Bytes version(Bytes p, uint8_t v) {
+    p[2] = v;
     return p;
 }
 
@@ -192,11 +211,51 @@ TEST_P(Framing, ByBodyLength) {
 
 INSTANTIATE_TEST_SUITE_P(PacketInput, Framing,
                          testing::Values(FramingCase{"empty", {}, ""}, FramingCase{"body_0", packet(0), "P0+20"},
-                                         FramingCase{"trailing", packet(3, 0xa7) + Bytes(5, 0xe5), "P0+23 T23+5"},
-                                         FramingCase{"short_header", Bytes(19, 0xa7), "T0+19"},
+                                         FramingCase{"trailing", packet(3, 0xa7) + packet(4, 0, 5), "P0+23 T23+5"},
+                                         FramingCase{"short_header", packet(4, 0, 19), "T0+19"},
                                          FramingCase{"short_body", packet(100, 0, 90), "T0+90"},
-                                         FramingCase{"body_65535", packet(65535, 0xff) + packet(1), "P0+65555 P65555+21"}),
+                                         FramingCase{"body_65535", packet(65535, 0xff) + packet(1), "P0+65555 P65555+21"},
+                                         // Framed at the mark even when the body is too short for its code.
+                                         FramingCase{"short_for_its_code", packet(2) + packet(4), "P0+22 P22+24"},
+                                         // Bytes without the mark are skipped up to the next packet.
+                                         FramingCase{"garbage_between", packet(4) + Bytes{1, 2, 3} + packet(4), "P0+24 S24+3 P27+24"},
+                                         FramingCase{"garbage_first", Bytes{0xa7, 0xa7, 0xe6} + packet(4), "S0+3 P3+24"},
+                                         // After skipped bytes a header must be plausible: a known
+                                         // version and room for its code's fixed part (0x0b: 4).
+                                         FramingCase{"short_after_skip", Bytes{9} + packet(2) + packet(4), "S0+23 P23+24"},
+                                         FramingCase{"unknown_version_after_skip", Bytes{9} + version(packet(4), 0x77) + packet(4),
+                                                     "S0+25 P25+24"},
+                                         FramingCase{"garbage_last", packet(0) + Bytes(300, 0x55), "P0+20 S20+300"}),
                          [](const auto &info) { return std::string(info.param.name); });
+
+// Bytes pushed in pieces of any size, with bytes lost in between: what was
+// held of a packet is skipped, the gap reported, and framing resumes at the
+// next plausible header. Of a long skipped run only the first bytes are kept.
+TEST(StreamFramer, GapsAndPiecesOfAnySize) {
+    const Bytes before = packet(4) + packet(8, 0x11, 15); // a packet, and one cut by the loss
+    const Bytes after = Bytes(5000, 0) + packet(2) + packet(4);
+    for (size_t piece : {size_t{1}, size_t{7}, size_t{4096}}) {
+        SCOPED_TRACE(piece);
+        trov::StreamFramer framer(false);
+        std::string items;
+        auto feed = [&](const Bytes &b) {
+            for (size_t at = 0; at < b.size(); at += piece)
+                framer.push(b.data() + at, std::min(piece, b.size() - at));
+        };
+        feed(before);
+        framer.gap(100);
+        feed(after);
+        framer.finish();
+        std::vector<trov::PacketItem> all;
+        for (trov::PacketItem item; framer.next(item);) {
+            items += (items.empty() ? "" : " ") + describe(item);
+            all.push_back(item);
+        }
+        EXPECT_EQ(items, "P0+24 S24+15 G39+100 S139+5022 P5161+24");
+        ASSERT_EQ(all.size(), 5u);
+        EXPECT_EQ(all[3].bytes.size(), trov::StreamFramer::kKeptSkipped);
+    }
+}
 
 TEST(PacketInput, HexdumpRepeatLongerThanAChunk) {
     const Drained d = drain("00000000  a7 e5 10 00 00 00 00 00  ff ff 00 00 00 00 00 00  |................|\n"
@@ -225,7 +284,7 @@ TEST(PacketInput, ReadErrorsAreItems) {
 
 TEST(PacketInput, FileAndStandardInput) {
     const std::string path = testing::TempDir() + "PacketInputTest.bin";
-    const Bytes bytes = packet(2, 0x0d) + Bytes{0x0a}; // CR LF, unchanged by binary reads on Windows
+    const Bytes bytes = packet(2, 0x0d) + Bytes{0xa7}; // CR in the body, unchanged by binary reads on Windows
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()), std::ssize(bytes));
 
     std::string error;

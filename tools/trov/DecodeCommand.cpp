@@ -36,6 +36,14 @@ Json failedBody(TrovResult result, uint64_t offset) {
     return Json{{"status", "failed"}, {"error", errorJson(result, offset)}};
 }
 
+std::string hexString(const std::vector<uint8_t> &bytes) {
+    static const char digits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (uint8_t b : bytes) text += {digits[b >> 4], digits[b & 0xF]};
+    return text;
+}
+
 std::string hex16(uint16_t v) {
     char text[8];
     std::snprintf(text, sizeof text, "0x%04x", static_cast<unsigned>(v));
@@ -187,8 +195,21 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
     failed = true;
     Json packet = Json::object();
     packet["offset"] = item.offset;
-    packet["trailing"] = item.bytes.size();
-    packet["body"] = failedBody(TROV_RESULT_SHORT_INPUT, item.offset);
+    switch (item.kind) {
+    case PacketItem::Kind::Skipped:
+        packet["skipped"] = item.count;
+        packet["hex"] = hexString(item.bytes);
+        if (item.bytes.size() < item.count) packet["hexBytes"] = item.bytes.size(); // only the first are kept
+        break;
+    case PacketItem::Kind::Gap:
+        packet["gap"] = item.count;
+        break;
+    default: // a packet cut short by the end of the input
+        packet["trailing"] = item.bytes.size();
+        packet["body"] = failedBody(TROV_RESULT_SHORT_INPUT, item.offset);
+        packet["hex"] = hexString(item.bytes);
+        break;
+    }
     return packet;
 }
 
@@ -203,10 +224,10 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
     for (const std::string &name : inputs) {
         std::unique_ptr<PacketInput> input;
         if (name == "-") {
-            input = PacketInput::fromStream(in, "-", options.format);
+            input = PacketInput::fromStream(in, "-", options.format, options.request);
         } else {
             std::string error;
-            input = PacketInput::open(name, options.format, error);
+            input = PacketInput::open(name, options.format, error, options.request);
             if (input == nullptr) {
                 err << "trov decode: " << (error.empty() ? name + ": cannot be read" : error) << '\n';
                 status = kExitInputError;

@@ -133,6 +133,8 @@ int encodeText(const std::string &text, const std::string &name, Encoder &encode
 std::string undecodedReason(const Json &packet) {
     if (!packet.is_object()) return {};
     if (packet.contains("trailing")) return "trailing bytes, not a packet";
+    if (packet.contains("skipped")) return "skipped bytes, not a packet";
+    if (packet.contains("gap")) return "bytes lost from the stream, not a packet";
     const auto body = packet.find("body");
     if (body == packet.end() || !body->is_object()) return {};
     const auto status = body->find("status");

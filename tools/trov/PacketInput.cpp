@@ -1,8 +1,6 @@
-// Frames one input into packets: 20 header bytes, then as many body bytes as
-// the header's bodyLength (bytes 8-9) says, whatever the rest of the header
-// holds (a wrong mark is the decoder's to report). The input is read a chunk
-// at a time, as raw bytes or through HexText, so at most one packet and a
-// chunk or two are held whatever its size.
+// Frames one input into packets through StreamFramer. The input is read as
+// raw bytes or through HexText, so at most one packet and a chunk or two are
+// held whatever its size.
 #include "PacketInput.h"
 
 #include <algorithm>
@@ -12,6 +10,7 @@
 #include <fcntl.h>
 
 #include "HexText.h"
+#include "StreamFramer.h"
 
 #ifdef _WIN32
 #include <io.h>
@@ -21,9 +20,6 @@ namespace trov {
 
 namespace {
 
-constexpr size_t kHeaderSize = 20;
-constexpr size_t kBodyLengthAt = 8;
-
 // Text is printable ASCII, tabs and line breaks; a packet's first byte (0xA7)
 // is none of these.
 bool looksLikeText(const uint8_t *p, size_t n) {
@@ -32,37 +28,39 @@ bool looksLikeText(const uint8_t *p, size_t n) {
 
 class Framer final : public PacketInput {
 public:
-    Framer(std::unique_ptr<ChunkReader> reader, InputFormat format)
-        : reader_(std::move(reader)), format_(format) {}
+    Framer(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request)
+        : reader_(std::move(reader)), format_(format), framer_(request) {}
 
     PacketItem next() override {
         PacketItem item;
-        if (finished_) return item;
         if (!started_) start();
-        item.offset = offset_;
-        item.bytes.resize(kHeaderSize);
-        size_t got = read(item.bytes.data(), kHeaderSize);
-        if (got == kHeaderSize) {
-            const size_t body = size_t{item.bytes[kBodyLengthAt]} << 8 | item.bytes[kBodyLengthAt + 1];
-            item.bytes.resize(kHeaderSize + body);
-            got += read(item.bytes.data() + kHeaderSize, body);
-        }
-        if (got == item.bytes.size()) {
-            item.kind = PacketItem::Kind::Packet;
-            offset_ += got;
+        // Reads only what completes the item in hand, so that a packet from a
+        // live pipe comes out as soon as its last byte arrives.
+        while (!framer_.next(item)) {
+            if (finished_) {
+                if (!errorPending_) return PacketItem{};
+                errorPending_ = false;
+                return std::move(error_);
+            }
+            const size_t want = std::min(framer_.wanted(), chunk_.size());
+            const size_t got = read(chunk_.data(), want);
+            framer_.push(chunk_.data(), got);
+            if (got == want) continue;
+            finished_ = true;
+            const std::string &error = hex_ ? hex_->error() : reader_->error();
+            if (error.empty()) {
+                framer_.finish();
+                continue;
+            }
+            // Items completed before the error come out first (a packet cut
+            // short by it is dropped), then the error.
+            PacketItem failure;
+            failure.kind = PacketItem::Kind::Error;
+            failure.error = error;
+            if (!framer_.next(item)) return failure;
+            error_ = std::move(failure);
+            errorPending_ = true;
             return item;
-        }
-        finished_ = true;
-        const std::string &error = hex_ ? hex_->error() : reader_->error();
-        if (!error.empty()) {
-            item.kind = PacketItem::Kind::Error;
-            item.bytes.clear();
-            item.error = error;
-        } else if (got == 0) {
-            item.bytes.clear();
-        } else {
-            item.kind = PacketItem::Kind::Trailing;
-            item.bytes.resize(got);
         }
         return item;
     }
@@ -72,6 +70,7 @@ public:
 private:
     void start() {
         started_ = true;
+        chunk_.resize(ChunkReader::kChunk);
         const bool hex = format_ == InputFormat::Hex ||
                          (format_ == InputFormat::Detect && reader_->ensure() && looksLikeText(reader_->data(), reader_->size()));
         if (hex) hex_ = std::make_unique<HexText>(*reader_);
@@ -82,21 +81,25 @@ private:
     std::unique_ptr<ChunkReader> reader_;
     std::unique_ptr<HexText> hex_;
     InputFormat format_;
+    StreamFramer framer_;
+    std::vector<uint8_t> chunk_;
+    PacketItem error_; // a read error, after the items completed before it
+    bool errorPending_ = false;
     bool started_ = false;
     bool finished_ = false;
-    uint64_t offset_ = 0;
 };
 
 } // namespace
 
 PacketInput::~PacketInput() = default;
 
-std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFormat format, std::string &error) {
+std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFormat format, std::string &error,
+                                               bool request) {
     if (path == "-") {
 #ifdef _WIN32
         _setmode(0, _O_BINARY);
 #endif
-        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "<stdin>"), format);
+        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "<stdin>"), format, request);
     }
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {
@@ -112,11 +115,12 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
         error = "cannot open " + path + ": " + std::strerror(errno);
         return nullptr;
     }
-    return std::make_unique<Framer>(std::make_unique<ChunkReader>(fd, true, path), format);
+    return std::make_unique<Framer>(std::make_unique<ChunkReader>(fd, true, path), format, request);
 }
 
-std::unique_ptr<PacketInput> PacketInput::fromStream(std::istream &in, const std::string &name, InputFormat format) {
-    return std::make_unique<Framer>(std::make_unique<ChunkReader>(in, name), format);
+std::unique_ptr<PacketInput> PacketInput::fromStream(std::istream &in, const std::string &name, InputFormat format,
+                                                     bool request) {
+    return std::make_unique<Framer>(std::make_unique<ChunkReader>(in, name), format, request);
 }
 
 } // namespace trov

@@ -97,11 +97,8 @@ Outcome extendWithSchema() {
 // A reply of unit type 1 (every body is decoded) into a record the library
 // allocates; bufferOffset locates the record's managed buffer (0: none).
 Outcome decodeFU(uint16_t code, const std::vector<uint8_t> &body, size_t bufferOffset) {
-    std::vector<uint8_t> p = replyPacket(code, body);
-    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
-    HeaderInfo info{};
     DecodeResult result{nullptr, nullptr, 0};
-    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const TrovResult r = decodeReply(code, body, result);
     const bool handedOut = result.record != nullptr || result.buffer != nullptr;
     if (result.record != nullptr && bufferOffset != 0)
         trovFree(loadField<BufferDesc>(result.record, bufferOffset).data);
@@ -119,12 +116,9 @@ Outcome stringReply() {
 // Into the caller's record: a failing buffer allocation leaves the record
 // with the caller and its buffer empty.
 Outcome stringReplyIntoCallersRecord() {
-    std::vector<uint8_t> p = replyPacket(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'});
-    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
-    HeaderInfo info{};
     U32PairStringBody record{};
     DecodeResult result{&record, nullptr, 0};
-    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const TrovResult r = decodeReply(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, result);
     const bool handedOut = result.record != &record || record.buffer.data != nullptr;
     trovFree(record.buffer.data);
     return {r, handedOut, result.type};

@@ -142,9 +142,7 @@ TEST_F(GuardPage, HeaderAccessStopsAtTheGuard) {
         uint32_t v = 0;
         for (uint32_t i = 0; i < width; ++i) v = v << 8 | packet[offset + i];
         Bytes out(width);
-        if (width == 1) out[0] = uint8_t(v);
-        if (width == 2) { const auto v16 = uint16_t(v); std::memcpy(out.data(), &v16, 2); }
-        if (width == 4) std::memcpy(out.data(), &v, 4);
+        putHost(out.data(), v, width);
         return out;
     };
     for (uint32_t n = 0; n <= 20; ++n) {

@@ -115,18 +115,6 @@ TEST_F(DataType, StringArrayGoldenVectors) {
             EXPECT_EQ(loadField<uint8_t *>(element, 8), g.dataOffsets[i] < 0 ? nullptr : base + g.dataOffsets[i]);
         }
     }
-
-    // A host-built array: "123456789" and "x" as code 0x1A.
-    uint8_t digits[] = "123456789", x[] = "x";
-    OctetString elements[2] = {{9, digits}, {1, x}};
-    AttributeArrayHeader header{2, elements};
-    WireSize size;
-    ASSERT_EQ(ops(0x1A).encCalc(&header, 1, &size, kVersion), 0u);
-    ASSERT_EQ(size.bytes, 2 + 11 + 3);
-    Bytes out(size.bytes);
-    PacketCursor e{out.data(), size.bytes};
-    ops(0x1A).encode(&e, &header, 1, kVersion);
-    EXPECT_EQ(out, (Bytes{0x00, 0x02, 0x00, 0x09, '1', '2', '3', '4', '5', '6', '7', '8', '9', 0x00, 0x01, 'x'}));
 }
 
 } // namespace

@@ -143,9 +143,7 @@ TEST_P(EventList, BuiltInEventsPastTheKeptRowsAndAboveTheCountWidth) {
         std::vector<uint8_t> body = {0xA1, 0xA2, 0xA3, 0xA4};
         if (isLong) body.insert(body.end(), {5, 0, 6, 0, 7, 8, uint8_t(n.count >> 8)});
         body.push_back(uint8_t(n.count));
-        auto put = [&](uint32_t v, int bytes) {
-            while (bytes-- > 0) body.push_back(uint8_t(v >> (8 * bytes)));
-        };
+        auto put = [&](uint32_t v, unsigned bytes) { putWire(body, v, bytes); };
         for (uint32_t i = 0; i < n.events; ++i) {
             if (isLong) {
                 put(i, 2);
@@ -164,11 +162,8 @@ TEST_P(EventList, BuiltInEventsPastTheKeptRowsAndAboveTheCountWidth) {
             put(i % 10, 1);
             for (uint32_t k = 0; k < i % 10; ++k) put(i + k, 1);
         }
-        const std::vector<uint8_t> p = replyPacket(isLong ? 0x4d : 0x0a, body);
-        const PacketCursor cursor{const_cast<uint8_t *>(p.data()), uint32_t(p.size())};
-        HeaderInfo info{};
         DecodeResult r{};
-        ASSERT_EQ(TROV_DecodeFU(&info, &r, &cursor, nullptr), 0u);
+        ASSERT_EQ(decodeReply(isLong ? 0x4d : 0x0a, body, r), 0u);
         const auto *longList = static_cast<EventListBody *>(r.record);
         const auto *shortList = static_cast<ShortEventListBody *>(r.record);
         const BufferDesc &block = isLong ? longList->buffer : shortList->buffer;

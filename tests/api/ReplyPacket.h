@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,12 @@ inline TrovResult decodeReply(uint16_t code, const std::vector<uint8_t> &body, D
     const PacketCursor cursor{p.data(), uint32_t(p.size())};
     HeaderInfo info{};
     return TROV_DecodeFU(&info, &result, &cursor, nullptr);
+}
+
+inline std::vector<uint8_t> concat(std::initializer_list<std::vector<uint8_t>> parts) {
+    std::vector<uint8_t> out;
+    for (const auto &p : parts) out.insert(out.end(), p.begin(), p.end());
+    return out;
 }
 
 // Bytes from hex text; spaces are ignored ("A7E5 10 01").

@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "api/ReplyPacket.h"
 #include "api/Dispatch.h"
 #include "engine/Cursor.h"
 #include "attributes/AttributeList.h"
@@ -45,18 +46,12 @@ const Bytes kWordEntry = {0x00, 0x70, 0x00, 0x08, 0x00, 0x03, 0x12, 0x34, 0xAB, 
 const Bytes kRow1Entry = {0x17, 0x7C, 0x00, 0x11, 0x02, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06,
                           0x07, 0x08, 0x0A, 0x0B, 0x0C, 0x0D, 0xFF, 0xFF, 0xFF, 0xFF};
 
-Bytes concat(std::initializer_list<Bytes> parts) {
-    Bytes out;
-    for (const Bytes &p : parts) out.insert(out.end(), p.begin(), p.end());
-    return out;
-}
-
-// Encodes into a buffer of `capacity` bytes filled with 0xEE; returns what
-// the cursor passed over.
 AttributeList listOf(const AttributeEntry *entries, uint16_t count) {
     return AttributeList{count, const_cast<AttributeEntry *>(entries)};
 }
 
+// Encodes into a buffer of `capacity` bytes filled with 0xEE; returns what
+// the cursor passed over.
 Bytes encodeList(const AttributeEntry *entries, uint16_t count, size_t capacity) {
     Bytes out(capacity, 0xEE);
     PacketCursor c{out.data(), static_cast<uint32_t>(capacity)};

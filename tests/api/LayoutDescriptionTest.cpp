@@ -142,8 +142,8 @@ TrovResult decodeOneEvent(uint16_t code) {
     return r;
 }
 
+// (How many: PublicRecordsTest.)
 TEST_F(LayoutDescription, EventsDescribedExactlyWhenDecoded) {
-    int described = 0;
     for (uint16_t code = 0; code <= 0x13F; ++code) {
         TrovLayoutInfo l;
         const TrovResult r = TROV_DescribeEvent(code, 0x10, &l);
@@ -151,9 +151,7 @@ TEST_F(LayoutDescription, EventsDescribedExactlyWhenDecoded) {
         if (r != 0) { EXPECT_EQ(r, TROV_RESULT_NO_EVENT_CODEC) << code; continue; }
         expectWellFormed(l, "event " + std::to_string(code));
         EXPECT_GT(l.fieldCount, 0) << code;
-        ++described;
     }
-    EXPECT_EQ(described, 120);
 }
 
 TEST_F(LayoutDescription, ValuesAndMethodsKeepTheirFieldsInside) {

@@ -1,13 +1,13 @@
 // Attribute lists nested in values: sizes and bytes, the size/write
 // asymmetry for unknown identifiers, and values that hold nested lists
-// (decoded records, disagreeing lengths, unknown identifiers, nesting beyond
-// the limit). The event rules: the hand-worked attribute events.
+// (disagreeing lengths, unknown identifiers, nesting beyond the limit; their
+// decoded records: the corpus and the extent sweep). The event rules: the
+// hand-worked attribute events.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 #include "api/ReplyPacket.h"
@@ -81,33 +81,6 @@ TEST_F(AttributeListTest, UnknownIdentifierFailsSizingButIsSkippedWhenWriting) {
     EXPECT_EQ(kNestedAttributeLists.encCalc(&list, 1, kVersion, size), 10u);
     EXPECT_EQ(size.bytes, 0xAAAAu);
     EXPECT_EQ(encodeList(entries, 3, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
-}
-
-// Row 104's value is a nested list. Its record: the AttributeList head, the
-// entries, then the values.
-TEST_F(AttributeListTest, NestedRowDecodesItsListIntoOneBlock) {
-    const AttributeCodecRow *row = lookupAttribute(0x08CC, kVersion);
-    ASSERT_EQ(row, &AttributeCodecTable[103]);
-    Bytes wire = {0x00, 0x02, 0x00, 0xCB, 0x00, 0x01, 0x7F, 0x00, 0x70, 0x00, 0x04, 0x00, 0x01, 0x12, 0x34};
-    PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
-    RecordSize r{};
-    ASSERT_EQ(row->ops.decCalc(&c, 0, &r, kVersion), 0u);
-    EXPECT_EQ(r.bytes, 16 + 32 + 8 + 24);
-    std::unique_ptr<uint8_t[]> block(new uint8_t[r.extent]());
-    uint8_t *base = block.get();
-    PacketCursor d{wire.data(), static_cast<uint32_t>(wire.size())};
-    EXPECT_EQ(row->ops.decode(base, &d, 0, kVersion), base + 80);
-    const auto *list = reinterpret_cast<const AttributeList *>(base);
-    EXPECT_EQ(list->count, 2);
-    ASSERT_EQ(list->entries, reinterpret_cast<AttributeEntry *>(base + 16));
-    EXPECT_EQ(list->entries[0].id, 0x00CB);
-    EXPECT_EQ(list->entries[0].length, 0);
-    EXPECT_EQ(list->entries[0].value, base + 48);
-    EXPECT_EQ(base[48], 0x7F);
-    EXPECT_EQ(list->entries[1].id, 0x0070);
-    EXPECT_EQ(list->entries[1].value, base + 56);
-    EXPECT_EQ(loadField<uint8_t *>(base, 64), base + 72);
-    EXPECT_EQ(loadField<uint16_t>(base, 72), 0x1234);
 }
 
 TEST_F(AttributeListTest, NestedValuesMustFillTheirLengthAndHaveACodec) {

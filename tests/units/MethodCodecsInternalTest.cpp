@@ -1,6 +1,6 @@
-// The FU method codecs: refusals, a reply and the raw parameters' figures
-// worked out by hand (every method's round trip and extent: the corpus and
-// extent sweeps; the structured replies read through their descriptions:
+// The FU method codecs: refusals and the raw parameters' figures worked out
+// by hand (every method's reply, round trip and extent: the corpus and extent
+// sweeps; the structured replies read through their descriptions:
 // StructureDescriptionTest).
 #include <gtest/gtest.h>
 
@@ -48,26 +48,6 @@ TEST(MethodCodecs, RequestRefusalsAndFigures) {
         EXPECT_EQ(wire.bytes, c.figure) << c.count;
         EXPECT_EQ(wire.extent, c.extent) << c.count;
     }
-}
-
-// 0xb4's reply by hand: u8, u8, u8 length + characters, u8 count + u16s.
-TEST(MethodCodecs, SpecificReplyLayoutByHand) {
-    const uint8_t wire[] = {0x81, 0x82, 3, 'a', 'b', 'c', 2, 0x12, 0x34, 0xFE, 0xDC};
-    PacketCursor c{const_cast<uint8_t *>(wire), sizeof wire};
-    uint16_t length = 0;
-    RecordSize size{};
-    ASSERT_EQ(rowOf(0xb4).decCalc(&c, &length, &size), TROV_RESULT_OK);
-    EXPECT_EQ(length, sizeof wire);
-    EXPECT_EQ(size.extent, 40u + 8 + 8); // heads at 8 and 24, then "abc\0", then two u16
-    std::unique_ptr<uint8_t[]> record(new uint8_t[size.extent]);
-    rowOf(0xb4).decode(record.get(), &c);
-    EXPECT_EQ(record[0], 0x81);
-    EXPECT_EQ(record[1], 0x82);
-    EXPECT_EQ(record[8], 3);
-    EXPECT_EQ(loadField<const char *>(record.get(), 16), reinterpret_cast<char *>(record.get() + 40));
-    EXPECT_STREQ(loadField<const char *>(record.get(), 16), "abc");
-    EXPECT_EQ(record[24], 2);
-    EXPECT_EQ(loadField<const uint16_t *>(record.get(), 32)[1], 0xFEDC);
 }
 
 // Methods from 0x2000 without a row of their own take everything that

@@ -63,6 +63,19 @@ TEST_F(Bodies, AttributeAndRawMethodRequestsAreWrittenBigEndian) {
     }
 }
 
+// The other way: u16 elements of an attribute array (0x0070) reach the record in host order.
+TEST_F(Bodies, ReplyArrayElementsAreReadBigEndian) {
+    DecodeResult result{nullptr, nullptr, 0};
+    ASSERT_EQ(decodeReply(0x32, {0x00, 0x70, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0}, result), 0u);
+    const auto *body = static_cast<const AttributeBody *>(result.record);
+    const auto *array = static_cast<const AttributeArrayHeader *>(body->value);
+    ASSERT_EQ(array->count, 2);
+    EXPECT_EQ(static_cast<const uint16_t *>(array->elements)[0], 0x0102);
+    EXPECT_EQ(static_cast<const uint16_t *>(array->elements)[1], 0xA0B0);
+    trovFree(result.buffer != nullptr ? result.buffer->data : nullptr);
+    trovFree(result.record);
+}
+
 TEST_F(Bodies, RequestFailuresComeBeforeAnyOutput) {
     static AttributeBody unknown{kUnknownAttribute, &attributeValue, {}};
     static AttributeBody noValue{kU32Attribute, nullptr, {}};

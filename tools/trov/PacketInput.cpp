@@ -102,7 +102,7 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
 #ifdef _WIN32
         _setmode(0, _O_BINARY);
 #endif
-        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "<stdin>"), format, request);
+        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "-"), format, request);
     }
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {

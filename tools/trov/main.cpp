@@ -25,9 +25,25 @@
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
+#else
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 #endif
 
 namespace {
+
+// A closed standard input would let the first file opened take descriptor 0
+// and be read in its place; holding the slot with a descriptor open for
+// writing only makes reading it fail as a closed one does.
+void holdClosedStandardInput() {
+#ifndef _WIN32
+    if (fcntl(0, F_GETFD) == -1 && errno == EBADF) {
+        const int fd = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (fd > 0) ::close(fd);
+    }
+#endif
+}
 
 int run(int argc, char **argv) {
     CLI::App app{"trov: converts between TROV packets and JSON through the TROV codec library.", "trov"};
@@ -92,6 +108,7 @@ int main(int argc, char **argv) {
     // A closed pipe shows as a failed write, which the commands end on.
     std::signal(SIGPIPE, SIG_IGN);
 #endif
+    holdClosedStandardInput();
     try {
         return run(argc, argv);
     } catch (const std::exception &e) {

@@ -177,6 +177,7 @@ INSTANTIATE_TEST_SUITE_P(
         // Python's repr of the bytes, split over lines: printable bytes stand
         // for themselves (',' 'a' 'b' ' ' 'c' 'd').
         FormatCase{"python_bytes", InputFormat::Detect,
+                   "# from a capture\n"
                    "packet = (b'\\xa7\\xe5\\x10\\x01\\x00\\x0b\\x00\\x00\\x00,\\x00\\x00\\x00\\x00\\x00\\x00'  # header\n"
                    "          b'\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01'\n"
                    "          b'\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01'\n"

@@ -329,7 +329,10 @@ void HexText::classify() {
         return;
     }
     const size_t q = skipHex(d, p);
-    if (d.find("\\x") != std::string::npos) {
+    // A '#' inside a string literal reads as a comment here: a quote left
+    // before it with "\x" in the whole line is a string too.
+    if (d.find("\\x") != std::string::npos ||
+        (s.find("\\x") != std::string::npos && d.find_first_of("\"'") != std::string::npos)) {
         mode_ = Mode::Escapes;
     } else if (d.find_first_of("{=[") != std::string::npos) {
         mode_ = Mode::CArray;

@@ -7,6 +7,7 @@
 // "skipped" with the reason, or "failed" with the library's result and the
 // input offset where decoding stopped.
 #include <cstdio>
+#include <iostream>
 #include <memory>
 
 #include "DecodeCommand.h"
@@ -223,9 +224,11 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
     writer.begin();
     for (const std::string &name : inputs) {
         std::unique_ptr<PacketInput> input;
-        if (name == "-") {
+        if (name == "-" && &in != &std::cin) {
             input = PacketInput::fromStream(in, "-", options.format, options.request);
         } else {
+            // Standard input is read through its descriptor, where a read
+            // error (a closed or unreadable input) shows, unlike through std::cin.
             std::string error;
             input = PacketInput::open(name, options.format, error, options.request);
             if (input == nullptr) {

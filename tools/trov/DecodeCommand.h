@@ -41,7 +41,8 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
 // when the item failed to decode (trailing bytes always do).
 Json decodeItem(const PacketItem &item, bool request, bool &failed, const FieldsHook *fields = nullptr);
 
-// Decodes every input in `files` ("-": `in`; empty: `in`) to `out`, errors to
+// Decodes every input in `files` ("-": `in`; empty: `in`; when `in` is std::cin,
+// descriptor 0, so that its read errors count) to `out`, errors to
 // `err`. Returns 0 when every packet decoded (skipped bodies included), 1
 // when some packet or trailing bytes failed, 2 after an input error (cannot
 // open, bad hex) or when `out` cannot be written.

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "JsonErrors.h"
 #include "RecordBuild.h"
 
 #ifdef _WIN32
@@ -107,7 +108,7 @@ int encodeText(const std::string &text, const std::string &name, Encoder &encode
             try {
                 value = Json::parse(line);
             } catch (const Json::parse_error &e) {
-                err << "trov encode: " << where << e.what() << '\n';
+                err << "trov encode: " << jsonSyntaxError(e, name, number) << '\n';
                 return 2;
             }
             if (!encoder.value(value, where)) return 2;
@@ -118,7 +119,7 @@ int encodeText(const std::string &text, const std::string &name, Encoder &encode
     try {
         value = Json::parse(text);
     } catch (const Json::parse_error &e) {
-        err << "trov encode: " << name << ": " << e.what() << '\n';
+        err << "trov encode: " << jsonSyntaxError(e, name, 1) << '\n';
         return 2;
     }
     if (!value.is_object() && !value.is_array()) {

@@ -210,6 +210,15 @@ public:
                 return fail(at.path, "expected " + std::to_string(fixed[code_value_]) + " bytes for option kind " +
                                          std::to_string(code_value_));
             break;
+        case Of::Unparsed: { // the value's wire bytes, {"hex": "..."}
+            const auto hex = at.node->is_object() ? at.node->find("hex") : at.node->end();
+            if (hex == at.node->end() || at.node->size() != 1)
+                return fail(at.path, "expected {\"hex\": \"...\"} for an attribute without a codec");
+            if (!hexBytes(*hex, at.path + "/hex", count.limit, stash_, error_)) return false;
+            n = stash_.size();
+            stashedFor_ = count.field;
+            break;
+        }
         case Of::Data:
         case Of::Rest:
             if (count.parts == 0) {
@@ -265,6 +274,10 @@ public:
         const std::string &path = places_.back().path;
         switch (miss.of) {
         case Of::Code: {
+            // An event's attribute without a codec travels as its bytes, {"hex": "..."}.
+            if (miss.codeOf == describe::Code::Of::Entry && miss.field != nullptr &&
+                miss.field->kindId == TROV_KIND_EVENT_ATTRIBUTES)
+                return describe::Answer::Unparsed;
             const bool method = miss.codeOf == describe::Code::Of::Method;
             const bool type = miss.codeOf == describe::Code::Of::DataType;
             const bool event = miss.codeOf == describe::Code::Of::Event;

@@ -17,11 +17,18 @@
  * hold: event 0x30 accepts a body up to 16 bytes short and reads what is
  * missing as 0, and the last raw value of an event's attribute list may claim
  * more bytes than remain (also read as 0); their records encode the bytes
- * as read, zeros included. An event attribute whose identifier has a codec
- * is read by that codec whatever its length field says; the encoder writes
- * the length of the value it writes. The header's bodyLength is always the
- * true one (body 0x31, which the decoder reads to the packet's end whatever
- * the header says, included).
+ * as read, zeros included. An attribute entry (of an event's attribute list,
+ * or of a structure) whose identifier has a codec is read by that codec
+ * whatever its length field says; the encoder writes the length of the value
+ * it writes. A structure's entry whose identifier has no codec at version 0
+ * is kept as its bytes but is not written (the structure codec leaves such
+ * entries out). Event 0x78 keeps its typed value only
+ * where the data type reserves room for it (types 16, 17, 19 and 20); with
+ * any other type the value is read over, its pointer stays NULL, and the
+ * record is refused (1). The header is written as TROV_EncodeHeader writes
+ * it: its bodyLength is always the true one (body 0x31, which the decoder
+ * reads to the packet's end whatever the header says, included), and bytes
+ * 18-19 are the extension only where flags bit 0 says so.
  *
  * Anything here is an addition of this library: it changes no result or
  * byte of the functions of TrovCodec.h.

@@ -368,6 +368,18 @@ TEST(ReplyEncode, StructureEventWithoutHead) {
 
 // ---------------------------------------------------------------- what cannot come back
 
+// Event 0x78 keeps a typed value only where its data type reserves room
+// (types 16, 17, 19, 20); any other type is read over and its pointer left
+// null, so the record has nothing to write back: 1.
+TEST(ReplyEncode, ReservedValueReadOverIsRefused) {
+    TROV_InitCoder();
+    // u32, u16, data type 0x15 (no room) with one u16 element (a u16 count), a u8 string.
+    Bytes packet = packetOf(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
+    Decoded d(packet);
+    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
+    encodeReply(d.info, d.result.record, TROV_RESULT_NULL_ARGUMENT);
+}
+
 struct Quirk {
     const char *what;
     uint16_t code;

@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovRecords.h"
+#include "TrovReplyEncode.h"
 #include "engine/Memory.h"
 #include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
@@ -156,6 +158,27 @@ Outcome hostAllocation() {
 
 // ---- the suite -------------------------------------------------------------------
 
+// Replies built from records: an event list and a method reply.
+Outcome encodeReply(uint16_t code, const void *record) {
+    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 1, code, 0, 0, 0, 0, 1};
+    EncodeOutput packet{nullptr, 0};
+    const TrovResult r = TROV_EncodeReply(&info, record, &packet);
+    const bool handedOut = packet.data != nullptr;
+    trovFree(packet.data);
+    return {r, handedOut, -1};
+}
+Outcome eventListReply() {
+    TrovEvent0013 event{7, {4, kText}};
+    EventBriefEntry entry{0x13, 1, &event};
+    const ShortEventListBody record{9, 1, &entry, {nullptr, 0, 0}};
+    return encodeReply(0x0a, &record);
+}
+Outcome methodReplyEncode() {
+    uint8_t params[8] = {1}; // method 0x92: a one-byte reply
+    const MethodBody record{9, 0x92, params, 0, {nullptr, 0, 0}};
+    return encodeReply(0x1d, &record);
+}
+
 struct Case {
     const char *name;
     Outcome (*call)();
@@ -171,6 +194,7 @@ const Case kCases[] = {
     {"DecodeMethod", methodReply},
     {"DecodeLongEventList", longEventList},   {"DecodeShortEventList", shortEventList},
     {"DecodeExtend", decodeExtend},           {"Malloc", hostAllocation},
+    {"EncodeEventListReply", eventListReply}, {"EncodeMethodReply", methodReplyEncode},
 };
 
 enum class Failing { OnlyTheNth, FromTheNth };

@@ -174,6 +174,7 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
     Json packet = Json::object();
     packet["offset"] = offset;
     packet["length"] = bytes.size();
+    packet["direction"] = request ? "request" : "reply";
     std::vector<uint8_t> copy(bytes); // the library's cursor is not const
     PacketCursor cursor{copy.data(), static_cast<uint32_t>(copy.size())};
     HeaderInfo header{};

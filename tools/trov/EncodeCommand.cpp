@@ -8,6 +8,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "DecodeCommand.h"
 #include "JsonErrors.h"
 #include "RecordBuild.h"
 
@@ -141,6 +142,7 @@ std::string undecodedReason(const Json &packet) {
     const auto status = body->find("status");
     if (status == body->end() || (status->is_string() && *status == "decoded")) return {};
     if (!status->is_string()) return "its body's status is not a string";
+    if (*status == "skipped" && skippedEmptyBody(packet)) return {}; // the header is the packet
     return "its body was not decoded (status \"" + status->get<std::string>() + "\")";
 }
 
@@ -149,7 +151,11 @@ int encodeJsonText(const std::string &text, const std::string &name, bool raw, s
     try {
         Encoder encoder(raw, out, err);
         const int code = encodeText(text, name, encoder, err);
-        out.flush();
+        // A failed write (a full disk, a closed output) shows here at the latest.
+        if (!out.flush()) {
+            err << "trov encode: the output cannot be written\n";
+            return kExitInputError;
+        }
         return code;
     } catch (const std::exception &e) {
         err << "trov encode: " << name << ": " << e.what() << '\n';

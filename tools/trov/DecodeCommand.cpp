@@ -7,6 +7,7 @@
 // "skipped" with the reason, or "failed" with the library's result and the
 // input offset where decoding stopped.
 #include <cstdio>
+#include <iostream>
 #include <memory>
 
 #include "DecodeCommand.h"
@@ -213,6 +214,11 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
     return packet;
 }
 
+Json captureJson(const CaptureInfo &c) {
+    return Json{{"frame", c.frame}, {"time", c.time}, {"flow", c.flow},
+                {"src", c.src},     {"dst", c.dst},   {"direction", c.request ? "request" : "reply"}};
+}
+
 int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
               std::ostream &out, std::ostream &err) {
     TROV_InitCoder();
@@ -221,13 +227,19 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
     int status = kExitOk;
     Writer writer(out, options.style);
     writer.begin();
+    // Captures: flows left out or ended early are remarked on `err`.
+    const CaptureOptions capture{options.port, [&err](const std::string &note) { err << "trov decode: " << note << '\n'; }};
     for (const std::string &name : inputs) {
         std::unique_ptr<PacketInput> input;
-        if (name == "-") {
-            input = PacketInput::fromStream(in, "-", options.format, options.request);
+        std::string error;
+        if (name == "-" && &in == &std::cin) {
+            // Standard input is read as it arrives, so a live capture pipe
+            // prints each packet at once.
+            input = PacketInput::open("-", options.format, error, options.request, capture);
+        } else if (name == "-") {
+            input = PacketInput::fromStream(in, "-", options.format, options.request, capture);
         } else {
-            std::string error;
-            input = PacketInput::open(name, options.format, error, options.request);
+            input = PacketInput::open(name, options.format, error, options.request, capture);
             if (input == nullptr) {
                 err << "trov decode: " << (error.empty() ? name + ": cannot be read" : error) << '\n';
                 status = kExitInputError;
@@ -248,7 +260,8 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
             Json packet = Json::object();
             bool failed = false;
             if (named) packet["file"] = name;
-            packet.update(decodeItem(item, options.request, failed));
+            if (item.capture) packet["capture"] = captureJson(*item.capture);
+            packet.update(decodeItem(item, item.capture ? item.capture->request : options.request, failed));
             if (failed && status == kExitOk) status = kExitPacketFailed;
             writer.write(packet);
             if (!out) return kExitInputError; // the reader went away

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <fcntl.h>
 
+#include "CaptureFile.h"
+#include "CaptureInput.h"
 #include "HexText.h"
 #include "StreamFramer.h"
 
@@ -89,17 +91,25 @@ private:
     bool finished_ = false;
 };
 
+// A capture (by its magic) or a byte stream.
+std::unique_ptr<PacketInput> makeInput(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request,
+                                       const CaptureOptions &capture) {
+    if (format == InputFormat::Detect && reader->ensure() && isCaptureMagic(reader->data(), reader->size()))
+        return openCaptureInput(std::move(reader), capture);
+    return std::make_unique<Framer>(std::move(reader), format, request);
+}
+
 } // namespace
 
 PacketInput::~PacketInput() = default;
 
 std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFormat format, std::string &error,
-                                               bool request) {
+                                               bool request, const CaptureOptions &capture) {
     if (path == "-") {
 #ifdef _WIN32
         _setmode(0, _O_BINARY);
 #endif
-        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "<stdin>"), format, request);
+        return makeInput(std::make_unique<ChunkReader>(0, false, "<stdin>"), format, request, capture);
     }
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {
@@ -115,12 +125,12 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
         error = "cannot open " + path + ": " + std::strerror(errno);
         return nullptr;
     }
-    return std::make_unique<Framer>(std::make_unique<ChunkReader>(fd, true, path), format, request);
+    return makeInput(std::make_unique<ChunkReader>(fd, true, path), format, request, capture);
 }
 
 std::unique_ptr<PacketInput> PacketInput::fromStream(std::istream &in, const std::string &name, InputFormat format,
-                                                     bool request) {
-    return std::make_unique<Framer>(std::make_unique<ChunkReader>(in, name), format, request);
+                                                     bool request, const CaptureOptions &capture) {
+    return makeInput(std::make_unique<ChunkReader>(in, name), format, request, capture);
 }
 
 } // namespace trov

@@ -100,12 +100,15 @@ void TcpDirection::skipTo(uint64_t at) {
 
 void TcpDirection::acked(uint32_t ack) {
     if (!started_ || ended_ || markMissing_) return;
-    int64_t upTo = offsetOf(ack);
-    if (fin_ && upTo > static_cast<int64_t>(*fin_)) upTo = static_cast<int64_t>(*fin_); // the FIN's own number
-    while (upTo > static_cast<int64_t>(next_)) {
-        const uint64_t to = pending_.empty() ? static_cast<uint64_t>(upTo)
-                                             : std::min(static_cast<uint64_t>(upTo), pending_.begin()->first);
-        skipTo(to);
+    const int64_t upTo = offsetOf(ack);
+    // Holes before data already held (or before the FIN) that the other
+    // side has acknowledged: it received bytes the capture missed. A hole
+    // with nothing captured after it waits, in case the capture shows an
+    // acknowledgement before the data it acknowledges.
+    for (;;) {
+        const std::optional<uint64_t> after = pending_.empty() ? fin_ : std::optional(pending_.begin()->first);
+        if (!after || *after <= next_ || static_cast<int64_t>(*after) > upTo) break;
+        skipTo(*after);
         drain();
     }
     if (fin_ && next_ >= *fin_) end();

@@ -10,8 +10,8 @@
 //
 // A hole is given up on, as a Gap item of its exact byte count, when
 //   - the window is full: the stream jumps to the first segment held;
-//   - the other side acknowledges bytes past it (it received what the capture
-//     missed, so no retransmission will bring them);
+//   - the other side acknowledges it while later bytes (or the FIN) are held:
+//     it received what the capture missed, so no retransmission will come;
 //   - a segment's payload was cut by the capture's snap length (the cut bytes);
 //   - the direction ends (finish()).
 // The framer then resynchronises at the next plausible header.

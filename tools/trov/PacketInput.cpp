@@ -1,6 +1,7 @@
 // Frames one input into packets through StreamFramer. The input is read as
 // raw bytes or through HexText, so at most one packet and a chunk or two are
-// held whatever its size.
+// held whatever its size. A pcap or pcapng capture (by its magic) is read
+// by CaptureInput instead.
 #include "PacketInput.h"
 
 #include <algorithm>
@@ -30,12 +31,13 @@ bool looksLikeText(const uint8_t *p, size_t n) {
 
 class Framer final : public PacketInput {
 public:
-    Framer(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request)
-        : reader_(std::move(reader)), format_(format), framer_(request) {}
+    Framer(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request, const CaptureOptions &capture)
+        : reader_(std::move(reader)), format_(format), framer_(request), capture_(capture) {}
 
     PacketItem next() override {
         PacketItem item;
         if (!started_) start();
+        if (captured_) return captured_->next();
         // Reads only what completes the item in hand, so that a packet from a
         // live pipe comes out as soon as its last byte arrives.
         while (!framer_.next(item)) {
@@ -72,6 +74,11 @@ public:
 private:
     void start() {
         started_ = true;
+        // A pcap or pcapng capture, by its magic.
+        if (format_ == InputFormat::Detect && reader_->ensure() && isCaptureMagic(reader_->data(), reader_->size())) {
+            captured_ = openCaptureInput(std::move(reader_), capture_);
+            return;
+        }
         chunk_.resize(ChunkReader::kChunk);
         const bool hex = format_ == InputFormat::Hex ||
                          (format_ == InputFormat::Detect && reader_->ensure() && looksLikeText(reader_->data(), reader_->size()));
@@ -89,15 +96,9 @@ private:
     bool errorPending_ = false;
     bool started_ = false;
     bool finished_ = false;
+    CaptureOptions capture_;
+    std::unique_ptr<PacketInput> captured_; // the input is a capture
 };
-
-// A capture (by its magic) or a byte stream.
-std::unique_ptr<PacketInput> makeInput(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request,
-                                       const CaptureOptions &capture) {
-    if (format == InputFormat::Detect && reader->ensure() && isCaptureMagic(reader->data(), reader->size()))
-        return openCaptureInput(std::move(reader), capture);
-    return std::make_unique<Framer>(std::move(reader), format, request);
-}
 
 } // namespace
 
@@ -109,7 +110,7 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
 #ifdef _WIN32
         _setmode(0, _O_BINARY);
 #endif
-        return makeInput(std::make_unique<ChunkReader>(0, false, "<stdin>"), format, request, capture);
+        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "-"), format, request, capture);
     }
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {
@@ -125,12 +126,12 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
         error = "cannot open " + path + ": " + std::strerror(errno);
         return nullptr;
     }
-    return makeInput(std::make_unique<ChunkReader>(fd, true, path), format, request, capture);
+    return std::make_unique<Framer>(std::make_unique<ChunkReader>(fd, true, path), format, request, capture);
 }
 
 std::unique_ptr<PacketInput> PacketInput::fromStream(std::istream &in, const std::string &name, InputFormat format,
                                                      bool request, const CaptureOptions &capture) {
-    return makeInput(std::make_unique<ChunkReader>(in, name), format, request, capture);
+    return std::make_unique<Framer>(std::make_unique<ChunkReader>(in, name), format, request, capture);
 }
 
 } // namespace trov

@@ -20,16 +20,18 @@ trov_require_packages() {
 
 # What a plain build of the library and its tool needs (the tool parses its
 # arguments with CLI11 and reads and writes JSON with nlohmann-json, both
-# header-only; the library itself needs neither).
-TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils libcli11-dev nlohmann-json3-dev)
+# header-only, and reads pcap and pcapng captures through libpcap; the library
+# itself needs none of them).
+TROV_BUILD_PACKAGES=(cmake ninja-build g++ make binutils libcli11-dev nlohmann-json3-dev libpcap-dev)
 # What the full test run needs on top: clang with its sanitizer runtimes,
 # GoogleTest's sources, Google Benchmark, the mingw-w64 cross compiler and
 # Wine to run the Windows build, pkg-config for the installed-package check,
 # lld and llvm (lld-link, llvm-dlltool) to link a host the Microsoft way, and
-# protobuf, the mainstream codec the benchmarks compare against.
+# protobuf, the mainstream codec the benchmarks compare against; tcpdump and
+# python3 make a real capture of packets over loopback for the capture test.
 TROV_TEST_PACKAGES=(clang libclang-rt-dev googletest libbenchmark-dev pkg-config
                     g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64
-                    lld llvm protobuf-compiler libprotobuf-dev)
+                    lld llvm protobuf-compiler libprotobuf-dev tcpdump python3)
 # The Python package (python/): Debian's Python with its headers, pybind11
 # (its headers for CMake, its Python package for pip's build), setuptools, pip
 # and venv to install it, and pytest with hypothesis to test it.

@@ -215,6 +215,11 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
     return packet;
 }
 
+Json captureJson(const CaptureInfo &c) {
+    return Json{{"frame", c.frame}, {"time", c.time}, {"flow", c.flow},
+                {"src", c.src},     {"dst", c.dst},   {"direction", c.request ? "request" : "reply"}};
+}
+
 int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
               std::ostream &out, std::ostream &err) {
     TROV_InitCoder();
@@ -223,15 +228,20 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
     int status = kExitOk;
     Writer writer(out, options.style);
     writer.begin();
+    // Captures: flows left out or ended early are remarked on `err`.
+    const CaptureOptions capture{options.port, [&err](const std::string &note) { err << "trov decode: " << note << '\n'; }};
     for (const std::string &name : inputs) {
         std::unique_ptr<PacketInput> input;
-        if (name == "-" && &in != &std::cin) {
-            input = PacketInput::fromStream(in, "-", options.format, options.request);
+        std::string error;
+        if (name == "-" && &in == &std::cin) {
+            // Standard input is read through its descriptor: as it arrives,
+            // so a live capture pipe prints each packet at once, and with its
+            // read errors (a closed or unreadable input), which std::cin hides.
+            input = PacketInput::open("-", options.format, error, options.request, capture);
+        } else if (name == "-") {
+            input = PacketInput::fromStream(in, "-", options.format, options.request, capture);
         } else {
-            // Standard input is read through its descriptor, where a read
-            // error (a closed or unreadable input) shows, unlike through std::cin.
-            std::string error;
-            input = PacketInput::open(name, options.format, error, options.request);
+            input = PacketInput::open(name, options.format, error, options.request, capture);
             if (input == nullptr) {
                 err << "trov decode: " << (error.empty() ? name + ": cannot be read" : error) << '\n';
                 status = kExitInputError;
@@ -252,7 +262,8 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
             Json packet = Json::object();
             bool failed = false;
             if (named) packet["file"] = name;
-            packet.update(decodeItem(item, options.request, failed));
+            if (item.capture) packet["capture"] = captureJson(*item.capture);
+            packet.update(decodeItem(item, item.capture ? item.capture->request : options.request, failed));
             if (failed && status == kExitOk) status = kExitPacketFailed;
             writer.write(packet);
             if (!out) return kExitInputError; // the reader went away

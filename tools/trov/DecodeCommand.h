@@ -21,6 +21,7 @@ struct DecodeOptions {
     InputFormat format = InputFormat::Detect;
     bool request = false; // read bodies as requests of the body code
     OutputStyle style = OutputStyle::JsonArray;
+    uint16_t port = 0; // captures: the server's TCP port (--port), 0: none
 };
 
 // Exit codes of the commands.
@@ -40,6 +41,10 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
 // Trailing: what `trov decode` prints for it, without "file". Sets `failed`
 // when the item failed to decode (trailing bytes always do).
 Json decodeItem(const PacketItem &item, bool request, bool &failed, const FieldsHook *fields = nullptr);
+
+// A captured packet's "capture" object: frame, time, flow, src, dst and
+// direction ("request" or "reply").
+Json captureJson(const CaptureInfo &capture);
 
 // Decodes every input in `files` ("-": `in`; empty: `in`; when `in` is std::cin,
 // descriptor 0, so that its read errors count) to `out`, errors to

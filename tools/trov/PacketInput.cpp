@@ -1,6 +1,7 @@
 // Frames one input into packets through StreamFramer. The input is read as
 // raw bytes or through HexText, so at most one packet and a chunk or two are
-// held whatever its size.
+// held whatever its size. A pcap or pcapng capture (by its magic) is read
+// by CaptureInput instead.
 #include "PacketInput.h"
 
 #include <algorithm>
@@ -9,6 +10,8 @@
 #include <filesystem>
 #include <fcntl.h>
 
+#include "CaptureFile.h"
+#include "CaptureInput.h"
 #include "HexText.h"
 #include "StreamFramer.h"
 
@@ -31,12 +34,13 @@ bool looksLikeText(const uint8_t *p, size_t n) {
 
 class Framer final : public PacketInput {
 public:
-    Framer(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request)
-        : reader_(std::move(reader)), format_(format), framer_(request) {}
+    Framer(std::unique_ptr<ChunkReader> reader, InputFormat format, bool request, const CaptureOptions &capture)
+        : reader_(std::move(reader)), format_(format), framer_(request), capture_(capture) {}
 
     PacketItem next() override {
         PacketItem item;
         if (!started_) start();
+        if (captured_) return captured_->next();
         // Reads only what completes the item in hand, so that a packet from a
         // live pipe comes out as soon as its last byte arrives.
         while (!framer_.next(item)) {
@@ -73,6 +77,11 @@ public:
 private:
     void start() {
         started_ = true;
+        // A pcap or pcapng capture, by its magic.
+        if (format_ == InputFormat::Detect && reader_->ensure() && isCaptureMagic(reader_->data(), reader_->size())) {
+            captured_ = openCaptureInput(std::move(reader_), capture_);
+            return;
+        }
         chunk_.resize(ChunkReader::kChunk);
         const bool hex = format_ == InputFormat::Hex ||
                          (format_ == InputFormat::Detect && reader_->ensure() && looksLikeText(reader_->data(), reader_->size()));
@@ -90,6 +99,8 @@ private:
     bool errorPending_ = false;
     bool started_ = false;
     bool finished_ = false;
+    CaptureOptions capture_;
+    std::unique_ptr<PacketInput> captured_; // the input is a capture
 };
 
 } // namespace
@@ -97,12 +108,12 @@ private:
 PacketInput::~PacketInput() = default;
 
 std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFormat format, std::string &error,
-                                               bool request) {
+                                               bool request, const CaptureOptions &capture) {
     if (path == "-") {
 #ifdef _WIN32
         _setmode(0, _O_BINARY);
 #endif
-        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "-"), format, request);
+        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "-"), format, request, capture);
     }
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {
@@ -118,12 +129,12 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
         error = "cannot open " + path + ": " + std::strerror(errno);
         return nullptr;
     }
-    return std::make_unique<Framer>(std::make_unique<ChunkReader>(fd, true, path), format, request);
+    return std::make_unique<Framer>(std::make_unique<ChunkReader>(fd, true, path), format, request, capture);
 }
 
 std::unique_ptr<PacketInput> PacketInput::fromStream(std::istream &in, const std::string &name, InputFormat format,
-                                                     bool request) {
-    return std::make_unique<Framer>(std::make_unique<ChunkReader>(in, name), format, request);
+                                                     bool request, const CaptureOptions &capture) {
+    return std::make_unique<Framer>(std::make_unique<ChunkReader>(in, name), format, request, capture);
 }
 
 } // namespace trov

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <istream>
 #include <memory>
 #include <optional>
@@ -22,6 +23,12 @@ struct CaptureInfo {
     uint64_t flow = 0;    // the TCP connection, numbered from 1 in order of appearance
     std::string src, dst; // "ADDRESS:PORT" of the item's sender and receiver
     bool request = false; // sent by the client
+};
+
+// Capture input (pcap and pcapng files, found by their magic): CaptureInput.h.
+struct CaptureOptions {
+    uint16_t port = 0; // the server's TCP port, for connections whose SYN was not captured; 0: none
+    std::function<void(const std::string &)> note; // remarks (flows left out or ended early), one line each
 };
 
 struct PacketItem {
@@ -43,11 +50,13 @@ public:
     // ("cannot open X: reason", "X is a directory"), when it cannot be read.
     // `request`: the input holds requests (which the search for the next
     // plausible header after bytes that are not a packet checks against).
+    // A pcap or pcapng capture (InputFormat::Detect only) yields the TCP
+    // connections' packets instead, each with its CaptureInfo.
     static std::unique_ptr<PacketInput> open(const std::string &path, InputFormat format, std::string &error,
-                                             bool request = false);
+                                             bool request = false, const CaptureOptions &capture = {});
     // Over any stream; `name` appears in error messages.
     static std::unique_ptr<PacketInput> fromStream(std::istream &in, const std::string &name, InputFormat format,
-                                                   bool request = false);
+                                                   bool request = false, const CaptureOptions &capture = {});
     virtual ~PacketInput();
 
     // The next item; after End or Error, End. Packets completed before a

@@ -131,6 +131,12 @@ void writeText(const Json &packet, std::ostream &out) {
         out << ": " << paint(Paint::Problem, std::to_string(count(packet, "trailing")) + " trailing bytes") << '\n';
     else
         out << ", " << count(packet, "length") << " bytes\n";
+    if (packet.contains("capture")) { // captured: frame, time, flow, sender -> receiver, direction
+        const Json &c = packet["capture"];
+        out << "  capture: frame " << c["frame"].get<uint64_t>() << ", " << c["time"].get<std::string>() << ", flow "
+            << c["flow"].get<uint64_t>() << ", " << c["src"].get<std::string>() << " -> "
+            << c["dst"].get<std::string>() << ", " << c["direction"].get<std::string>() << '\n';
+    }
     if (packet.contains("header")) {
         const Json &h = packet["header"];
         out << "  header: mark " << hexNumber(h["mark"], 4) << ", version " << hexNumber(h["version"], 2)

@@ -1,6 +1,6 @@
 // trov: the TROV codec on the command line.
 //
-//   trov decode [--raw|--hex] [--request] [--ndjson|--text] [--color=WHEN] [FILE...|-]
+//   trov decode [--raw|--hex] [--request] [--port N] [--ndjson|--text] [--color=WHEN] [FILE...|-]
 //   trov encode [--raw] [FILE|-]
 //   trov tables [--json]
 //
@@ -107,6 +107,8 @@ int run(int argc, char **argv) {
     CLI::Option *rawFlag = decode->add_flag("--raw", raw, "Read the input as raw bytes");
     decode->add_flag("--hex", hex, "Read the input as hex text")->excludes(rawFlag);
     decode->add_flag("--request", decodeOptions.request, "Read bodies as requests instead of replies");
+    decode->add_option("--port", decodeOptions.port, "Captures: the server's TCP port, for connections without a SYN")
+        ->check(CLI::Range(1, 65535));
     CLI::Option *ndjsonFlag = decode->add_flag("--ndjson", ndjson, "One compact JSON object per line");
     decode->add_flag("--text", text, "An indented human view, codes in hex")->excludes(ndjsonFlag);
     std::string colour = "auto";

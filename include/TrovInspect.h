@@ -49,7 +49,8 @@ enum {
 typedef struct TrovInspectReport {
     uint32_t bodyLength; /* body bytes the decoder was given (the header's bodyLength, or
                             the rest of the packet for body 0x31, never more than the
-                            cursor holds); 0 when the header failed */
+                            cursor holds); 0 when the header failed or the body is
+                            skipped */
     uint32_t bodyRead;   /* body bytes a decoded body read: bodyLength - bodyRead bytes
                             behind them were not read. 0 for a skipped or failed body */
     uint32_t offset;     /* the packet offset where the item starts; 0 for none */
@@ -69,8 +70,9 @@ typedef struct TrovInspectReport {
  * but keeps the head and the events before the failing one in the record,
  * with result->type 6 and report->partial 1 (the caller frees the record and
  * its buffer as after a success).
- * Results: those of TROV_DecodeFU; 1 also when report is NULL (nothing
- * decoded). report is filled whatever the result, except 1. */
+ * Results: those of TROV_DecodeFU; 1 also when report is NULL (nothing is
+ * decoded then). A report that is not NULL is always filled; for result 1
+ * its item is TROV_ITEM_NONE. */
 TROV_API TrovResult TROV_InspectFU(HeaderInfo *info, DecodeResult *result, const PacketCursor *cursor,
                                    void *context, TrovInspectReport *report);
 

@@ -45,15 +45,31 @@ std::string hexNumber(const Json &v, int digits) {
     return text;
 }
 
+// Where an error stopped, as the error object names it: ", event 1 (code
+// 0x0004)", ", attribute 0x0090 (field id)", ", method 0x0096", ", field value1".
+std::string location(const Json &e) {
+    std::string at;
+    if (e.contains("event")) at = ", event " + e["event"].dump() + " (code " + hexNumber(e["code"], 4) + ")";
+    else if (e.contains("attribute")) at = ", attribute " + hexNumber(e["attribute"], 4);
+    else if (e.contains("method")) at = ", method " + hexNumber(e["method"], 4);
+    if (e.contains("field")) at += (at.empty() ? ", field " : " (field ") + e["field"].get<std::string>() + (at.empty() ? "" : ")");
+    return at;
+}
+
 } // namespace
 
 void writeText(const Json &packet, std::ostream &out) {
     if (packet.contains("file")) out << packet["file"].get<std::string>() << ", ";
     out << "packet at offset " << packet.value("offset", uint64_t{0});
-    if (packet.contains("trailing"))
+    if (packet.contains("trailing")) {
         out << ": " << packet["trailing"].get<uint64_t>() << " trailing bytes\n";
-    else
+    } else if (packet.contains("skipped") || packet.contains("gap")) { // not packets: no body
+        const bool gap = packet.contains("gap");
+        out << ": " << packet[gap ? "gap" : "skipped"].get<uint64_t>() << (gap ? " bytes lost\n" : " bytes skipped\n");
+        return;
+    } else {
         out << ", " << packet.value("length", uint64_t{0}) << " bytes\n";
+    }
     if (packet.contains("header")) {
         const Json &h = packet["header"];
         out << "  header: mark " << hexNumber(h["mark"], 4) << ", version " << hexNumber(h["version"], 2)
@@ -66,14 +82,19 @@ void writeText(const Json &packet, std::ostream &out) {
     const Json &body = packet["body"];
     const std::string status = body.value("status", "");
     if (status == "decoded") {
-        out << "  body: " << body.value("layout", "") << '\n';
+        out << "  body: " << body.value("layout", "");
+        if (body.contains("unread")) out << ", " << body["unread"].get<uint64_t>() << " bytes unread";
+        out << '\n';
         for (const auto &[key, member] : body["fields"].items()) writeValue(key, member, 4, out);
     } else if (status == "skipped") {
         out << "  body: skipped, " << body.value("reason", "") << '\n';
     } else if (body.contains("error")) {
         const Json &e = body["error"];
-        out << "  body: failed at offset " << e["offset"].get<uint64_t>() << ": " << e["name"].get<std::string>()
+        out << "  body: " << (status == "partial" ? body.value("layout", "") + ", partial: stopped" : "failed")
+            << " at offset " << e["offset"].get<uint64_t>() << location(e) << ": " << e["name"].get<std::string>()
             << " (" << e["result"].get<uint64_t>() << "), " << e["meaning"].get<std::string>() << '\n';
+        if (body.contains("fields"))
+            for (const auto &[key, member] : body["fields"].items()) writeValue(key, member, 4, out);
     }
 }
 

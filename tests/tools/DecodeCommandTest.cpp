@@ -75,17 +75,16 @@ std::vector<Case> cases() {
          ""},
         {"UnknownMethodIsNamed", "A7E5 1001 001D 0000 0006 00000000 00000000 0001 00000001 0001", {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1, {"\"name\":\"NO_METHOD_CODEC\"", "\"offset\":24,\"method\":1}"}, ""},
-        // An event list keeps the events before the failing one, and prints
-        // the count its head announces.
+        // An event list keeps the events before the failing one, and counts them.
         {"PartialEventList", kPartialList, {}, InputFormat::Hex, OutputStyle::Ndjson, 1,
-         {"\"status\":\"partial\"", "\"offset\":32,\"event\":1,\"code\":1},\"fields\":{\"value0\":1,\"count\":2,",
+         {"\"status\":\"partial\"", "\"offset\":32,\"event\":1,\"code\":1},\"fields\":{\"value0\":1,\"count\":1,",
           "\"events\":[{\"code\":4,\"field2\":7,\"fields\":{\"value0\":9,\"string1\":\"6869\"}}]}}", "\"hex\":"},
          ""},
         {"TextViewShowsWhereAListStopped", kPartialList, {}, InputFormat::Hex, OutputStyle::Text, 1,
-         {"  body: ShortEventListBody, partial: stopped at offset 32, event 1 (code 0x0001): NO_EVENT_CODEC", "    count: 2\n"},
+         {"  body: ShortEventListBody, partial: stopped at offset 32, event 1 (code 0x0001): NO_EVENT_CODEC", "    count: 1\n"},
          ""},
         {"UnreadBytesBehindTheBody", "A7E5 1001 000B 0000 0007 00000000 00000000 0001 0001E240 EEEEEE", {},
-         InputFormat::Hex, OutputStyle::Ndjson, 1, {"\"status\":\"decoded\",\"layout\":\"U32Body\",\"unread\":3,", "\"hex\":"},
+         InputFormat::Hex, OutputStyle::Ndjson, 0, {"\"status\":\"decoded\",\"layout\":\"U32Body\",\"unread\":3,", "\"hex\":"},
          ""},
         {"TrailingPartialPacketAfterAGoodOne", kU32Reply + "A7E5 1001 000B", {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1,

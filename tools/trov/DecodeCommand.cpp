@@ -70,22 +70,6 @@ Json locatedError(TrovResult result, uint64_t packetOffset, const TrovInspectRep
     return error;
 }
 
-// A partial event list prints the count its head announces, read from the
-// head's wire bytes (the count is the head's last field), though its record
-// counts only the events it kept.
-void announcedCount(Json &fields, const TrovLayoutInfo &layout, const std::vector<uint8_t> &packet) {
-    for (uint16_t i = 0; i < layout.fieldCount; ++i) {
-        const TrovFieldInfo &f = layout.fields[i];
-        if (f.kindId != TROV_KIND_COUNT || f.countBytes == 0 || layout.wireFixed < f.countBytes) continue;
-        const size_t at = TROV_HEADER_LENGTH + layout.wireFixed - f.countBytes;
-        if (at + f.countBytes > packet.size()) return;
-        uint32_t n = 0;
-        for (size_t k = 0; k < f.countBytes; ++k) n = n << 8 | packet[at + k];
-        if (fields.contains(f.name)) fields[f.name] = n;
-        return;
-    }
-}
-
 std::string hex16(uint16_t v) {
     char text[8];
     std::snprintf(text, sizeof text, "0x%04x", static_cast<unsigned>(v));
@@ -141,7 +125,6 @@ void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &b
         if (report.partial == 1 && described) {
             Json body = decodedBody(layout, info.code, owner.result.record, version, false, hook);
             body["status"] = "partial";
-            if (hook == nullptr) announcedCount(body["fields"], layout, bytes);
             packet["body"] = beforeFields(std::move(body), "error", locatedError(r, offset, report, info));
         } else {
             packet["body"] = Json{{"status", "failed"}, {"error", locatedError(r, offset, report, info)}};
@@ -158,9 +141,9 @@ void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &b
     }
     if (!described) layout = TrovLayoutInfo{nullptr, 0, 0, nullptr, TROV_LAYOUT_NONE, 0, 0};
     Json body = decodedBody(layout, info.code, owner.result.record, version, false, hook);
-    // Bytes the header frames behind those the body's fields took.
+    // Bytes the header frames behind those the body's fields took: the
+    // packet decoded, as the library decodes it, so they are no failure.
     if (report.bodyRead < report.bodyLength) {
-        failed = true;
         packet["body"] = beforeFields(std::move(body), "unread", Json(report.bodyLength - report.bodyRead));
         packet["hex"] = hexOf(bytes);
         return;

@@ -50,9 +50,9 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
 
 // Decodes every input in `files` ("-": `in`; empty: `in`) to `out`, errors to
 // `err`. Objects are counted across the inputs for `skip` and `count`.
-// Returns 0 when every printed packet decoded cleanly (skipped bodies
-// included), 1 when some packet failed, was partial or left bytes unread, or
-// bytes were skipped, lost or trailing, 2 after an input error (cannot open,
+// Returns 0 when every printed packet decoded (skipped bodies and unread
+// bytes behind a body included), 1 when some packet failed or was partial,
+// or bytes were skipped, lost or trailing, 2 after an input error (cannot open,
 // bad hex) or when `out` cannot be written.
 int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
               std::ostream &out, std::ostream &err);

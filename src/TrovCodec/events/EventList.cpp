@@ -37,32 +37,47 @@ uint32_t offsetIn(const PacketCursor &body, const PacketCursor &c) {
 
 // The size pass over `n` events from `c` (standing on the first event's
 // head) on: looks every event code up and sizes every event body, adding the
-// record bytes to `data`; keeps the first rows in `rows` (when given). Stops
-// at the first event that fails, `stop` saying which; `c` then stands on its
-// head. The sizes are the protocol's 16-bit figures and wrap, as it computes
-// them; `data.extent` is the room the decode pass really needs.
+// record bytes to `data` and moving `c` past them; keeps the first rows in
+// `rows` (when given). Stops at the first event that fails, `stop` saying
+// which (`c` and `data` are then left as they were). The sizes are the
+// protocol's 16-bit figures and wrap, as it computes them; `data.extent` is
+// the room the decode pass really needs.
 TrovResult sizeEvents(const EventFrame &f, const Tables &tables, uint8_t version, const PacketCursor &body,
                       PacketCursor &c, uint32_t n, const EventCodecRow **rows, Sizes &data, EventListStop &stop) {
-    for (uint32_t i = 0; i < n; ++i) {
-        stop.sized = i;
-        stop.at = offsetIn(body, c);
-        stop.code = 0;
-        if (c.remaining < f.entry.wireFixed) return TROV_RESULT_SHORT_INPUT;
-        stop.code = loadU16(c.position + f.codeWire);
-        const EventCodecRow *row = findEventRow(tables, stop.code, version, 1);
-        if (row == nullptr) return TROV_RESULT_NO_EVENT_CODEC;
-        PacketCursor event = c;
-        advance(event, f.entry.wireFixed);
+    // Locals only in the loop: the stop is written once, after it.
+    PacketCursor at = c;
+    Sizes sum = data;
+    const uint8_t *head = at.position;
+    uint16_t code = 0;
+    TrovResult r = TROV_RESULT_OK;
+    uint32_t i = 0;
+    for (; i < n; ++i) {
+        head = at.position;
+        code = 0;
+        if (at.remaining < f.entry.wireFixed) {
+            r = TROV_RESULT_SHORT_INPUT;
+            break;
+        }
+        code = loadU16(at.position + f.codeWire);
+        const EventCodecRow *row = findEventRow(tables, code, version, 1);
+        if (row == nullptr) {
+            r = TROV_RESULT_NO_EVENT_CODEC;
+            break;
+        }
+        advance(at, f.entry.wireFixed);
         RecordSize size{};
-        if (TrovResult r = row->decCalc(&event, 0, &size)) return r;
-        c = event;
-        data.add(size.bytes, size.extent > size.bytes ? size.extent : size.bytes);
+        if ((r = row->decCalc(&at, 0, &size)) != TROV_RESULT_OK) break;
+        sum.add(size.bytes, size.extent > size.bytes ? size.extent : size.bytes);
         if (rows != nullptr && i < kKeptRows) rows[i] = row;
     }
-    stop.sized = n;
-    stop.at = offsetIn(body, c);
-    stop.code = 0;
-    return TROV_RESULT_OK;
+    stop.sized = i;
+    stop.at = static_cast<uint32_t>((r == TROV_RESULT_OK ? at.position : head) - body.position);
+    stop.code = r == TROV_RESULT_OK ? 0 : code;
+    if (r == TROV_RESULT_OK) {
+        c = at;
+        data = sum;
+    }
+    return r;
 }
 
 // The event count the body head at `p` announces: its last field.

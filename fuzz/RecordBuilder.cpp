@@ -291,7 +291,8 @@ bool RecordBuilder::beginRecord(const TrovLayoutInfo &layout, Frame frame) {
     uint32_t nesting = recordNesting(); // the walk's own records: their holder's
     switch (frame) {
     case Frame::Top:
-    case Frame::Params: nesting = structure ? 1 : 0; break;
+    case Frame::Params:
+    case Frame::Event: nesting = structure ? 1 : 0; break;
     case Frame::Value: { // a structure starts at its value's flag
         const uint32_t flag = values_.empty() ? 1 : values_.back().flag;
         nesting = structure && flag == 0 ? 1 : flag;
@@ -371,6 +372,11 @@ bool RecordBuilder::code(const describe::Code &code, uint32_t &value) {
         value = optionKind_;
         return true;
     }
+    case Of::Event: { // a code of the event table, or (0xF0 on) the next two bytes as they stand
+        const uint8_t b = in_.u8();
+        value = b < 0xF0 ? trov::FUEventCodecTable[b % 120].code : in_.u16();
+        return true;
+    }
     case Of::Selector: {
         const uint8_t b = in_.u8();
         if (b < 0xF0) {
@@ -446,6 +452,7 @@ bool RecordBuilder::count(const describe::Count &count, uint32_t &value) {
         value = optionKind_ >= 6 ? this->count(1, 1, 1) : in_.u8();
         return true;
     case Of::Records: return true;
+    case Of::Events: value = this->count(2, count.elementWire, count.elementBytes, true); return true;
     }
     return false;
 }

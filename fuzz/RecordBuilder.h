@@ -43,6 +43,8 @@
 //              then the length (kinds from 6 a count, else a byte) and the
 //              value's bytes as they travel
 //   method     one byte b: below 0xC0 kMethods[b % 87]; else the next two bytes
+//   event      one byte b: below 0xF0 FUEventCodecTable[b % 120]; else the next
+//              two bytes
 // Scalars and byte blocks take up to 16 bytes of input and repeat them, a
 // fixed-size value's element (or all its elements) at once.
 #pragma once

@@ -1,7 +1,7 @@
 // The trov tool's input reader over arbitrary bytes, detected and read as hex
 // text: it must end every input with End or Error, frame packets back to back
 // by their bodyLength, and never crash, leak or read out of bounds. A dump's
-// '*' line may stand for gigabytes, so draining stops after a megabyte and
+// '*' lines may stand for 16 MiB each, so draining stops after a megabyte and
 // the reader is dropped mid-stream.
 #include <cstddef>
 #include <cstdint>

@@ -107,7 +107,8 @@ enum {
     TROV_LAYOUT_EVENT_LIST = 2,    /* an event list: EventListBody or ShortEventListBody:
                                       the body head (its event count a TROV_KIND_COUNT
                                       field), the entries (TROV_KIND_EVENTS) and the
-                                      buffer; decoded only */
+                                      buffer; a reply only (TrovReplyEncode.h writes
+                                      it back) */
     TROV_LAYOUT_METHOD_CALL = 3,   /* a method invocation: MethodBody: the u32 and the
                                       method code, the parameters (TROV_KIND_PARAMS) and
                                       the buffer */

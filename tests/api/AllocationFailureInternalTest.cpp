@@ -16,6 +16,8 @@
 
 #include "TrovCodec.h"
 #include "TrovInspect.h"
+#include "TrovRecords.h"
+#include "TrovReplyEncode.h"
 #include "engine/Memory.h"
 #include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
@@ -98,11 +100,8 @@ Outcome extendWithSchema() {
 // A reply of unit type 1 (every body is decoded) into a record the library
 // allocates; bufferOffset locates the record's managed buffer (0: none).
 Outcome decodeFU(uint16_t code, const std::vector<uint8_t> &body, size_t bufferOffset) {
-    std::vector<uint8_t> p = replyPacket(code, body);
-    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
-    HeaderInfo info{};
     DecodeResult result{nullptr, nullptr, 0};
-    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const TrovResult r = decodeReply(code, body, result);
     const bool handedOut = result.record != nullptr || result.buffer != nullptr;
     if (result.record != nullptr && bufferOffset != 0)
         trovFree(loadField<BufferDesc>(result.record, bufferOffset).data);
@@ -120,12 +119,9 @@ Outcome stringReply() {
 // Into the caller's record: a failing buffer allocation leaves the record
 // with the caller and its buffer empty.
 Outcome stringReplyIntoCallersRecord() {
-    std::vector<uint8_t> p = replyPacket(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'});
-    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
-    HeaderInfo info{};
     U32PairStringBody record{};
     DecodeResult result{&record, nullptr, 0};
-    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const TrovResult r = decodeReply(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, result);
     const bool handedOut = result.record != &record || record.buffer.data != nullptr;
     trovFree(record.buffer.data);
     return {r, handedOut, result.type};
@@ -181,6 +177,27 @@ Outcome hostAllocation() {
 
 // ---- the suite -------------------------------------------------------------------
 
+// Replies built from records: an event list and a method reply.
+Outcome encodeReply(uint16_t code, const void *record) {
+    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 1, code, 0, 0, 0, 0, 1};
+    EncodeOutput packet{nullptr, 0};
+    const TrovResult r = TROV_EncodeReply(&info, record, &packet);
+    const bool handedOut = packet.data != nullptr;
+    trovFree(packet.data);
+    return {r, handedOut, -1};
+}
+Outcome eventListReply() {
+    TrovEvent0013 event{7, {4, kText}};
+    EventBriefEntry entry{0x13, 1, &event};
+    const ShortEventListBody record{9, 1, &entry, {nullptr, 0, 0}};
+    return encodeReply(0x0a, &record);
+}
+Outcome methodReplyEncode() {
+    uint8_t params[8] = {1}; // method 0x92: a one-byte reply
+    const MethodBody record{9, 0x92, params, 0, {nullptr, 0, 0}};
+    return encodeReply(0x1d, &record);
+}
+
 struct Case {
     const char *name;
     Outcome (*call)();
@@ -197,6 +214,7 @@ const Case kCases[] = {
     {"DecodeLongEventList", longEventList},   {"DecodeShortEventList", shortEventList},
     {"InspectEventList", inspectList},        {"InspectPartialEventList", inspectPartialList},
     {"DecodeExtend", decodeExtend},           {"Malloc", hostAllocation},
+    {"EncodeEventListReply", eventListReply}, {"EncodeMethodReply", methodReplyEncode},
 };
 
 enum class Failing { OnlyTheNth, FromTheNth };

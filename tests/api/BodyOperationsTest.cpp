@@ -23,10 +23,6 @@ std::vector<uint8_t> packet(uint16_t code, uint8_t flags, uint8_t b18, uint8_t b
 constexpr HeaderInfo kSentinelInfo{0x5A5A, 0x5A, 0x5A, 0x5A5A, 0x5A5A, 0x5A5A, 0x5A5A5A5A, 0x5A5A5A5A, 0x5A5A};
 constexpr uint16_t kSentinelType = 0xEEEE;
 
-std::array<uint32_t, 9> fieldsOf(const HeaderInfo &h) {
-    return {h.mark, h.version, h.flags, h.code, h.value4, h.bodyLength, h.value6, h.value7, h.extension};
-}
-
 class BodyOperations : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
@@ -92,7 +88,7 @@ TEST_F(BodyOperations, DecodersCheckArgumentsMarkVersionAndLengthInOrder) {
             const PacketCursor cursor{bytes.empty() ? good.data() : bytes.data(), c.remaining};
             EXPECT_EQ(decode(&info, &result, &cursor), c.expected);
         }
-        EXPECT_EQ(fieldsOf(info), fieldsOf(kSentinelInfo));
+        EXPECT_EQ(headerFields(info), headerFields(kSentinelInfo));
         EXPECT_EQ(result.type, kSentinelType);
         EXPECT_EQ(result.record, nullptr);
     }

@@ -2,8 +2,8 @@
 // right before an inaccessible page and every caller's output buffer ends
 // there too, so a single byte read or written past the end kills the test
 // on every platform, with or without a sanitizer: every truncation of a valid
-// reply, header or extended-data string, and every output size from the exact
-// one down to zero.
+// reply or extended-data string, and every output size from the exact one
+// down to zero. (Headers at the guard: HeaderTest.)
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -128,60 +128,6 @@ TEST_P(GuardedDecode, EveryTruncationEndsAtTheGuard) {
 
 INSTANTIATE_TEST_SUITE_P(Bodies, GuardedDecode, testing::ValuesIn(kDecodes),
                          caseName<DecodeCase>);
-
-// Header fields from a packet of n bytes, each field's bytes at offset/width.
-TEST_F(GuardPage, HeaderAccessStopsAtTheGuard) {
-    const Bytes golden = hexBytes("A7E5 10 01 0012 0007 0003 00000001 00000002 0001");
-    const Bytes other = hexBytes("5AA5 11 08 8421 F00F 1234 89ABCDEF 76543210 C3C4");
-    const HeaderInfo goldenInfo{0xA7E5, 0x10, 0x01, 0x0012, 0x0007, 0x0003, 1, 2, 0x0001};
-    const struct { uint32_t index, offset, width; } fields[] = {
-        {0, 0, 2}, {1, 2, 1}, {2, 3, 1}, {3, 4, 2}, {4, 6, 2}, {5, 8, 2}, {6, 10, 4}, {7, 14, 4}, {8, 18, 2}, {9, 18, 1},
-    };
-    // A field's value as the Get/Set functions pass it: host order, its width.
-    auto hostBytes = [](const Bytes &packet, uint32_t offset, uint32_t width) {
-        uint32_t v = 0;
-        for (uint32_t i = 0; i < width; ++i) v = v << 8 | packet[offset + i];
-        Bytes out(width);
-        if (width == 1) out[0] = uint8_t(v);
-        if (width == 2) { const auto v16 = uint16_t(v); std::memcpy(out.data(), &v16, 2); }
-        if (width == 4) std::memcpy(out.data(), &v, 4);
-        return out;
-    };
-    for (uint32_t n = 0; n <= 20; ++n) {
-        SCOPED_TRACE(n);
-        const PacketCursor cursor{region().tail(n), n};
-        region().place(golden.data(), n);
-        HeaderInfo info{};
-        EXPECT_EQ(TROV_DecodeHeader(&info, &cursor), n < 20 ? TROV_RESULT_BAD_PACKET : TROV_RESULT_OK);
-
-        for (const auto &f : fields) {
-            SCOPED_TRACE(f.index);
-            const bool fits = n >= f.offset + f.width;
-            uint8_t out[4] = {0xEE, 0xEE, 0xEE, 0xEE};
-            region().place(golden.data(), n);
-            EXPECT_EQ(TROV_GetFromPacket(f.index, &cursor, out), fits ? TROV_RESULT_OK : TROV_RESULT_BAD_PACKET);
-            const Bytes expectedOut = fits ? hostBytes(golden, f.offset, f.width) : Bytes(f.width, 0xEE);
-            EXPECT_EQ(Bytes(out, out + f.width), expectedOut);
-
-            const Bytes value = hostBytes(other, f.offset, f.width);
-            Bytes expected(golden.begin(), golden.begin() + n);
-            if (fits) std::copy_n(other.begin() + f.offset, f.width, expected.begin() + f.offset);
-            EXPECT_EQ(TROV_SetToPacket(f.index, &cursor, value.data()),
-                      fits ? TROV_RESULT_OK : TROV_RESULT_BUFFER_TOO_SMALL);
-            EXPECT_EQ(Bytes(region().tail(n), region().end()), expected);
-        }
-
-        fillCanary(n);
-        const TrovResult r = TROV_EncodeHeader(&goldenInfo, &cursor);
-        if (n < 20) {
-            EXPECT_EQ(r, TROV_RESULT_BUFFER_TOO_SMALL);
-            EXPECT_TRUE(canaryIntact(n));
-        } else {
-            EXPECT_EQ(r, TROV_RESULT_OK);
-            EXPECT_EQ(Bytes(region().tail(n), region().end()), golden);
-        }
-    }
-}
 
 // ---- extended event data ------------------------------
 

@@ -36,22 +36,6 @@ void expectWellFormed(const TrovLayoutInfo &l, const std::string &what) {
     }
 }
 
-void putHost(uint8_t *rec, uint16_t offset, uint32_t v, unsigned width) {
-    if (width == 1) rec[offset] = uint8_t(v);
-    if (width == 2) { const uint16_t x = uint16_t(v); std::memcpy(rec + offset, &x, 2); }
-    if (width == 4) std::memcpy(rec + offset, &v, 4);
-}
-uint32_t getHost(const uint8_t *rec, uint16_t offset, unsigned width) {
-    uint32_t v = 0;
-    if (width == 1) v = rec[offset];
-    if (width == 2) { uint16_t x; std::memcpy(&x, rec + offset, 2); v = x; }
-    if (width == 4) std::memcpy(&v, rec + offset, 4);
-    return v;
-}
-void putWire(std::vector<uint8_t> &w, uint32_t v, unsigned width) {
-    for (unsigned k = width; k-- > 0;) w.push_back(uint8_t(v >> (8 * k)));
-}
-
 struct Built {
     alignas(8) uint8_t record[512] = {};
     std::vector<std::string> strings; // the data of counted fields, by field
@@ -67,7 +51,7 @@ void build(const TrovLayoutInfo &l, Built &b) {
         const uint32_t pattern = 0x81A2C3E4u + 0x01010101u * i;
         switch (f.kindId) {
         case TROV_KIND_U8: case TROV_KIND_U16: case TROV_KIND_U32:
-            putHost(b.record, f.offset, pattern, f.width);
+            putHost(b.record + f.offset, pattern, f.width);
             putWire(b.wire, pattern, f.width);
             break;
         case TROV_KIND_BYTES:
@@ -78,7 +62,7 @@ void build(const TrovLayoutInfo &l, Built &b) {
             b.strings[i] = "s" + std::to_string(i) + "xyz";
             const uint8_t *data = reinterpret_cast<const uint8_t *>(b.strings[i].data());
             const uint32_t n = uint32_t(b.strings[i].size());
-            putHost(b.record, f.offset, n, f.countRecordBytes);
+            putHost(b.record + f.offset, n, f.countRecordBytes);
             std::memcpy(b.record + f.dataOffset, &data, sizeof data);
             putWire(b.wire, n, f.countBytes);
             b.wire.insert(b.wire.end(), data, data + n);
@@ -99,7 +83,7 @@ void expectFields(const TrovLayoutInfo &l, const Built &b, const uint8_t *decode
         } else if (f.kindId != TROV_KIND_BUFFER) {
             const uint8_t *data;
             std::memcpy(&data, decoded + f.dataOffset, sizeof data);
-            ASSERT_EQ(getHost(decoded, f.offset, f.countRecordBytes),
+            ASSERT_EQ(getHost(decoded + f.offset, f.countRecordBytes),
                       b.strings[i].size()) << code << " " << f.name;
             EXPECT_EQ(std::string(reinterpret_cast<const char *>(data), b.strings[i].size()), b.strings[i])
                 << code << " " << f.name;
@@ -134,10 +118,8 @@ TEST_F(LayoutDescription, BodiesEncodeAndDecodeAsDescribed) {
         trovFree(out.data);
         ++encoded;
         if (rep.form != TROV_LAYOUT_FIELDS || std::strcmp(rep.record, req.record) != 0) continue;
-        std::vector<uint8_t> packet = replyPacket(code, b.wire);
-        PacketCursor cursor{packet.data(), uint32_t(packet.size())};
         DecodeResult result{nullptr, nullptr, 0};
-        ASSERT_EQ(TROV_DecodeFU(&info, &result, &cursor, nullptr), 0u) << code;
+        ASSERT_EQ(decodeReply(code, b.wire, result), 0u) << code;
         expectFields(rep, b, static_cast<const uint8_t *>(result.record), code);
         if (result.buffer != nullptr) trovFree(result.buffer->data);
         trovFree(result.record);
@@ -151,11 +133,8 @@ TEST_F(LayoutDescription, BodiesEncodeAndDecodeAsDescribed) {
 TrovResult decodeOneEvent(uint16_t code) {
     std::vector<uint8_t> body = {0, 0, 0, 1, 1, uint8_t(code >> 8), uint8_t(code), 0};
     body.resize(body.size() + 600, 0);
-    std::vector<uint8_t> packet = replyPacket(0x0a, body);
-    PacketCursor cursor{packet.data(), uint32_t(packet.size())};
-    HeaderInfo info;
     DecodeResult result{nullptr, nullptr, 0};
-    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const TrovResult r = decodeReply(0x0a, body, result);
     if (r == 0) {
         if (result.buffer != nullptr) trovFree(result.buffer->data);
         trovFree(result.record);
@@ -163,8 +142,8 @@ TrovResult decodeOneEvent(uint16_t code) {
     return r;
 }
 
+// (How many: PublicRecordsTest.)
 TEST_F(LayoutDescription, EventsDescribedExactlyWhenDecoded) {
-    int described = 0;
     for (uint16_t code = 0; code <= 0x13F; ++code) {
         TrovLayoutInfo l;
         const TrovResult r = TROV_DescribeEvent(code, 0x10, &l);
@@ -172,9 +151,7 @@ TEST_F(LayoutDescription, EventsDescribedExactlyWhenDecoded) {
         if (r != 0) { EXPECT_EQ(r, TROV_RESULT_NO_EVENT_CODEC) << code; continue; }
         expectWellFormed(l, "event " + std::to_string(code));
         EXPECT_GT(l.fieldCount, 0) << code;
-        ++described;
     }
-    EXPECT_EQ(described, 120);
 }
 
 TEST_F(LayoutDescription, ValuesAndMethodsKeepTheirFieldsInside) {
@@ -236,6 +213,9 @@ struct FrameCase {
 };
 
 #define AT(R, m) offsetof(R, m)
+const std::vector<Member> kMethodMembers = {
+    {"value0", TROV_KIND_U32, AT(MethodBody, value0)}, {"method", TROV_KIND_U16, AT(MethodBody, method)},
+    {"params", TROV_KIND_PARAMS, AT(MethodBody, params)}, {"buffer", TROV_KIND_BUFFER, AT(MethodBody, buffer)}};
 const FrameCase kFrames[] = {
     {"LongEventList", 0x4d, 0, TROV_LAYOUT_EVENT_LIST, "EventListBody", sizeof(EventListBody), 12,
      {{"value0", TROV_KIND_U32, AT(EventListBody, value0)}, {"value1", TROV_KIND_U8, AT(EventListBody, value1)},
@@ -255,13 +235,9 @@ const FrameCase kFrames[] = {
      {{"eventCode", TROV_KIND_U16, AT(EventBriefEntry, eventCode)}, {"field2", TROV_KIND_U8, AT(EventBriefEntry, field2)},
       {"body", TROV_KIND_EVENT, AT(EventBriefEntry, body)}},
      sizeof(EventBriefEntry), 3},
-    {"MethodRequest", 0x1d, 1, TROV_LAYOUT_METHOD_CALL, "MethodBody", sizeof(MethodBody), 6,
-     {{"value0", TROV_KIND_U32, AT(MethodBody, value0)}, {"method", TROV_KIND_U16, AT(MethodBody, method)},
-      {"params", TROV_KIND_PARAMS, AT(MethodBody, params)}, {"buffer", TROV_KIND_BUFFER, AT(MethodBody, buffer)}},
+    {"MethodRequest", 0x1d, 1, TROV_LAYOUT_METHOD_CALL, "MethodBody", sizeof(MethodBody), 6, kMethodMembers,
      "method", {}, 0, 0},
-    {"MethodReply", 0x1d, 0, TROV_LAYOUT_METHOD_CALL, "MethodBody", sizeof(MethodBody), 6,
-     {{"value0", TROV_KIND_U32, AT(MethodBody, value0)}, {"method", TROV_KIND_U16, AT(MethodBody, method)},
-      {"params", TROV_KIND_PARAMS, AT(MethodBody, params)}, {"buffer", TROV_KIND_BUFFER, AT(MethodBody, buffer)}},
+    {"MethodReply", 0x1d, 0, TROV_LAYOUT_METHOD_CALL, "MethodBody", sizeof(MethodBody), 6, kMethodMembers,
      "method", {}, 0, 0},
 };
 #undef AT
@@ -288,7 +264,9 @@ protected:
 };
 
 // The description is the public record, member by member in wire order, with
-// the counts and codes where the record keeps them.
+// the counts and codes where the record keeps them. (That the decoders fill
+// those records, and the shortest bodies that decode: EventListInternalTest,
+// CppLayerTest, GuardPageTest and the extent sweep.)
 TEST_P(Frames, DescribedAsThePublicRecord) {
     const FrameCase &c = GetParam();
     TrovLayoutInfo l{};
@@ -322,88 +300,14 @@ TEST_P(Frames, DescribedAsThePublicRecord) {
     EXPECT_EQ(entry.wireFixed, c.entryWire);
 }
 
-// At the codec: a body of wireFixed bytes (no events, no parameters) is what
-// a request without parameters encodes to, and as a reply decodes while one
-// byte fewer is short; a decoded list read through the description gives the
-// count, each entry's code and the event record the decoder put there.
-TEST_P(Frames, TheCodecAgrees) {
-    const FrameCase &c = GetParam();
-    TrovLayoutInfo l{};
-    ASSERT_EQ(TROV_DescribeBody(c.code, TROV_PROTOCOL_VERSION, c.request, &l), 0u);
-    if (c.request != 0) { // 0x66 takes no parameters either way
-        const MethodBody record{0x81A2C3E4u, 0x66, nullptr, 0, {}};
-        HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 0, c.code, 0, 0, 0, 0, 0};
-        EncodeOutput out{nullptr, 0};
-        ASSERT_EQ(TROV_EncodeFU(&info, &record, &out), 0u);
-        EXPECT_EQ(std::vector<uint8_t>(out.data + 20, out.data + out.length),
-                  (std::vector<uint8_t>{0x81, 0xA2, 0xC3, 0xE4, 0x00, 0x66}));
-        EXPECT_EQ(out.length, 20u + l.wireFixed);
-        trovFree(out.data);
-        return;
-    }
-    auto decode = [&](std::vector<uint8_t> body, DecodeResult &result) {
-        std::vector<uint8_t> packet = replyPacket(c.code, body);
-        PacketCursor cursor{packet.data(), uint32_t(packet.size())};
-        HeaderInfo info;
-        result = {nullptr, nullptr, 0};
-        return TROV_DecodeFU(&info, &result, &cursor, nullptr);
-    };
-    auto release = [](DecodeResult &result) {
-        if (result.buffer != nullptr) trovFree(result.buffer->data);
-        trovFree(result.record);
-    };
-    std::vector<uint8_t> body(l.wireFixed, 0);
-    if (c.form == TROV_LAYOUT_METHOD_CALL) body[5] = 0x66;
-    DecodeResult result{};
-    EXPECT_EQ(decode(std::vector<uint8_t>(body.begin(), body.end() - 1), result), TROV_RESULT_SHORT_INPUT);
-    ASSERT_EQ(decode(body, result), 0u);
-    release(result);
-    if (c.form != TROV_LAYOUT_EVENT_LIST) return;
-
-    // Two events 0x04 (a u8, then a u8-counted string) in this framing.
-    const bool brief = c.code == 0x0a;
-    std::vector<uint8_t> list(l.wireFixed, 0);
-    list.back() = 2; // the count closes the head
-    for (uint8_t i = 0; i < 2; ++i) {
-        if (!brief) list.insert(list.end(), {0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 4});
-        list.insert(list.end(), {0x00, 0x04});
-        if (brief) list.push_back(9);
-        list.insert(list.end(), {uint8_t(7 + i), 2, 'h', uint8_t('a' + i)});
-    }
-    ASSERT_EQ(decode(list, result), 0u);
-    const auto *rec = static_cast<const uint8_t *>(result.record);
-    const TrovFieldInfo *events = kindIn(l, TROV_KIND_EVENTS);
-    const TrovFieldInfo &count = l.fields[events->countField];
-    EXPECT_EQ(getHost(rec, count.offset, count.countBytes), 2u);
-    TrovLayoutInfo entry{}, event{};
-    ASSERT_EQ(TROV_DescribeNested(events, &entry), 0u);
-    ASSERT_EQ(TROV_DescribeEvent(0x04, TROV_PROTOCOL_VERSION, &event), 0u);
-    const uint8_t *entries;
-    std::memcpy(&entries, rec + events->dataOffset, sizeof entries);
-    const TrovFieldInfo *body0 = kindIn(entry, TROV_KIND_EVENT);
-    for (uint32_t i = 0; i < 2; ++i) {
-        const uint8_t *e = entries + i * entry.recordBytes;
-        EXPECT_EQ(getHost(e, entry.fields[body0->countField].offset, 2), 0x04u) << i;
-        const uint8_t *ev;
-        std::memcpy(&ev, e + body0->dataOffset, sizeof ev);
-        EXPECT_EQ(getHost(ev, event.fields[0].offset, 1), 7u + i) << i;
-    }
-    release(result);
-}
-
 INSTANTIATE_TEST_SUITE_P(Bodies, Frames, testing::ValuesIn(kFrames),
                          [](const testing::TestParamInfo<FrameCase> &info) { return std::string(info.param.name); });
 
-TEST_F(LayoutDescription, UnknownCodesAndNullOut) {
+// (Codes without a description: the sweeps above.) A method code below the
+// raw range needs a row of its own; no description goes to a null out.
+TEST_F(LayoutDescription, UnknownMethodAndNullOut) {
     TrovLayoutInfo l;
-    EXPECT_EQ(TROV_DescribeBody(0x1e, 0x10, 0, &l), TROV_RESULT_NO_BODY_CODEC);
-    EXPECT_EQ(TROV_DescribeBody(0x0a, 0x10, 1, &l), TROV_RESULT_NO_BODY_CODEC); // decode-only
-    EXPECT_EQ(TROV_DescribeEvent(0x01, 0x10, &l), TROV_RESULT_NO_EVENT_CODEC);
     EXPECT_EQ(TROV_DescribeMethod(0x1FFF, 0x10, 1, &l), TROV_RESULT_NO_METHOD_CODEC);
-    EXPECT_EQ(TROV_DescribeAttribute(0x0001, 0x10, &l), TROV_RESULT_NO_ATTRIBUTE_CODEC);
-    EXPECT_EQ(TROV_DescribeDataType(0x01, 0x10, &l), TROV_RESULT_NO_DATA_TYPE_CODEC);
-    ASSERT_EQ(TROV_DescribeMethod(0x2000, 0x10, 0, &l), 0u);
-    EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
     EXPECT_EQ(TROV_DescribeBody(0x0b, 0x10, 1, nullptr), 1u);
     EXPECT_EQ(TROV_DescribeEvent(0x02, 0x10, nullptr), 1u);
     EXPECT_EQ(TROV_DescribeMethod(0x6b, 0x10, 1, nullptr), 1u);

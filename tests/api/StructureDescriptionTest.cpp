@@ -24,16 +24,6 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-void putWire(Bytes &w, uint32_t v, unsigned width) {
-    for (unsigned k = width; k-- > 0;) w.push_back(uint8_t(v >> (8 * k)));
-}
-// Host-order scalars of 1, 2 or 4 bytes (little-endian hosts: the low bytes first).
-void putHost(uint8_t *at, uint32_t v, unsigned width) { std::memcpy(at, &v, width); }
-uint32_t getHost(const uint8_t *at, unsigned width) {
-    uint32_t v = 0;
-    std::memcpy(&v, at, width);
-    return v;
-}
 template <class T> void putPointer(uint8_t *at, T *p) { std::memcpy(at, &p, sizeof p); }
 template <class T> T *getPointer(const uint8_t *at) { T *p; std::memcpy(&p, at, sizeof p); return p; }
 
@@ -247,11 +237,8 @@ bool decodeInto(uint16_t code, const Bytes &body, Body &record, std::vector<uint
     area.assign(1024, 0);
     record = Body{};
     record.buffer = {area.data(), uint16_t(area.size() * 8), 0};
-    Bytes packet = replyPacket(code, body);
-    const PacketCursor cursor{packet.data(), uint32_t(packet.size())};
-    HeaderInfo info{};
     DecodeResult result{&record, nullptr, 0};
-    const TrovResult r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
+    const TrovResult r = decodeReply(code, body, result);
     EXPECT_EQ(r, 0u) << "decoding body " << code;
     return r == 0 && result.record == &record;
 }

@@ -34,11 +34,8 @@ struct Digest {
 
 // Decodes a reply into an allocated record, digests it with `read`, frees it.
 template <class Record> void decodeReply(Digest &d, uint16_t code, const Bytes &body, void (*read)(Digest &, const Record &)) {
-    Bytes p = replyPacket(code, body);
-    const PacketCursor cursor{p.data(), uint32_t(p.size())};
-    HeaderInfo info{};
     DecodeResult result{nullptr, nullptr, 0};
-    d.result(TROV_DecodeFU(&info, &result, &cursor, nullptr));
+    d.result(decodeReply(code, body, result));
     d.value(result.type);
     if (result.record == nullptr) return;
     const auto &record = *static_cast<const Record *>(result.record);

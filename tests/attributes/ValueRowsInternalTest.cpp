@@ -1,10 +1,10 @@
 // Attribute rows by value type. Fixed-size values: row 257's overflow check,
 // golden vectors and a record size that wraps its 16 bits; the selector type
-// outside its four variants; a structure row worked out by hand. (Every row's
-// figures are checked against the reference by AttributeTableInternalTest;
-// every row's round trip and truncations, the narrow count tests included, by
-// ExtentBoundaryInternalTest; the structure walk, kind by kind, with golden
-// bytes and round trips: StructureCodecInternalTest.)
+// outside its four variants. (Every row's figures are checked against the
+// reference by AttributeTableInternalTest; every row's round trip and
+// truncations, the narrow count tests included, by ExtentBoundaryInternalTest;
+// structure rows read through their descriptions: StructureDescriptionTest;
+// the structure walk, kind by kind: StructureCodecInternalTest.)
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -14,7 +14,6 @@
 
 #include "api/Dispatch.h"
 #include "attributes/RecordValueTypes.h"
-#include "attributes/StructureValueTypes.h"
 #include "engine/Cursor.h"
 
 namespace trov {
@@ -66,6 +65,7 @@ TEST(FixedValue, Row257RefusesPacketSizesAbove16Bits) {
 // Row 1: four bytes, then a big-endian u32; the record holds the u32 at 4.
 // Row 257: u32, u8, u32; the record holds them at 0, 4 and 8 (12 bytes).
 // Arrays of two elements; element records as a little-endian host holds them.
+// (Encoding them back, in both forms: the extent sweep's round trips.)
 TEST(FixedValue, GoldenVectorsOfRows1And257) {
     struct Golden {
         uint16_t row;
@@ -95,19 +95,6 @@ TEST(FixedValue, GoldenVectorsOfRows1And257) {
         EXPECT_EQ(ops(g.row).decode(record, &d, 1, kVersion), record + recordBytes);
         EXPECT_EQ(Bytes(record, record + 16), Header(2, prefix, record + 16).vec());
         EXPECT_EQ(Bytes(record + 16, record + 16 + g.elements.size()), g.elements);
-
-        // Host-built elements encode to the same bytes; the scalar form is
-        // the first element alone.
-        Bytes host = g.elements;
-        Bytes out(g.wire.size());
-        PacketCursor e{out.data(), static_cast<uint32_t>(out.size())};
-        ops(g.row).encode(&e, Header(2, prefix, host.data()).bytes, 1, kVersion);
-        EXPECT_EQ(out, g.wire);
-        const size_t w = (g.wire.size() - prefix) / 2;
-        Bytes one(w);
-        PacketCursor s{one.data(), static_cast<uint32_t>(w)};
-        ops(g.row).encode(&s, host.data(), 0, kVersion);
-        EXPECT_EQ(one, Bytes(g.wire.begin() + prefix, g.wire.begin() + prefix + w));
     }
 }
 
@@ -154,24 +141,6 @@ TEST(SelectorValue, SelectorOutsideOneToFourIsRefused) {
         EXPECT_EQ(ops(selector->row).encCalc(record, 0, &packetBytes, kVersion), 1u) << int{bad};
         EXPECT_EQ(packetBytes.bytes, 0xAAAA);
     }
-}
-
-// Hand-worked: row 274 (RangeList) with one range {0x01020304, 0x0A0B0C0D}.
-TEST(StructureRowsGolden, RangeList) {
-    TROV_InitCoder();
-    const uint8_t wire[] = {0x00, 0x01, 0x01, 0x02, 0x03, 0x04, 0x0A, 0x0B, 0x0C, 0x0D};
-    PacketCursor c{const_cast<uint8_t *>(wire), sizeof wire};
-    RecordSize size{};
-    ASSERT_EQ(ops(274).decCalc(&c, 0, &size, kVersion), 0u);
-    EXPECT_EQ(size.bytes, 16 + 8); // the record, then one 8-byte range
-    alignas(8) uint8_t record[64] = {};
-    PacketCursor d{const_cast<uint8_t *>(wire), sizeof wire};
-    ops(274).decode(record, &d, 0, kVersion);
-    EXPECT_EQ(loadField<uint16_t>(record, 0), 1);
-    const auto *range = loadField<const uint8_t *>(record, 8);
-    ASSERT_EQ(range, record + 16);
-    EXPECT_EQ(loadField<uint32_t>(range, 0), 0x01020304u);
-    EXPECT_EQ(loadField<uint32_t>(range, 4), 0x0A0B0C0Du);
 }
 
 } // namespace

@@ -68,14 +68,14 @@ std::vector<uint8_t> list(EventFraming framing, const std::vector<std::vector<ui
 
 class EventList : public testing::TestWithParam<EventFraming> {
 protected:
+    // The list's block, behind the record of either framing.
+    static BufferDesc &block(const DecodeResult &r) {
+        return GetParam() == EventFraming::Long ? static_cast<EventListBody *>(r.record)->buffer
+                                                : static_cast<ShortEventListBody *>(r.record)->buffer;
+    }
     static void freeAll(DecodeResult &r) {
-        if (r.record == nullptr) return;
-        const bool isLong = GetParam() == EventFraming::Long;
-        BufferDesc &b = isLong ? static_cast<EventListBody *>(r.record)->buffer
-                               : static_cast<ShortEventListBody *>(r.record)->buffer;
-        trovFree(b.data);
+        trovFree(block(r).data);
         trovFree(r.record);
-        r.record = nullptr;
     }
     TrovResult decode(std::vector<uint8_t> &bytes, DecodeResult &r) {
         const PacketCursor body{bytes.data(), static_cast<uint32_t>(bytes.size())};
@@ -115,8 +115,7 @@ TEST_P(EventList, WrappingTotalKeepsTheFigureAndStaysInsideTheBlock) {
     ASSERT_EQ(decode(bytes, r), 0u);
     const uint32_t entries = 4 * (GetParam() == EventFraming::Long ? 24u : 16u);
     const uint16_t wrapped = static_cast<uint16_t>(entries + 4 * (8 + n));
-    const BufferDesc &b = GetParam() == EventFraming::Long ? static_cast<EventListBody *>(r.record)->buffer
-                                                           : static_cast<ShortEventListBody *>(r.record)->buffer;
+    const BufferDesc &b = block(r);
     EXPECT_EQ(b.capacity, wrapped);
     EXPECT_LT(b.capacity, 1000);
     freeAll(r);
@@ -143,9 +142,7 @@ TEST_P(EventList, BuiltInEventsPastTheKeptRowsAndAboveTheCountWidth) {
         std::vector<uint8_t> body = {0xA1, 0xA2, 0xA3, 0xA4};
         if (isLong) body.insert(body.end(), {5, 0, 6, 0, 7, 8, uint8_t(n.count >> 8)});
         body.push_back(uint8_t(n.count));
-        auto put = [&](uint32_t v, int bytes) {
-            while (bytes-- > 0) body.push_back(uint8_t(v >> (8 * bytes)));
-        };
+        auto put = [&](uint32_t v, unsigned bytes) { putWire(body, v, bytes); };
         for (uint32_t i = 0; i < n.events; ++i) {
             if (isLong) {
                 put(i, 2);
@@ -164,18 +161,14 @@ TEST_P(EventList, BuiltInEventsPastTheKeptRowsAndAboveTheCountWidth) {
             put(i % 10, 1);
             for (uint32_t k = 0; k < i % 10; ++k) put(i + k, 1);
         }
-        const std::vector<uint8_t> p = replyPacket(isLong ? 0x4d : 0x0a, body);
-        const PacketCursor cursor{const_cast<uint8_t *>(p.data()), uint32_t(p.size())};
-        HeaderInfo info{};
         DecodeResult r{};
-        ASSERT_EQ(TROV_DecodeFU(&info, &r, &cursor, nullptr), 0u);
+        ASSERT_EQ(decodeReply(isLong ? 0x4d : 0x0a, body, r), 0u);
         const auto *longList = static_cast<EventListBody *>(r.record);
         const auto *shortList = static_cast<ShortEventListBody *>(r.record);
-        const BufferDesc &block = isLong ? longList->buffer : shortList->buffer;
         EXPECT_EQ(isLong ? longList->count : shortList->count, n.count);
         const void *entries = isLong ? static_cast<void *>(longList->entries) : shortList->entries;
-        ASSERT_EQ(entries, block.data);
-        const auto *base = static_cast<const uint8_t *>(block.data);
+        ASSERT_EQ(entries, block(r).data);
+        const auto *base = static_cast<const uint8_t *>(block(r).data);
         const uint8_t *next = base + n.count * entryBytes;
         for (uint32_t i = 0; i < n.count; ++i) {
             SCOPED_TRACE(i);
@@ -207,7 +200,7 @@ TEST_P(EventList, BuiltInEventsPastTheKeptRowsAndAboveTheCountWidth) {
             for (uint8_t k = 0; k < length; ++k) ASSERT_EQ(e.string1.data[k], uint8_t(i + k));
             next += 24 + ((length + 7) & ~7);
         }
-        EXPECT_EQ(block.capacity, next - base);
+        EXPECT_EQ(block(r).capacity, next - base);
         freeAll(r);
     }
 }

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <vector>
 
+#include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
 #include "events/StringEvents.h"
 
@@ -35,11 +36,6 @@ struct Golden {
     std::vector<Expect> fields; // the record is filled with 0xCC first
 };
 
-Bytes concat(std::initializer_list<Bytes> parts) {
-    Bytes out;
-    for (const Bytes &p : parts) out.insert(out.end(), p.begin(), p.end());
-    return out;
-}
 const Bytes k0x38Fixed = {0, 1, 0, 0, 0, 2, 3, 4, 0, 0, 0, 5, 0, 0, 0, 6, 0, 0, 0, 7, 0, 0, 0, 8};
 const Bytes k0x38Items = {2, 0x09, 0, 0, 0, 0x0A, 0x0B, 0, 0, 0, 0x0C};
 const Bytes k0x78Head = {0, 0, 0, 1, 0, 2};

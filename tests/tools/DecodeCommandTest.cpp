@@ -3,7 +3,9 @@
 // over every layout the library describes.
 #include <chrono>
 #include <cstdio>
+#include <fcntl.h>
 #include <fstream>
+#include <iostream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -17,6 +19,10 @@
 #include "Tables.h"
 #include "TrovCodec.h"
 #include "TrovLayout.h"
+
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -97,6 +103,19 @@ std::vector<Case> cases() {
          ""},
         {"TextViewShowsTheFields", kU32Reply, {}, InputFormat::Hex, OutputStyle::Text, 0,
          {"packet at offset 0, 24 bytes\n", "  body: U32Body\n    value0: 123456\n"}, ""},
+        // Codes and identifiers in hex: the header's body code, event codes,
+        // attribute identifiers, data types.
+        {"TextViewShowsCodesInHex", "", {examples + "/event-kinds-reply.hex", examples + "/short-event-list-reply.hex"},
+         InputFormat::Detect, OutputStyle::Text, 0,
+         {"event-kinds-reply.hex, packet at offset 0", ", code 0x000a,", "        code: 0x009a\n", "id: 0x00cb\n",
+          "type: 0x15\n"},
+         ""},
+        // Items that are not packets have a line of their own.
+        {"TextViewShowsSkippedAndTrailingBytes", "0102 03" + kU32Reply + "A7E5 1001", {}, InputFormat::Hex,
+         OutputStyle::Text, 1,
+         {"bytes at offset 0: 3 bytes skipped, no packet starts there\n  hex: 010203\n",
+          "packet at offset 27: 4 trailing bytes\n  body: failed at offset 27: SHORT_INPUT"},
+         ""},
         {"BadHexNamesLineAndColumn", "A7E5\nA7zz\n", {}, InputFormat::Hex, OutputStyle::Ndjson, 2, {}, "-:2:3"},
         {"MissingFileIsAnInputError", "", {examples + "/no-such-file.hex"}, InputFormat::Detect,
          OutputStyle::JsonArray, 2, {"[\n]\n"}, "no-such-file.hex"},
@@ -188,6 +207,28 @@ TEST(DecodeCommand, OutputFile) {
     EXPECT_EQ(trov::openOutput(sourcePath("examples"), error), nullptr);
     EXPECT_NE(error.find("cannot write"), std::string::npos) << error;
 }
+
+#ifndef _WIN32
+// Standard input that cannot be read (a directory, or closed: main holds a
+// closed descriptor 0 open for writing only) is an input error, as the same
+// source named as a FILE is, not an empty input.
+TEST(DecodeCommand, UnreadableStandardInputIsAnInputError) {
+    for (const char *source : {"/", "/dev/null"}) {
+        SCOPED_TRACE(source);
+        const int fd = ::open(source, std::string(source) == "/" ? O_RDONLY : O_WRONLY);
+        ASSERT_GE(fd, 0);
+        const int saved = dup(0);
+        dup2(fd, 0);
+        close(fd);
+        std::ostringstream out, err;
+        const int code = trov::runDecode({}, DecodeOptions{}, std::cin, out, err);
+        dup2(saved, 0);
+        close(saved);
+        EXPECT_EQ(code, trov::kExitInputError);
+        EXPECT_EQ(err.str().rfind("trov decode: cannot read -: ", 0), 0u) << err.str();
+    }
+}
+#endif
 
 // ordered_json keeps the last of two equal keys without a word, so a record
 // printed from a layout with a repeated name would lose a field. Every

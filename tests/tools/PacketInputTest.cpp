@@ -78,6 +78,28 @@ const Bytes kStream = hexBytes("a7e51001000b0000002c0000000000000000000100000001
                               "000100000001000000010000000100000001000000010000000100000001"
                               "00000001a7e51000000500000005000000000000000000006162206364");
 
+// `text` as UTF-16 with its byte-order mark, as PowerShell's '>' writes it
+// (little-endian) or big-endian.
+std::string utf16(const std::string &text, bool little) {
+    std::string out = little ? "\xff\xfe" : "\xfe\xff";
+    for (char c : text) out += little ? std::string{c, '\0'} : std::string{'\0', c};
+    return out;
+}
+
+const std::string kXxd = "00000000: a7e5 1001 000b 0000 002c 0000 0000 0000  .........,......\r\n"
+                         "00000010: 0000 0001 0000 0001 0000 0001 0000 0001  ................\r\n"
+                         "00000020: 0000 0001 0000 0001 0000 0001 0000 0001  ................\r\n"
+                         "00000030: 0000 0001 0000 0001 0000 0001 0000 0001  ................\r\n"
+                         "00000040: a7e5 1000 0005 0000 0005 0000 0000 0000  ................\r\n"
+                         "00000050: 0000 0000 6162 2063 64                   ....ab cd\r\n";
+
+const std::string kHexdump = "00000000  a7 e5 10 01 00 0b 00 00  00 2c 00 00 00 00 00 00  |.........,......|\n"
+                             "00000010  00 00 00 01 00 00 00 01  00 00 00 01 00 00 00 01  |................|\n"
+                             "*\n"
+                             "00000040  a7 e5 10 00 00 05 00 00  00 05 00 00 00 00 00 00  |................|\n"
+                             "00000050  00 00 00 00 61 62 20 63  64                       |....ab cd|\n"
+                             "00000059\n";
+
 struct FormatCase {
     const char *name;
     InputFormat format;
@@ -120,13 +142,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "a7e51001000b0000002c0000000000000000000100000001000000010000\n"
                    "000100000001000000010000000100000001000000010000000100000001\n"
                    "00000001a7e51000000500000005000000000000000000006162206364\n"},
-        FormatCase{"hexdump", InputFormat::Detect,
-                   "00000000  a7 e5 10 01 00 0b 00 00  00 2c 00 00 00 00 00 00  |.........,......|\n"
-                   "00000010  00 00 00 01 00 00 00 01  00 00 00 01 00 00 00 01  |................|\n"
-                   "*\n"
-                   "00000040  a7 e5 10 00 00 05 00 00  00 05 00 00 00 00 00 00  |................|\n"
-                   "00000050  00 00 00 00 61 62 20 63  64                       |....ab cd|\n"
-                   "00000059\n"},
+        FormatCase{"hexdump", InputFormat::Detect, kHexdump},
         FormatCase{"od", InputFormat::Detect,
                    "000000 a7 e5 10 01 00 0b 00 00 00 2c 00 00 00 00 00 00\n"
                    "000010 00 00 00 01 00 00 00 01 00 00 00 01 00 00 00 01\n"
@@ -134,7 +150,50 @@ INSTANTIATE_TEST_SUITE_P(
                    "000030 00 00 00 01 00 00 00 01 00 00 00 01 00 00 00 01\n"
                    "000040 a7 e5 10 00 00 05 00 00 00 05 00 00 00 00 00 00\n"
                    "000050 00 00 00 00 61 62 20 63 64\n"
-                   "000059\n"}),
+                   "000059\n"},
+        // `xxd -i`, edited: comments, decimal, octal and a suffix; the length
+        // variable after the array is not read.
+        FormatCase{"c_array", InputFormat::Detect,
+                   "/* two packets\n   from a capture */\n"
+                   "unsigned char stream_bin[] = { // the first\n"
+                   "  0xa7, 0xe5, 0x10, 0x01, 0x00, 0x0b, 0x00, 0x00, 0x00, 44, 0x00, 0x00,\n"
+                   "  0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01,\n"
+                   "  0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01,\n"
+                   "  0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01,\n"
+                   "  0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01,\n"
+                   "  0x00, 0x00, 0x00, 0x01, /* the second */ 0xA7,0xE5,020,0,0,5,0,0,0,5,0,0,0,0,\n"
+                   "  0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x61, 0x62, 0x20u, 0x63, 0x64\n"
+                   "};\n"
+                   "unsigned int stream_bin_len = 89;\n"},
+        FormatCase{"colons", InputFormat::Detect,
+                   "a7:e5:10:01:00:0b:00:00:00:2c:00:00:00:00:00:00\n"
+                   "00:00:00:01:00:00:00:01:00:00:00:01:00:00:00:01:00:00:00:01:00:00:00:01:00:00:00:01\n"
+                   "00:00:00:01:00:00:00:01:00:00:00:01:00:00:00:01:00:00:00:01\n"
+                   "a7:e5:10:00:00:05:00:00:00:05:00:00:00:00:00:00:00:00:00:00:61:62:20:63:64\n"},
+        FormatCase{"dashes", InputFormat::Detect,
+                   "A7-E5-10-01-00-0B-00-00-00-2C-00-00-00-00-00-00-00-00-00-01-00-00-00-01-00-00-00-01-00-00\n"
+                   "00-01-00-00-00-01-00-00-00-01-00-00-00-01-00-00-00-01-00-00-00-01-00-00-00-01-00-00-00-01\n"
+                   "00-00-00-01-A7-E5-10-00-00-05-00-00-00-05-00-00-00-00-00-00-00-00-00-00-61-62-20-63-64"},
+        // Python's repr of the bytes, split over lines: printable bytes stand
+        // for themselves (',' 'a' 'b' ' ' 'c' 'd').
+        FormatCase{"python_bytes", InputFormat::Detect,
+                   "# from a capture\n"
+                   "packet = (b'\\xa7\\xe5\\x10\\x01\\x00\\x0b\\x00\\x00\\x00,\\x00\\x00\\x00\\x00\\x00\\x00'  # header\n"
+                   "          b'\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01'\n"
+                   "          b'\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01'\n"
+                   "          b'\\x00\\x00\\x00\\x01\\x00\\x00\\x00\\x01'\n"
+                   "          b'\\xa7\\xe5\\x10\\x00\\x00\\x05\\x00\\x00\\x00\\x05\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00ab cd')\n"},
+        // A C string: octal escapes, a line joined by a backslash, and a
+        // quote escaped.
+        FormatCase{"c_string", InputFormat::Detect,
+                   "const char p[] = \"\\xA7\\xE5\\x10\\x01\\0\\13\\0\\0\\0\\x2c\\0\\0\\0\\0\\0\\0\" /* header */\n"
+                   "    \"\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\\n"
+                   "\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\\0\\0\\0\\1\"\n"
+                   "    \"\\xa7\\xe5\\x10\\x00\\x00\\x05\\x00\\x00\\x00\\x05\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\\x00\"\n"
+                   "    \"ab \\x63\\144\";\n"},
+        FormatCase{"utf8_bom", InputFormat::Detect, "\xef\xbb\xbf" + kXxd},
+        FormatCase{"utf16le_bom", InputFormat::Detect, utf16(kXxd, true)},
+        FormatCase{"utf16be_bom", InputFormat::Hex, utf16(kHexdump, false)}),
     [](const auto &info) { return std::string(info.param.name); });
 
 struct HexErrorCase {
@@ -165,7 +224,21 @@ INSTANTIATE_TEST_SUITE_P(
         HexErrorCase{"xxd_not_a_line", "00000000: a7e5\na7e5", "Et:2:1:"},
         HexErrorCase{"hexdump_bad_byte", "00000000  a7 zz  |..|", "Et:1:14:"},
         HexErrorCase{"hexdump_repeat_unended", "00000000  a7 e5 10  |...|\n*\n", "Et:2:1:"},
-        HexErrorCase{"od_repeat_uneven", "000000 a7 e5 10\n*\n000004\n", "Et:3:1:"}),
+        HexErrorCase{"od_repeat_uneven", "000000 a7 e5 10\n*\n000004\n", "Et:3:1:"},
+        // One '*' may stand for 16 MiB: a dump cannot make the tool expand 2^64 bytes.
+        HexErrorCase{"repeat_without_end", "00000000  00  |.|\n*\nfffffffffffffff0\n", "Et:3:1:"},
+        HexErrorCase{"repeat_over_the_cap", "000000 00 00 00 00 00 00 00 00\n*\n1000010\n", "Et:3:1:"},
+        HexErrorCase{"lone_slash", "a7 e5 / 10", "Et:1:7:"},
+        HexErrorCase{"comment_not_closed_is_fine_but_slash_at_end", "a7 /* e5 */ 10/", "Et:1:15:"},
+        HexErrorCase{"c_element_too_big", "{0xa7, 0x1ff}", "Et:1:8:"},
+        HexErrorCase{"c_element_not_a_number", "p = {\n0xa7, 09 }", "Et:2:7:"},
+        HexErrorCase{"c_brace_not_closed", "uint8_t p[] = {0xa7, 0xe5,\n", "Et:1:15:"},
+        HexErrorCase{"c_brace_not_opened", "p[] = {0xa7}}", "Et:1:13:"},
+        HexErrorCase{"escape_one_digit", "\"\\xa7\\xe\"", "Et:1:6:"},
+        HexErrorCase{"escape_unknown", "\"\\xa7\\q\"", "Et:1:6:"},
+        HexErrorCase{"string_not_closed", "b'\\xa7\\xe5\n'", "Et:1:2:"},
+        HexErrorCase{"utf16_beyond_ascii", utf16("a7 e\xe9", true), "Et:1:5:"},
+        HexErrorCase{"utf16_half_a_character", utf16("a7e5", false) + "\x0a", "Et:1:5:"}),
     [](const auto &info) { return std::string(info.param.name); });
 
 // A packet of `code` (0x0b: a u32 reply), cut short to `size`.

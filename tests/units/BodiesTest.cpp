@@ -58,11 +58,22 @@ TEST_F(Bodies, AttributeAndRawMethodRequestsAreWrittenBigEndian) {
         ASSERT_EQ(TROV_EncodeFU(&h, c.record, &out), 0u);
         ASSERT_EQ(out.length, 20 + c.body.size());
         EXPECT_EQ(h.bodyLength, c.body.size());
-        EXPECT_EQ(Bytes(out.data + 4, out.data + 6), (Bytes{uint8_t(c.code >> 8), uint8_t(c.code)}));
-        EXPECT_EQ(Bytes(out.data + 8, out.data + 10), (Bytes{0, uint8_t(c.body.size())}));
         EXPECT_EQ(Bytes(out.data + 20, out.data + out.length), c.body);
         trovFree(out.data);
     }
+}
+
+// The other way: u16 elements of an attribute array (0x0070) reach the record in host order.
+TEST_F(Bodies, ReplyArrayElementsAreReadBigEndian) {
+    DecodeResult result{nullptr, nullptr, 0};
+    ASSERT_EQ(decodeReply(0x32, {0x00, 0x70, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0}, result), 0u);
+    const auto *body = static_cast<const AttributeBody *>(result.record);
+    const auto *array = static_cast<const AttributeArrayHeader *>(body->value);
+    ASSERT_EQ(array->count, 2);
+    EXPECT_EQ(static_cast<const uint16_t *>(array->elements)[0], 0x0102);
+    EXPECT_EQ(static_cast<const uint16_t *>(array->elements)[1], 0xA0B0);
+    trovFree(result.buffer != nullptr ? result.buffer->data : nullptr);
+    trovFree(result.record);
 }
 
 TEST_F(Bodies, RequestFailuresComeBeforeAnyOutput) {
@@ -87,13 +98,10 @@ TEST_F(Bodies, RequestFailuresComeBeforeAnyOutput) {
 // Two strings in one buffer, each rounded up to 8: 9 bytes take 16. Into a
 // record the library allocates and into the caller's.
 TEST_F(Bodies, StringsShareOneBufferEachRoundedUp) {
-    Bytes p = replyPacket(0x6f, {0, 0, 0, 1, 9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 1, 'z'});
-    const PacketCursor cursor{p.data(), uint32_t(p.size())};
-    HeaderInfo h{};
     U32StringPairBody mine{};
     for (void *given : {static_cast<void *>(nullptr), static_cast<void *>(&mine)}) {
         DecodeResult result{given, nullptr, 0};
-        ASSERT_EQ(TROV_DecodeFU(&h, &result, &cursor, nullptr), 0u);
+        ASSERT_EQ(decodeReply(0x6f, {0, 0, 0, 1, 9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 1, 'z'}, result), 0u);
         ASSERT_NE(result.record, nullptr);
         EXPECT_TRUE(given == nullptr || result.record == given);
         const auto &r = *static_cast<const U32StringPairBody *>(result.record);
@@ -120,18 +128,15 @@ TEST_F(Bodies, ReplyFailuresFreeWhatTheCallAllocatedAndKeepTheCallersRecord) {
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "code 0x" << std::hex << c.code);
-        Bytes p = replyPacket(c.code, c.body);
-        const PacketCursor cursor{p.data(), uint32_t(p.size())};
-        HeaderInfo h{};
         DecodeResult allocated{nullptr, nullptr, 0};
-        EXPECT_EQ(TROV_DecodeFU(&h, &allocated, &cursor, nullptr), c.expected);
+        EXPECT_EQ(decodeReply(c.code, c.body, allocated), c.expected);
         EXPECT_EQ(allocated.record, nullptr);
         if (c.expected != 9) {
             EXPECT_EQ(allocated.type, 6);
         }
         alignas(8) uint8_t record[64] = {};
         DecodeResult supplied{record, nullptr, 0};
-        EXPECT_EQ(TROV_DecodeFU(&h, &supplied, &cursor, nullptr), c.expected);
+        EXPECT_EQ(decodeReply(c.code, c.body, supplied), c.expected);
         EXPECT_EQ(supplied.record, record);
         EXPECT_EQ(supplied.buffer, nullptr);
     }
@@ -139,16 +144,12 @@ TEST_F(Bodies, ReplyFailuresFreeWhatTheCallAllocatedAndKeepTheCallersRecord) {
 
 TEST_F(Bodies, NoReplyBodiesReadNothing) {
     for (uint16_t code : {0x1a, 0x1c, 0x55}) {
-        Bytes p = replyPacket(code, {1, 2, 3});
-        const PacketCursor cursor{p.data(), uint32_t(p.size())};
-        HeaderInfo h{};
         uint8_t record[4] = {9, 9, 9, 9};
-        DecodeResult result{record, nullptr, 0};
-        EXPECT_EQ(TROV_DecodeFU(&h, &result, &cursor, nullptr), 0u);
+        DecodeResult result{record, nullptr, 0}, none{nullptr, nullptr, 0};
+        EXPECT_EQ(decodeReply(code, {1, 2, 3}, result), 0u);
         EXPECT_EQ(result.record, record);
         EXPECT_EQ(record[0], 9);
-        DecodeResult none{nullptr, nullptr, 0};
-        EXPECT_EQ(TROV_DecodeFU(&h, &none, &cursor, nullptr), 0u);
+        EXPECT_EQ(decodeReply(code, {1, 2, 3}, none), 0u);
         EXPECT_EQ(none.record, nullptr);
     }
 }

@@ -1,6 +1,7 @@
-// The FU method codecs: refusals, replies and the raw parameters' figures
-// worked out by hand (every method's round trip and extent: the corpus and
-// extent sweeps).
+// The FU method codecs: refusals and the raw parameters' figures worked out
+// by hand (every method's reply, round trip and extent: the corpus and extent
+// sweeps; the structured replies read through their descriptions:
+// StructureDescriptionTest).
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -46,71 +47,6 @@ TEST(MethodCodecs, RequestRefusalsAndFigures) {
         EXPECT_EQ(rowOf(c.code).encCalc(head, 0, &wire), TROV_RESULT_OK) << c.count;
         EXPECT_EQ(wire.bytes, c.figure) << c.count;
         EXPECT_EQ(wire.extent, c.extent) << c.count;
-    }
-}
-
-// 0xb4's reply by hand: u8, u8, u8 length + characters, u8 count + u16s.
-TEST(MethodCodecs, SpecificReplyLayoutByHand) {
-    const uint8_t wire[] = {0x81, 0x82, 3, 'a', 'b', 'c', 2, 0x12, 0x34, 0xFE, 0xDC};
-    PacketCursor c{const_cast<uint8_t *>(wire), sizeof wire};
-    uint16_t length = 0;
-    RecordSize size{};
-    ASSERT_EQ(rowOf(0xb4).decCalc(&c, &length, &size), TROV_RESULT_OK);
-    EXPECT_EQ(length, sizeof wire);
-    EXPECT_EQ(size.extent, 40u + 8 + 8); // heads at 8 and 24, then "abc\0", then two u16
-    std::unique_ptr<uint8_t[]> record(new uint8_t[size.extent]);
-    rowOf(0xb4).decode(record.get(), &c);
-    EXPECT_EQ(record[0], 0x81);
-    EXPECT_EQ(record[1], 0x82);
-    EXPECT_EQ(record[8], 3);
-    EXPECT_EQ(loadField<const char *>(record.get(), 16), reinterpret_cast<char *>(record.get() + 40));
-    EXPECT_STREQ(loadField<const char *>(record.get(), 16), "abc");
-    EXPECT_EQ(record[24], 2);
-    EXPECT_EQ(loadField<const uint16_t *>(record.get(), 32)[1], 0xFEDC);
-}
-
-struct StructuredCase {
-    uint16_t code;
-    std::vector<uint8_t> wire;
-    RecordSize size;
-};
-
-TEST(MethodCodecs, StructuredRepliesByHand) {
-    const StructuredCase cases[] = {
-        {0xbb, {0x7F, 2, 0x12, 0x34, 0x89, 0xAB, 0xCD, 0xEF, 0, 1, 0, 0, 0, 2}, {32, 32}},
-        {0xbc, {0xDE, 0xAD, 0xBE, 0xEF, 5, 'h', 'e', 'l', 'l', 'o'}, {24, 24}},
-        {0xc0, {0x12, 0x34, 0, 2, 3, 'a', 'b', 'c', 0}, {56, 56}},
-    };
-    for (const StructuredCase &t : cases) {
-        const MethodCodecRow &row = rowOf(t.code);
-        std::vector<uint8_t> wire = t.wire;
-        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
-        uint16_t length = 0;
-        RecordSize size{};
-        ASSERT_EQ(row.decCalc(&c, &length, &size), TROV_RESULT_OK) << std::hex << t.code;
-        EXPECT_EQ(length, wire.size());
-        EXPECT_EQ(size.bytes, t.size.bytes);
-        ASSERT_EQ(size.extent, t.size.extent);
-        std::unique_ptr<uint8_t[]> buffer(new uint8_t[size.extent]());
-        uint8_t *r = buffer.get();
-        row.decode(r, &c);
-        EXPECT_EQ(c.remaining, 0u);
-        if (t.code == 0xbb) {
-            EXPECT_EQ(r[0], 0x7F);
-            const uint8_t *entries = loadField<const uint8_t *>(r, 8);
-            EXPECT_EQ(loadField<uint16_t>(entries, 0), 0x1234);
-            EXPECT_EQ(loadField<uint32_t>(entries, 4), 0x89ABCDEFu);
-            EXPECT_EQ(loadField<uint32_t>(entries, 12), 2u);
-        } else if (t.code == 0xbc) {
-            EXPECT_EQ(loadField<uint32_t>(r, 0), 0xDEADBEEFu);
-            EXPECT_STREQ(loadField<const char *>(r, 8), "hello");
-        } else {
-            EXPECT_EQ(loadField<uint16_t>(r, 0), 0x1234);
-            const uint8_t *entries = loadField<const uint8_t *>(r, 8);
-            EXPECT_EQ(entries[0], 3);
-            EXPECT_EQ(std::memcmp(loadField<const uint8_t *>(entries, 8), "abc", 3), 0);
-            EXPECT_EQ(loadField<const uint8_t *>(entries, 24), nullptr);
-        }
     }
 }
 

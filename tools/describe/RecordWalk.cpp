@@ -439,6 +439,15 @@ const char *lengthMember(const TrovFieldInfo &field) {
     return field.kindId == TROV_KIND_PARAMS ? kParamsLength.name : nullptr;
 }
 
+const char *memberName(const TrovLayoutInfo &layout, const TrovFieldInfo &field) {
+    if (field.kindId == TROV_KIND_EVENTS) return kEvents.name;
+    if (field.kindId == TROV_KIND_EVENT) return kEventFields.name;
+    for (uint16_t i = 0; i < layout.fieldCount; ++i)
+        if (layout.fields[i].kindId == TROV_KIND_EVENT && countFieldOf(layout, layout.fields[i]) == &field)
+            return kEventCode;
+    return field.name;
+}
+
 uint32_t Numbers::at(uint32_t index, unsigned part) const {
     const Kind &k = kindOf(kindId);
     return loadWidth(data + size_t{index} * stride + k.partOffset[part], k.partWidth[part]);
@@ -481,8 +490,9 @@ public:
         case TROV_LAYOUT_NONE:
         case TROV_LAYOUT_STRUCTURE:
         case TROV_LAYOUT_SELECTOR:
-        case TROV_LAYOUT_METHOD_CALL: return record(layout, Frame::Top, nullptr);
-        default: return cannot(&layout, nullptr), nullptr; // event lists are decoded only
+        case TROV_LAYOUT_METHOD_CALL:
+        case TROV_LAYOUT_EVENT_LIST: return record(layout, Frame::Top, nullptr);
+        default: return cannot(&layout, nullptr), nullptr; // raw bytes: no record
         }
     }
 
@@ -565,8 +575,12 @@ private:
         }
         case Shape::Count: return countField(layout, i, rec, later);
         case Shape::Params: return params(layout, f, rec);
-        case Shape::Events: // event lists are decoded only
-        case Shape::Event: return cannot(&layout, &f);
+        case Shape::Events: {
+            if (!b_.beginField(kEvents) || !events(layout, f, rec, later)) return false;
+            b_.endField();
+            return true;
+        }
+        case Shape::Event: return cannot(&layout, &f); // built with its entry
         default: break;
         }
         if (!known(f.kindId) || !b_.beginField(f)) {
@@ -622,7 +636,8 @@ private:
             c.elementWire = k.wire;
             c.elementBytes = k.stride;
             TrovLayoutInfo nested{};
-            if (counted->kindId == TROV_KIND_RECORDS && TROV_DescribeNested(counted, &nested) == TROV_RESULT_OK) {
+            if ((counted->kindId == TROV_KIND_RECORDS || counted->kindId == TROV_KIND_EVENTS) &&
+                TROV_DescribeNested(counted, &nested) == TROV_RESULT_OK) {
                 c.elementWire = nested.wireFixed;
                 c.elementBytes = nested.recordBytes;
             }
@@ -709,6 +724,62 @@ private:
         storeCount(layout, f, rec, c, value, n);
         storePointer(rec + (n != 0 ? f.dataOffset : f.offset), elements);
         return true;
+    }
+
+    // The entries of an event list, one entry record apart, counted by the
+    // list's count field.
+    bool events(const TrovLayoutInfo &layout, const TrovFieldInfo &f, uint8_t *rec, uint64_t later) {
+        TrovLayoutInfo entry{};
+        if (TROV_DescribeNested(&f, &entry) != TROV_RESULT_OK) return cannot(&layout, &f);
+        Count c{Count::Of::Events, &f, nullptr, Text::Bytes, 0, 0, entry.wireFixed, entry.recordBytes, 0, false};
+        uint32_t value = 0, n = 0;
+        if (!countFor(layout, f, rec, later, c, value, n)) return false;
+        uint8_t *entries = allocate(size_t{n} * entry.recordBytes, Block::Elements);
+        for (uint32_t i = 0; entries != nullptr && i < n; ++i) {
+            if (!b_.beginItem(i) || !enter() || !eventEntry(entry, entries + size_t{i} * entry.recordBytes))
+                return false;
+            --depth_;
+            b_.endItem();
+        }
+        storeCount(layout, f, rec, c, value, n);
+        storePointer(rec + f.dataOffset, entries);
+        return true;
+    }
+
+    // An entry: its event code first (it picks the event's layout), the
+    // entry's other members, then the event record.
+    bool eventEntry(const TrovLayoutInfo &entry, uint8_t *e) {
+        const TrovFieldInfo *event = nullptr;
+        for (uint16_t i = 0; i < entry.fieldCount && event == nullptr; ++i)
+            if (entry.fields[i].kindId == TROV_KIND_EVENT) event = &entry.fields[i];
+        const TrovFieldInfo *code = event != nullptr ? countFieldOf(entry, *event) : nullptr;
+        if (code == nullptr) return cannot(&entry, event);
+        if (!b_.beginRecord(entry, Frame::EventEntry)) return false;
+        TrovFieldInfo named = *code;
+        named.name = kEventCode;
+        uint32_t value = 0;
+        if (!b_.beginField(named) || !b_.code(Code{Code::Of::Event, code, version_}, value)) return false;
+        b_.endField();
+        storeWidth(e + code->offset, value, 2);
+        uint64_t later = 0;
+        for (uint16_t i = 0; i < entry.fieldCount; ++i)
+            if (&entry.fields[i] != code && &entry.fields[i] != event && !field(entry, i, e, later)) return false;
+        void *record = nullptr;
+        TrovLayoutInfo found{};
+        const auto eventCode = static_cast<uint16_t>(value);
+        const TrovResult result = TROV_DescribeEvent(eventCode, version_, &found);
+        if (result != TROV_RESULT_OK) {
+            if (b_.missing(Miss{Miss::Of::Code, Code::Of::Event, eventCode, version_, result, nullptr, code}, record) !=
+                Answer::StandIn)
+                return false;
+        } else {
+            if (!b_.beginField(kEventFields) || !enter() || (record = this->record(found, Frame::Event, nullptr)) == nullptr)
+                return false;
+            --depth_;
+            b_.endField();
+        }
+        storePointer(e + event->dataOffset, record);
+        return b_.endRecord();
     }
 
     // A TrovOptionList: the u8 count, the options 16 bytes apart.
@@ -898,7 +969,8 @@ private:
                 if (bytes != nullptr && length != 0 && !b_.bytes(f, Text::Bytes, bytes, length)) return false;
                 params = bytes;
                 filled = false;
-            } else if (found.form == TROV_LAYOUT_FIELDS || found.form == TROV_LAYOUT_NONE) {
+            } else if (found.form == TROV_LAYOUT_FIELDS || found.form == TROV_LAYOUT_NONE ||
+                       found.form == TROV_LAYOUT_STRUCTURE) { // a structure: the structured replies
                 if (!enter() || (params = record(found, Frame::Params, nullptr)) == nullptr) return false;
                 --depth_;
                 params = b_.pointer(nullptr, params);

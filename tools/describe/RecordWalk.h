@@ -25,8 +25,9 @@
 //     is asked as a Code;
 //   - an events field (EventListBody's, ShortEventListBody's) is "events",
 //     a list of its entries, each entry its event code as "code", its other
-//     members, and as "fields" the record TROV_DescribeEvent gives (read
-//     only: no request carries an event list);
+//     members, and as "fields" the record TROV_DescribeEvent gives; building,
+//     the code is asked as a Code and the event list's count field counts
+//     the entries built;
 //   - a selector value is the record of the variant its first byte picks.
 // Members that are not fields of the description ("value", "events",
 // "fields") come with kindId 0 and the kind name "member"; "paramsLength"
@@ -61,6 +62,7 @@ struct Code {
         Method,    // a method code, u16
         Option,    // an option's kind, u8
         Selector,  // a selector value's first byte, u8
+        Event,     // an event list entry's event code, u16 (`field`: the entry's code field)
     } of;
     const TrovFieldInfo *field; // the field the code belongs to (null for a method)
     uint8_t version;            // the version the code is looked up at
@@ -147,6 +149,8 @@ enum class Frame : uint8_t {
     Typed,   // the walk's own records: a typed value, an attribute entry
     Entry,   //   and an option (see above)
     Option,
+    EventEntry, // an entry of an event list (its members named as memberName gives them)
+    Event,      // the event record behind an entry
 };
 
 // A count the builder gives or checks.
@@ -161,6 +165,7 @@ struct Count {
         Options,    // the options of an option list (`field`)
         Entries,    // the entries of an attribute list (`field`)
         Elements,   // the elements of a typed value in array form
+        Events,     // the entries of an event list (`field`)
         Option,     // an option's length byte (`field`: its "value"); for kinds
                     // from 6 the value's byte count
         Unparsed,   // the wire bytes of an attribute value without a codec
@@ -191,6 +196,11 @@ enum class Filler : uint8_t {
 // field (read before it, given through Filler::ParamsLength); null for any
 // other field.
 const char *lengthMember(const TrovFieldInfo &field);
+
+// The name both walks present field `field` of `layout` by: "events" for an
+// event list's entries, and in an entry "code" for the event code and
+// "fields" for the event record; the field's own name otherwise.
+const char *memberName(const TrovLayoutInfo &layout, const TrovFieldInfo &field);
 
 // Something the description does not give, or a bound the walk keeps.
 struct Miss {

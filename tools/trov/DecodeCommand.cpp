@@ -11,6 +11,7 @@
 // failing event, with its error. A packet that is not decoded cleanly
 // carries its bytes as "hex".
 #include <cstdio>
+#include <iostream>
 #include <memory>
 
 #include "DecodeCommand.h"
@@ -226,6 +227,7 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
     Json packet = Json::object();
     packet["offset"] = offset;
     packet["length"] = bytes.size();
+    packet["direction"] = request ? "request" : "reply";
     std::vector<uint8_t> copy(bytes); // the library's cursor is not const
     PacketCursor cursor{copy.data(), static_cast<uint32_t>(copy.size())};
     HeaderInfo header{};
@@ -291,9 +293,11 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
     for (const std::string &name : inputs) {
         if (options.count != 0 && printed == options.count) break;
         std::unique_ptr<PacketInput> input;
-        if (name == "-") {
+        if (name == "-" && &in != &std::cin) {
             input = PacketInput::fromStream(in, "-", options.format, options.request);
         } else {
+            // Standard input is read through its descriptor, where a read
+            // error (a closed or unreadable input) shows, unlike through std::cin.
             std::string error;
             input = PacketInput::open(name, options.format, error, options.request);
             if (input == nullptr) {

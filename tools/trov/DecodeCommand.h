@@ -48,12 +48,13 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
 // when the item failed to decode (trailing bytes always do).
 Json decodeItem(const PacketItem &item, bool request, bool &failed, const FieldsHook *fields = nullptr);
 
-// Decodes every input in `files` ("-": `in`; empty: `in`) to `out`, errors to
-// `err`. Objects are counted across the inputs for `skip` and `count`.
-// Returns 0 when every printed packet decoded (skipped bodies and unread
-// bytes behind a body included), 1 when some packet failed or was partial,
-// or bytes were skipped, lost or trailing, 2 after an input error (cannot open,
-// bad hex) or when `out` cannot be written.
+// Decodes every input in `files` ("-": `in`; empty: `in`; when `in` is std::cin,
+// descriptor 0, so that its read errors count) to `out`, errors to `err`.
+// Objects are counted across the inputs for `skip` and `count`. Returns 0
+// when every printed packet decoded (skipped bodies and unread bytes behind
+// a body included), 1 when some packet failed or was partial, or bytes were
+// skipped, lost or trailing, 2 after an input error (cannot open, bad hex)
+// or when `out` cannot be written.
 int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
               std::ostream &out, std::ostream &err);
 

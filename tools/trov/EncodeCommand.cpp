@@ -8,6 +8,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "DecodeCommand.h"
+#include "JsonErrors.h"
 #include "RecordBuild.h"
 
 #ifdef _WIN32
@@ -107,7 +109,7 @@ int encodeText(const std::string &text, const std::string &name, Encoder &encode
             try {
                 value = Json::parse(line);
             } catch (const Json::parse_error &e) {
-                err << "trov encode: " << where << e.what() << '\n';
+                err << "trov encode: " << jsonSyntaxError(e, name, number) << '\n';
                 return 2;
             }
             if (!encoder.value(value, where)) return 2;
@@ -118,7 +120,7 @@ int encodeText(const std::string &text, const std::string &name, Encoder &encode
     try {
         value = Json::parse(text);
     } catch (const Json::parse_error &e) {
-        err << "trov encode: " << name << ": " << e.what() << '\n';
+        err << "trov encode: " << jsonSyntaxError(e, name, 1) << '\n';
         return 2;
     }
     if (!value.is_object() && !value.is_array()) {
@@ -140,6 +142,7 @@ std::string undecodedReason(const Json &packet) {
     const auto status = body->find("status");
     if (status == body->end() || (status->is_string() && *status == "decoded")) return {};
     if (!status->is_string()) return "its body's status is not a string";
+    if (*status == "skipped" && skippedEmptyBody(packet)) return {}; // the header is the packet
     return "its body was not decoded (status \"" + status->get<std::string>() + "\")";
 }
 
@@ -148,7 +151,11 @@ int encodeJsonText(const std::string &text, const std::string &name, bool raw, s
     try {
         Encoder encoder(raw, out, err);
         const int code = encodeText(text, name, encoder, err);
-        out.flush();
+        // A failed write (a full disk, a closed output) shows here at the latest.
+        if (!out.flush()) {
+            err << "trov encode: the output cannot be written\n";
+            return kExitInputError;
+        }
         return code;
     } catch (const std::exception &e) {
         err << "trov encode: " << name << ": " << e.what() << '\n';

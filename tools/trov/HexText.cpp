@@ -36,18 +36,33 @@ int hexValue(char c) {
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
+constexpr char kDigits[] = "0123456789abcdef";
+
 std::string notHex(char c) {
     const auto u = static_cast<unsigned char>(c);
     if (u >= 0x20 && u < 0x7f) return std::string("'") + c + "' is not a hex digit";
-    static const char digits[] = "0123456789abcdef";
-    return std::string("byte 0x") + digits[u >> 4] + digits[u & 15] + " is not a hex digit";
+    return std::string("byte 0x") + kDigits[u >> 4] + kDigits[u & 15] + " is not a hex digit";
+}
+
+// The byte of a one-letter escape (\n, \", ...), or -1.
+int namedEscape(char c) {
+    switch (c) {
+    case 'n': return '\n';
+    case 't': return '\t';
+    case 'r': return '\r';
+    case 'a': return '\a';
+    case 'b': return '\b';
+    case 'f': return '\f';
+    case 'v': return '\v';
+    case '\\': case '\'': case '"': case '?': return c;
+    default: return -1;
+    }
 }
 
 std::string hex64(uint64_t v) {
-    static const char digits[] = "0123456789abcdef";
     std::string s;
     do {
-        s.insert(s.begin(), digits[v & 15]);
+        s.insert(s.begin(), kDigits[v & 15]);
         v >>= 4;
     } while (v != 0);
     return "0x" + s;
@@ -61,6 +76,26 @@ size_t skipBlanks(const std::string &s, size_t p) {
 size_t skipHex(const std::string &s, size_t p) {
     while (p < s.size() && hexValue(s[p]) >= 0) ++p;
     return p;
+}
+
+// The line with its comments blanked out ('#' and "//" to its end, "/* */"
+// anywhere), `block` carrying a "/*" left open from one line to the next.
+std::string withoutComments(const std::string &s, bool &block) {
+    std::string d = s;
+    for (size_t i = 0; i < d.size(); ++i) {
+        if (block) {
+            block = !(d[i] == '*' && i + 1 < d.size() && d[i + 1] == '/');
+            if (!block) d[i + 1] = ' ';
+            d[i] = ' ';
+        } else if (d[i] == '#' || (d[i] == '/' && i + 1 < d.size() && d[i + 1] == '/')) {
+            d.resize(i);
+        } else if (d[i] == '/' && i + 1 < d.size() && d[i + 1] == '*') {
+            block = true;
+            d[i] = ' ';
+            d[++i] = ' ';
+        }
+    }
+    return d;
 }
 
 } // namespace
@@ -168,7 +203,7 @@ bool HexText::produce() {
             committed_ = out_.size();
         } else if (done_) {
             return false;
-        } else if (text_.ensure()) {
+        } else if (charPos_ < chars_.size() || fill()) {
             scan();
         } else if (!text_.error().empty()) {
             out_.resize(committed_);
@@ -181,14 +216,60 @@ bool HexText::produce() {
     return true;
 }
 
+// The next chunk of the text as characters; false at its end (or a read error).
+bool HexText::fill() {
+    chars_.clear();
+    charPos_ = 0;
+    if (encoding_ == Encoding::Unknown) {
+        // A byte-order mark says how the text is written; without one it is ASCII.
+        uint8_t head[3];
+        const size_t n = text_.read(head, sizeof head);
+        size_t mark = 0;
+        encoding_ = Encoding::Ascii;
+        if (n == 3 && head[0] == 0xef && head[1] == 0xbb && head[2] == 0xbf) {
+            mark = 3;
+        } else if (n >= 2 && head[0] == 0xff && head[1] == 0xfe) {
+            encoding_ = Encoding::Utf16LE, mark = 2;
+        } else if (n >= 2 && head[0] == 0xfe && head[1] == 0xff) {
+            encoding_ = Encoding::Utf16BE, mark = 2;
+        }
+        decode(head + mark, n - mark);
+    }
+    while (chars_.empty() && text_.ensure()) {
+        decode(text_.data(), text_.size());
+        text_.consume(text_.size());
+    }
+    return !chars_.empty();
+}
+
+// Appends the characters of `n` bytes of text to chars_.
+void HexText::decode(const uint8_t *bytes, size_t n) {
+    if (encoding_ == Encoding::Ascii) {
+        chars_.append(reinterpret_cast<const char *>(bytes), n);
+        return;
+    }
+    const bool little = encoding_ == Encoding::Utf16LE;
+    for (size_t i = 0; i < n; ++i) {
+        if (!halfUnit_) {
+            firstByte_ = bytes[i];
+            halfUnit_ = true;
+            continue;
+        }
+        halfUnit_ = false;
+        const unsigned unit = little ? unsigned{bytes[i]} << 8 | firstByte_ : unsigned{firstByte_} << 8 | bytes[i];
+        // Beyond ASCII only strings could hold a character, and they hold
+        // ASCII: 0xff stands for any of them, for the error to name.
+        chars_.push_back(unit < 0x80 ? static_cast<char>(unit) : '\xff');
+    }
+}
+
 // Reads the characters of the current chunk, up to a pause for a repetition.
 void HexText::scan() {
     stop_ = false;
-    const auto *chars = reinterpret_cast<const char *>(text_.data());
-    const size_t n = text_.size();
-    size_t i = 0;
+    const size_t n = chars_.size();
+    size_t i = charPos_;
     while (i < n && !stop_ && !done_) {
-        const char c = chars[i++];
+        const char c = chars_[i++];
         if (c == '\n') {
             endLine();
             ++line_;
@@ -196,13 +277,14 @@ void HexText::scan() {
             continue;
         }
         ++column_;
-        if (mode_ == Mode::Plain) {
-            plainChar(c, column_);
+        if (tokenMode()) {
+            tokenChar(c, column_);
         } else if (lineText_.size() < kMaxDumpLine) {
             lineText_.push_back(c);
         } else if (mode_ == Mode::Unknown) {
             // Far too long for a dump: plain hex, read on as it streams.
             mode_ = Mode::Plain;
+            comment_ = blockAtLineStart_ ? Comment::Block : Comment::None;
             for (size_t k = 0; k < lineText_.size() && !done_; ++k) plainChar(lineText_[k], k + 1);
             lineText_.clear();
             plainChar(c, column_);
@@ -210,72 +292,148 @@ void HexText::scan() {
             fail(line_, column_, "line too long for a dump");
         }
     }
-    text_.consume(i);
+    charPos_ = i;
     // A plain token longer than a chunk is handed out as it goes, rather than
     // held back whole.
     if (out_.size() - committed_ >= ChunkReader::kChunk) committed_ = out_.size();
 }
 
 void HexText::finish() {
-    if (mode_ == Mode::Plain) plainEndToken();
-    else if (!lineText_.empty()) endLine();
+    if (halfUnit_) fail(line_, column_ + 1, "the UTF-16 text ends in the middle of a character");
+    if (!done_ && !lineText_.empty()) endLine();
+    if (!done_ && tokenMode()) {
+        tokenLineEnd();
+        if (!done_ && mode_ == Mode::CArray && depth_ > 0) fail(braceLine_, braceColumn_, "'{' is not closed");
+    }
     if (!done_ && repeatPending_) fail(repeatLine_, 1, "'*' is not followed by the offset where the repetition ends");
     done_ = true;
 }
 
 void HexText::endLine() {
-    if (mode_ == Mode::Plain) {
-        plainEndToken();
-        inComment_ = false;
-        return;
-    }
-    if (mode_ == Mode::Unknown) {
-        const std::string &s = lineText_;
-        const size_t p = skipBlanks(s, 0);
-        if (p == s.size() || s[p] == '#') {
-            lineText_.clear();
-            return;
-        }
-        const size_t q = skipHex(s, p);
-        if (q > p && q < s.size() && s[q] == ':') {
-            mode_ = Mode::Xxd;
-        } else if (q - p >= 6 && q < s.size() && isBlank(s[q]) && std::all_of(s.begin() + p, s.begin() + q, [](char c) { return c == '0'; })) {
-            // An offset of zero, then hexdump's "|ascii|" or od's bytes, each
-            // two digits. Plain hex starting with three zero bytes written as
-            // one token, then single bytes, reads as od: an accepted ambiguity.
-            bool bytes = s.find('|', q) != std::string::npos;
-            for (size_t t = skipBlanks(s, q); !bytes && t < s.size();) {
-                const size_t e = skipHex(s, t);
-                if (e - t != 2 || (e < s.size() && !isBlank(s[e]))) break;
-                t = skipBlanks(s, e);
-                bytes = t == s.size();
-            }
-            mode_ = bytes ? Mode::OffsetDump : Mode::Plain;
-        } else {
-            mode_ = Mode::Plain;
-        }
-        if (mode_ == Mode::Plain) {
-            for (size_t k = 0; k < s.size() && !done_; ++k) plainChar(s[k], k + 1);
-            lineText_.clear();
-            plainEndToken();
-            inComment_ = false;
-            return;
-        }
-    }
-    dumpLine(lineText_);
+    if (mode_ == Mode::Unknown) classify();
+    if (tokenMode()) return tokenLineEnd();
+    if (mode_ != Mode::Unknown) dumpLine(lineText_);
     lineText_.clear();
 }
 
-// ---------------------------------------------------------------- plain hex
-
-void HexText::plainChar(char c, uint64_t column) {
-    if (inComment_ || done_) return;
-    if (isBlank(c)) return plainEndToken();
-    if (c == '#') {
-        plainEndToken();
-        inComment_ = true;
+// Tells the form from the first line that holds data (lines of comments
+// before it are dropped), then reads that line in it.
+void HexText::classify() {
+    bool block = blockAtLineStart_;
+    const std::string s = lineText_;
+    const std::string d = withoutComments(s, block);
+    const size_t p = skipBlanks(d, 0);
+    if (p == d.size()) {
+        blockAtLineStart_ = block;
+        lineText_.clear();
         return;
     }
+    const size_t q = skipHex(d, p);
+    // A '#' inside a string literal reads as a comment here: a quote left
+    // before it with "\x" in the whole line is a string too.
+    if (d.find("\\x") != std::string::npos ||
+        (s.find("\\x") != std::string::npos && d.find_first_of("\"'") != std::string::npos)) {
+        mode_ = Mode::Escapes;
+    } else if (d.find_first_of("{=[") != std::string::npos) {
+        mode_ = Mode::CArray;
+    } else if (q - p >= 4 && q < d.size() && d[q] == ':' && (q + 1 == d.size() || isBlank(d[q + 1]))) {
+        mode_ = Mode::Xxd;
+    } else if (q - p >= 6 && q < d.size() && isBlank(d[q]) && std::all_of(d.begin() + p, d.begin() + q, [](char c) { return c == '0'; })) {
+        // An offset of zero, then hexdump's "|ascii|" or od's bytes, each
+        // two digits. Plain hex starting with three zero bytes written as
+        // one token, then single bytes, reads as od: an accepted ambiguity.
+        bool bytes = d.find('|', q) != std::string::npos;
+        for (size_t t = skipBlanks(d, q); !bytes && t < d.size();) {
+            const size_t e = skipHex(d, t);
+            if (e - t != 2 || (e < d.size() && !isBlank(d[e]))) break;
+            t = skipBlanks(d, e);
+            bytes = t == d.size();
+        }
+        mode_ = bytes ? Mode::OffsetDump : Mode::Plain;
+    } else {
+        mode_ = Mode::Plain;
+    }
+    if (tokenMode()) {
+        comment_ = blockAtLineStart_ ? Comment::Block : Comment::None;
+        lineText_.clear();
+        for (size_t k = 0; k < s.size() && !done_; ++k) tokenChar(s[k], k + 1);
+    }
+}
+
+// ---------------------------------------------------------------- token forms
+
+void HexText::tokenChar(char c, uint64_t column) {
+    switch (mode_) {
+    case Mode::Plain: return plainChar(c, column);
+    case Mode::CArray: return arrayChar(c, column);
+    default: return escapeChar(c, column);
+    }
+}
+
+void HexText::tokenLineEnd() {
+    if (done_) return;
+    if (slash_ && (mode_ == Mode::Plain || (mode_ == Mode::CArray && depth_ > 0))) return fail(line_, slashColumn_, notHex('/'));
+    slash_ = false;
+    if (comment_ == Comment::Line) comment_ = Comment::None;
+    star_ = false;
+    switch (mode_) {
+    case Mode::Plain: return plainEndToken();
+    case Mode::CArray: return arrayEndToken();
+    default:
+        if (escape_ == Escape::Start) {
+            escape_ = Escape::None; // a backslash before the line break joins the lines
+            return;
+        }
+        if (escape_ == Escape::Hex) {
+            return fail(line_, escapeColumn_, "\"\\x\" needs two hex digits");
+        } else if (escape_ == Escape::Octal) {
+            escape_ = Escape::None;
+            commitByte(static_cast<uint8_t>(escapeValue_));
+        }
+        if (quote_ != 0) return fail(quoteLine_, quoteColumn_, "the string is not closed on its line");
+    }
+}
+
+// Comments: '#' and "//" to the end of the line, "/* */" anywhere. True when
+// `c` belongs to one (or is a '/' that may start one). A '/' that starts none
+// is an error where `slashIsError`, else skipped.
+bool HexText::comment(char c, uint64_t column, bool slashIsError) {
+    if (comment_ == Comment::Line) return true;
+    if (comment_ == Comment::Block) {
+        if (star_ && c == '/') comment_ = Comment::None;
+        star_ = c == '*';
+        return true;
+    }
+    if (slash_) {
+        slash_ = false;
+        if (c == '/' || c == '*') {
+            comment_ = c == '/' ? Comment::Line : Comment::Block;
+            star_ = false;
+            return true;
+        }
+        if (slashIsError) {
+            fail(line_, slashColumn_, notHex('/'));
+            return true;
+        }
+    }
+    if (c == '/') {
+        slash_ = true;
+        slashColumn_ = column;
+        return true;
+    }
+    if (c == '#') {
+        comment_ = Comment::Line;
+        return true;
+    }
+    return false;
+}
+
+// Plain hex: tokens of digits pairs, separated by blanks, ',', ':' or '-'.
+void HexText::plainChar(char c, uint64_t column) {
+    if (done_) return;
+    if (comment_ == Comment::None && (c == '#' || c == '/')) plainEndToken();
+    if (comment(c, column, true) || done_) return;
+    if (isBlank(c) || c == ',' || c == ':' || c == '-') return plainEndToken();
     if (!inToken_) {
         inToken_ = true;
         tokenColumn_ = column;
@@ -303,6 +461,109 @@ void HexText::plainEndToken() {
     if (tokenDigits_ == 0) return fail(line_, tokenColumn_, "\"0x\" without hex digits");
     if (tokenDigits_ % 2 != 0) return fail(line_, tokenColumn_, "odd number of hex digits in a token");
     committed_ = out_.size();
+}
+
+// A C array: outside braces (the declaration, ';', a length variable)
+// nothing is read; inside, elements separated by ',' and blanks.
+void HexText::arrayChar(char c, uint64_t column) {
+    if (done_) return;
+    if (comment_ == Comment::None && (c == '#' || c == '/')) arrayEndToken();
+    if (comment(c, column, depth_ > 0) || done_) return;
+    if (c == '{') {
+        arrayEndToken();
+        if (depth_++ == 0) braceLine_ = line_, braceColumn_ = column;
+    } else if (c == '}') {
+        arrayEndToken();
+        if (depth_ == 0) return fail(line_, column, "'}' without '{'");
+        --depth_;
+    } else if (depth_ == 0) {
+        return;
+    } else if (isBlank(c) || c == ',') {
+        arrayEndToken();
+    } else {
+        if (token_.empty()) tokenColumn_ = column;
+        if (token_.size() == 32) return fail(line_, tokenColumn_, "'" + token_ + "...' is not a byte value");
+        token_.push_back(c);
+    }
+}
+
+// An element: a C integer literal (0x hex, 0 octal, decimal, a u or l
+// suffix) of one byte.
+void HexText::arrayEndToken() {
+    if (token_.empty() || done_) return;
+    const std::string element = std::move(token_);
+    token_.clear();
+    std::string t = element;
+    while (!t.empty() && (t.back() == 'u' || t.back() == 'U' || t.back() == 'l' || t.back() == 'L')) t.pop_back();
+    unsigned base = 10;
+    size_t i = 0;
+    if (t.size() > 1 && t[0] == '0' && (t[1] == 'x' || t[1] == 'X')) base = 16, i = 2;
+    else if (t.size() > 1 && t[0] == '0') base = 8, i = 1;
+    uint32_t value = 0;
+    bool ok = i < t.size();
+    for (; ok && i < t.size(); ++i) {
+        const int d = hexValue(t[i]);
+        ok = d >= 0 && static_cast<unsigned>(d) < base;
+        value = std::min<uint32_t>(value * base + static_cast<unsigned>(d), 0x10000);
+    }
+    if (!ok) return fail(line_, tokenColumn_, "'" + element + "' is not a byte value");
+    if (value > 0xff) return fail(line_, tokenColumn_, "'" + element + "' does not fit in a byte");
+    commitByte(static_cast<uint8_t>(value));
+}
+
+// String literals: inside quotes a printable character is its own byte;
+// escapes anywhere give theirs; outside quotes nothing else is read.
+void HexText::escapeChar(char c, uint64_t column) {
+    if (done_) return;
+    if (escape_ != Escape::None) return escapeNext(c, column);
+    if (quote_ == 0) {
+        if (comment(c, column, false)) return;
+        if (c == '"' || c == '\'') quote_ = c, quoteLine_ = line_, quoteColumn_ = column;
+        else if (c == '\\') escape_ = Escape::Start, escapeColumn_ = column;
+        return;
+    }
+    const auto u = static_cast<unsigned char>(c);
+    if (c == quote_) quote_ = 0;
+    else if (c == '\\') escape_ = Escape::Start, escapeColumn_ = column;
+    else if ((u >= 0x20 && u < 0x7f) || c == '\t') commitByte(u);
+    else fail(line_, column, std::string("byte 0x") + kDigits[u >> 4] + kDigits[u & 15] + " in a string (write it as an escape)");
+}
+
+void HexText::escapeNext(char c, uint64_t column) {
+    const int d = hexValue(c);
+    switch (escape_) {
+    case Escape::Start:
+        escape_ = Escape::None;
+        if (c == 'x') {
+            escape_ = Escape::Hex, escapeDigits_ = escapeValue_ = 0;
+        } else if (c >= '0' && c <= '7') {
+            escape_ = Escape::Octal, escapeDigits_ = 1, escapeValue_ = static_cast<unsigned>(d);
+        } else if (const int named = namedEscape(c); named >= 0) {
+            commitByte(static_cast<uint8_t>(named));
+        } else {
+            fail(line_, escapeColumn_, std::string("unknown escape '\\") + c + "'");
+        }
+        return;
+    case Escape::Hex:
+        if (d < 0) return fail(line_, escapeColumn_, "\"\\x\" needs two hex digits");
+        escapeValue_ = escapeValue_ << 4 | static_cast<unsigned>(d);
+        if (++escapeDigits_ == 2) {
+            escape_ = Escape::None;
+            commitByte(static_cast<uint8_t>(escapeValue_));
+        }
+        return;
+    default: // octal: up to three digits
+        if (c >= '0' && c <= '7' && escapeDigits_ < 3) {
+            escapeValue_ = escapeValue_ << 3 | static_cast<unsigned>(d);
+            if (++escapeDigits_ < 3) return;
+            if (escapeValue_ > 0xff) return fail(line_, escapeColumn_, "octal escape beyond 0377");
+            escape_ = Escape::None;
+            return commitByte(static_cast<uint8_t>(escapeValue_));
+        }
+        escape_ = Escape::None;
+        commitByte(static_cast<uint8_t>(escapeValue_));
+        return escapeChar(c, column);
+    }
 }
 
 // ---------------------------------------------------------------- dumps
@@ -359,6 +620,11 @@ void HexText::dumpLine(const std::string &s) {
                                           hex64(dumpOffset_));
         repeat = offset - dumpOffset_;
         repeatPending_ = false;
+        // A dump of a few lines may claim any length; what one '*' stands
+        // for is bounded, so a bad offset cannot make the tool write for ever.
+        if (repeat > kMaxRepeat)
+            return fail(line_, p + 1, "offset " + hex64(offset) + " would repeat the line before the '*' for " +
+                                          std::to_string(repeat) + " bytes, more than the 16 MiB one '*' may stand for");
     } else if (offset != dumpOffset_) {
         return fail(line_, p + 1, "offset " + hex64(offset) + " disagrees with the " + std::to_string(dumpOffset_) +
                                       " bytes before it");
@@ -379,6 +645,11 @@ void HexText::dumpLine(const std::string &s) {
 }
 
 void HexText::append(const uint8_t *bytes, size_t n) { out_.insert(out_.end(), bytes, bytes + n); }
+
+void HexText::commitByte(uint8_t byte) {
+    out_.push_back(byte);
+    committed_ = out_.size();
+}
 
 void HexText::fail(uint64_t line, uint64_t column, const std::string &what) {
     if (done_) return;

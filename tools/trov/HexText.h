@@ -1,14 +1,29 @@
 // The input's bytes, read in chunks, and pasted hexadecimal text turned back
 // into bytes as it streams past.
 //
-// Hex text is what people paste: plain hex digits with any spacing and line
-// breaks, tokens with a 0x prefix, '#' comments to the end of the line (plain
-// `xxd -p` output is plain hex too), and the dumps of `xxd`, `hexdump -C` and
-// `od -Ax -tx1`. The first line that holds data tells which: "OFFSET: ..." is
-// xxd; an offset of six or more zero digits followed by bytes is hexdump or
-// od. In a dump only the bytes count: the offsets are checked against the
-// bytes so far, the ASCII columns are never read, and a '*' line (the previous
-// line repeats up to the next offset) is expanded.
+// Hex text is what people paste, in one of these forms, which the first line
+// holding data tells apart:
+// - plain hex digits with any spacing and line breaks, tokens with a 0x
+//   prefix, bytes separated by ':' '-' or ',' ("a7:e5:10"), with '#', "//"
+//   and "/* */" comments (plain `xxd -p` output is plain hex too);
+// - a C array, "uint8_t p[] = { 0xa7, 0xe5, ... };" (`xxd -i`): only what
+//   stands between braces is read, each element a C integer literal of one
+//   byte; a first data line holding '{', '=' or '[' is one;
+// - string literals with escapes, "\xa7\xe5" (C, Python's b'...', split over
+//   lines with quotes): inside quotes a character is its own byte, escapes
+//   (\xHH, octal, \n and the like) give theirs; outside quotes only bare
+//   escapes are read. A first data line holding "\x" is one;
+// - the dumps of `xxd`, `hexdump -C` and `od -Ax -tx1`: "OFFSET: ..." is xxd
+//   (an offset of four or more digits, ':' and a space); an offset of six or
+//   more zero digits followed by bytes is hexdump or od. In a dump only the
+//   bytes count: the offsets are checked against the bytes so far, the ASCII
+//   columns are never read, and a '*' line (the previous line repeats up to
+//   the next offset) is expanded, up to kMaxRepeat bytes a '*'.
+//
+// The text is ASCII, or UTF-8 after a byte-order mark (EF BB BF), or UTF-16
+// after its mark (FF FE little-endian, as PowerShell's '>' writes it; FE FF
+// big-endian), decoded a chunk at a time; a character beyond ASCII is never a
+// digit.
 #pragma once
 
 #include <cstddef>
@@ -61,6 +76,10 @@ private:
 // yields part of itself (a plain token longer than a chunk is the exception).
 class HexText {
 public:
+    // The most bytes one '*' line of a dump may stand for (16 MiB); a dump
+    // whose next offset lies further is refused rather than expanded.
+    static constexpr uint64_t kMaxRepeat = uint64_t{16} << 20;
+
     explicit HexText(ChunkReader &text);
 
     // Up to n bytes into dst, fewer only at the end of the text or on an
@@ -70,31 +89,69 @@ public:
     const std::string &error() const { return error_; }
 
 private:
-    enum class Mode { Unknown, Plain, Xxd, OffsetDump };
+    enum class Mode { Unknown, Plain, CArray, Escapes, Xxd, OffsetDump };
+    enum class Encoding { Unknown, Ascii, Utf16LE, Utf16BE };
+    enum class Comment { None, Line, Block };
 
     bool produce();
+    bool fill();
+    void decode(const uint8_t *bytes, size_t n);
     void scan();
     void finish();
     void endLine();
+    void classify();
+    bool tokenMode() const { return mode_ == Mode::Plain || mode_ == Mode::CArray || mode_ == Mode::Escapes; }
+    void tokenChar(char c, uint64_t column);
+    void tokenLineEnd();
+    bool comment(char c, uint64_t column, bool slashIsError);
     void plainChar(char c, uint64_t column);
     void plainEndToken();
+    void arrayChar(char c, uint64_t column);
+    void arrayEndToken();
+    void escapeChar(char c, uint64_t column);
+    void escapeNext(char c, uint64_t column);
     void dumpLine(const std::string &line);
     void append(const uint8_t *bytes, size_t n);
+    void commitByte(uint8_t byte);
     void fail(uint64_t line, uint64_t column, const std::string &what);
 
     ChunkReader &text_;
     Mode mode_ = Mode::Unknown;
     uint64_t line_ = 1;
     uint64_t column_ = 0;    // of the last character read on line_
-    std::string lineText_;   // the line so far, in every mode but Plain
+    std::string lineText_;   // the line so far, until the form is known and in dumps
 
-    // Plain hex: the token being read.
-    bool inComment_ = false;
+    // The text as characters, a chunk at a time.
+    Encoding encoding_ = Encoding::Unknown;
+    std::string chars_;
+    size_t charPos_ = 0;
+    bool halfUnit_ = false;  // UTF-16: the first byte of a unit read, the second not yet
+    uint8_t firstByte_ = 0;
+
+    // Comments in the token forms.
+    Comment comment_ = Comment::None;
+    bool blockAtLineStart_ = false; // a "/*" left open by the lines before
+    bool slash_ = false;            // a '/' that may start a comment
+    bool star_ = false;             // a '*' in a block comment that may end it
+    uint64_t slashColumn_ = 0;
+
+    // The token being read.
     bool inToken_ = false;
     uint64_t tokenColumn_ = 0;
     uint64_t tokenChars_ = 0;
     uint64_t tokenDigits_ = 0;
     int high_ = 0;
+    std::string token_;      // a C array's element
+
+    // C arrays: how deep in braces, and where the outermost opened.
+    uint64_t depth_ = 0;
+    uint64_t braceLine_ = 0, braceColumn_ = 0;
+
+    // String literals: the open quote (0 outside), and the escape being read.
+    enum class Escape { None, Start, Hex, Octal } escape_ = Escape::None;
+    char quote_ = 0;
+    uint64_t quoteLine_ = 0, quoteColumn_ = 0, escapeColumn_ = 0;
+    unsigned escapeDigits_ = 0, escapeValue_ = 0;
 
     // Decoded bytes: [readPos_, committed_) can be handed out; the rest
     // belongs to a token not yet ended.

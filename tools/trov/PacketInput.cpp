@@ -20,9 +20,12 @@ namespace trov {
 
 namespace {
 
-// Text is printable ASCII, tabs and line breaks; a packet's first byte (0xA7)
-// is none of these.
+// Text is printable ASCII, tabs and line breaks, after a UTF-8 byte-order
+// mark or none; or anything after a UTF-16 one (FF FE, FE FF). A packet's
+// first byte (0xA7) starts none of these.
 bool looksLikeText(const uint8_t *p, size_t n) {
+    if (n >= 2 && ((p[0] == 0xff && p[1] == 0xfe) || (p[0] == 0xfe && p[1] == 0xff))) return true;
+    if (n >= 3 && p[0] == 0xef && p[1] == 0xbb && p[2] == 0xbf) p += 3, n -= 3;
     return std::all_of(p, p + n, [](uint8_t c) { return (c >= 0x20 && c < 0x7f) || c == '\t' || c == '\r' || c == '\n'; });
 }
 
@@ -99,7 +102,7 @@ std::unique_ptr<PacketInput> PacketInput::open(const std::string &path, InputFor
 #ifdef _WIN32
         _setmode(0, _O_BINARY);
 #endif
-        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "<stdin>"), format, request);
+        return std::make_unique<Framer>(std::make_unique<ChunkReader>(0, false, "-"), format, request);
     }
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {

@@ -10,6 +10,7 @@
 
 #include <cstring>
 
+#include "TrovReplyEncode.h"
 #include "TrovVersion.h"
 
 namespace trov {
@@ -112,7 +113,7 @@ std::string layoutName(const TrovLayoutInfo &layout) {
         if (kind == TROV_KIND_BUFFER || kind == TROV_KIND_COUNT || kind == TROV_KIND_RESERVED) continue;
         if (const char *length = describe::lengthMember(layout.fields[i]))
             names += (names.empty() ? "" : ", ") + std::string(length);
-        names += (names.empty() ? "" : ", ") + std::string(layout.fields[i].name);
+        names += (names.empty() ? "" : ", ") + std::string(describe::memberName(layout, layout.fields[i]));
     }
     if (names.empty()) names = "no fields";
     return layout.record ? std::string(layout.record) + " (" + names + ")" : "this record (" + names + ")";
@@ -143,7 +144,8 @@ public:
             bool known = false;
             for (uint16_t i = 0; i < layout.fieldCount && !known; ++i) {
                 const char *length = describe::lengthMember(layout.fields[i]);
-                known = member.key() == layout.fields[i].name || (length != nullptr && member.key() == length);
+                known = member.key() == describe::memberName(layout, layout.fields[i]) ||
+                        (length != nullptr && member.key() == length);
             }
             if (!known)
                 return fail(at.path + "/" + member.key(),
@@ -208,6 +210,15 @@ public:
                 return fail(at.path, "expected " + std::to_string(fixed[code_value_]) + " bytes for option kind " +
                                          std::to_string(code_value_));
             break;
+        case Of::Unparsed: { // the value's wire bytes, {"hex": "..."}
+            const auto hex = at.node->is_object() ? at.node->find("hex") : at.node->end();
+            if (hex == at.node->end() || at.node->size() != 1)
+                return fail(at.path, "expected {\"hex\": \"...\"} for an attribute without a codec");
+            if (!hexBytes(*hex, at.path + "/hex", count.limit, stash_, error_)) return false;
+            n = stash_.size();
+            stashedFor_ = count.field;
+            break;
+        }
         case Of::Data:
         case Of::Rest:
             if (count.parts == 0) {
@@ -263,12 +274,17 @@ public:
         const std::string &path = places_.back().path;
         switch (miss.of) {
         case Of::Code: {
+            // An event's attribute without a codec travels as its bytes, {"hex": "..."}.
+            if (miss.codeOf == describe::Code::Of::Entry && miss.field != nullptr &&
+                miss.field->kindId == TROV_KIND_EVENT_ATTRIBUTES)
+                return describe::Answer::Unparsed;
             const bool method = miss.codeOf == describe::Code::Of::Method;
             const bool type = miss.codeOf == describe::Code::Of::DataType;
-            const std::string what = method ? "method " : type ? "data type " : "attribute ";
-            fail(path + (method ? "/method" : type ? "/type" : "/id"),
-                 "unknown " + what + hex16(miss.code) + (miss.version == 0 && !method ? " at version 0" : "") + " (" +
-                     TROV_ResultName(miss.result) + ")");
+            const bool event = miss.codeOf == describe::Code::Of::Event;
+            const std::string what = method ? "method " : type ? "data type " : event ? "event " : "attribute ";
+            fail(path + (method ? "/method" : type ? "/type" : event ? "/code" : "/id"),
+                 "unknown " + what + hex16(miss.code) + (miss.version == 0 && !method && !event ? " at version 0" : "") +
+                     " (" + TROV_ResultName(miss.result) + ")");
             error_.result = miss.result;
             break;
         }
@@ -278,8 +294,6 @@ public:
             if (miss.field != nullptr)
                 fail(path, std::string("fields of kind ") + miss.field->kind + " (" + miss.field->name +
                                ") cannot be encoded");
-            else if (miss.layout->form == TROV_LAYOUT_EVENT_LIST)
-                fail(path, "an event list is decoded only; no request carries one");
             else
                 fail(path, "the layout description does not spell this record (" +
                                std::string(miss.layout->record ? miss.layout->record : "a structure") +
@@ -310,6 +324,7 @@ private:
         case Of::Records: return " of objects";
         case Of::Options: return " of {\"kind\": k, \"value\": \"hex\"}";
         case Of::Entries: return " of {\"id\": N, \"value\": ...}";
+        case Of::Events: return " of {\"code\": N, ..., \"fields\": {...}}";
         case Of::Elements:
             return std::string(" of ") + (code_ == describe::Code::Of::DataType ? "data type " : "attribute ") +
                    hex16(code_value_) + " elements";
@@ -386,6 +401,28 @@ bool jsonToHeader(const Json &header, const std::string &path, HeaderInfo &info,
     return true;
 }
 
+bool skippedEmptyBody(const Json &packet) {
+    const auto body = packet.find("body");
+    const auto header = packet.find("header");
+    if (body == packet.end() || header == packet.end() || !body->is_object() || !header->is_object()) return false;
+    const auto status = body->find("status");
+    const auto length = header->find("bodyLength");
+    return status != body->end() && *status == "skipped" && length != header->end() && length->is_number() &&
+           *length == 0;
+}
+
+bool jsonToDirection(const Json &packet, const std::string &path, bool &request, JsonError &error) {
+    request = true;
+    const auto direction = packet.find("direction");
+    if (direction == packet.end()) return true;
+    if (direction->is_string() && (*direction == "request" || *direction == "reply")) {
+        request = *direction == "request";
+        return true;
+    }
+    error = {path + "/direction", "expected \"request\" or \"reply\""};
+    return false;
+}
+
 bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8_t> &bytes, JsonError &error) {
     if (!packet.is_object()) {
         error = {path, "expected a packet object"};
@@ -398,12 +435,26 @@ bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8
     }
     HeaderInfo info{};
     if (!jsonToHeader(*header, path + "/header", info, error)) return false;
+    bool request = true;
+    if (!jsonToDirection(packet, path, request, error)) return false;
+
+    if (skippedEmptyBody(packet)) {
+        bytes.assign(TROV_HEADER_LENGTH, 0);
+        const PacketCursor cursor{bytes.data(), TROV_HEADER_LENGTH};
+        info.bodyLength = 0;
+        if (const TrovResult r = TROV_EncodeHeader(&info, &cursor)) {
+            error = {path + "/header", std::string("encoding failed: ") + TROV_ResultName(r), r};
+            return false;
+        }
+        return true;
+    }
 
     const auto version = static_cast<uint8_t>(info.version);
     TrovLayoutInfo layout{};
-    const TrovResult described = TROV_DescribeBody(info.code, version, 1, &layout);
+    const TrovResult described = TROV_DescribeBody(info.code, version, request ? 1 : 0, &layout);
     if (described != TROV_RESULT_OK) {
-        error = {path + "/header/code", "no request layout for body code " + hex16(info.code) + " at version " +
+        error = {path + "/header/code", std::string("no ") + (request ? "request" : "reply") +
+                                            " layout for body code " + hex16(info.code) + " at version " +
                                             std::to_string(version) + " (" + TROV_ResultName(described) + ")",
                  described};
         return false;
@@ -420,12 +471,13 @@ bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8
     const auto fields = body->find("fields");
     const Json empty = Json::object();
     RecordArena arena;
-    const void *record = jsonToRecord(fields != body->end() ? *fields : empty, layout, version, true, arena,
+    const void *record = jsonToRecord(fields != body->end() ? *fields : empty, layout, version, request, arena,
                                       path + "/body/fields", error);
     if (!record) return false;
 
     EncodeOutput output{nullptr, 0};
-    const TrovResult result = TROV_EncodeFU(&info, record, &output);
+    const TrovResult result =
+        request ? TROV_EncodeFU(&info, record, &output) : TROV_EncodeReply(&info, record, &output);
     if (result != TROV_RESULT_OK) {
         error = {path + "/body", std::string("encoding failed: ") + TROV_ResultName(result) + " (" +
                                      TROV_ResultMeaning(result) + ")",

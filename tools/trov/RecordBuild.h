@@ -39,10 +39,20 @@ struct JsonError {
 const void *jsonToRecord(const Json &fields, const TrovLayoutInfo &layout, uint8_t version, bool request,
                          RecordArena &arena, const std::string &path, JsonError &error);
 
-// A packet object (header and body, at `path`) encoded through TROV_EncodeFU;
-// the body length is computed. false with `error` set on bad JSON or a
-// failed encode.
+// A packet object (header, direction and body, at `path`) encoded through
+// TROV_EncodeFU (a request) or TROV_EncodeReply (a reply); the body length is
+// computed. false with `error` set on bad JSON or a failed encode.
 bool encodePacket(const Json &packet, const std::string &path, std::vector<uint8_t> &bytes, JsonError &error);
+
+// Whether the packet object is one whose body the decoder skipped (a body
+// code its unit type does not decode) and whose header says the body is
+// empty: then the header is the whole packet, and encodePacket writes it.
+bool skippedEmptyBody(const Json &packet);
+
+// The packet object's "direction": "request" (also when absent, so that
+// request objects written by hand need none) or "reply". false with `error`
+// set on any other value.
+bool jsonToDirection(const Json &packet, const std::string &path, bool &request, JsonError &error);
 
 // The header of a packet object: every member of "header" but bodyLength,
 // which the encoder computes. Absent members take the protocol mark, the

@@ -89,8 +89,9 @@ def decode(data: Source, *, request: bool = False, strict: bool = False,
     Each packet object equals ``json.loads`` of the line that
     ``trov decode --ndjson`` prints for the packet: ``offset``, ``length``,
     ``header``, ``unitType`` and ``body`` (``status`` ``"decoded"`` with
-    ``layout`` and ``fields``, ``"skipped"`` with ``reason``, or ``"failed"``
-    with ``error``). Bodies are read as replies, or with ``request=True`` as
+    ``layout`` and ``fields``, ``"skipped"`` with ``reason``, ``"failed"``
+    with ``error``, or ``"partial"``, an event list up to the event in its
+    ``error``). Bodies are read as replies, or with ``request=True`` as
     the requests of their body codes.
 
     A packet that fails to decode is its failed object, and decoding goes on

@@ -21,4 +21,10 @@
     offsetof(MethodBody, paramsLength), offsetof(MethodBody, buffer), \
     sizeof(EventListBody), offsetof(EventListBody, count), offsetof(EventListBody, entries), \
     offsetof(EventListBody, buffer), \
-    sizeof(EventEntry), offsetof(EventEntry, eventCode), offsetof(EventEntry, body),
+    sizeof(EventEntry), offsetof(EventEntry, eventCode), offsetof(EventEntry, body), \
+    sizeof(TrovFieldInfo), offsetof(TrovFieldInfo, kindId), offsetof(TrovFieldInfo, offset), \
+    offsetof(TrovFieldInfo, countField), \
+    sizeof(TrovLayoutInfo), offsetof(TrovLayoutInfo, recordBytes), offsetof(TrovLayoutInfo, fields), \
+    offsetof(TrovLayoutInfo, form), offsetof(TrovLayoutInfo, wireFixed), \
+    sizeof(TrovInspectReport), offsetof(TrovInspectReport, bodyRead), offsetof(TrovInspectReport, kept), \
+    offsetof(TrovInspectReport, code), offsetof(TrovInspectReport, partial),

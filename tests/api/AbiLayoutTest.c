@@ -3,6 +3,8 @@
 #include <stddef.h>
 
 #include "TrovCodec.h"
+#include "TrovInspect.h"
+#include "TrovLayout.h"
 #include "api/AbiFigures.h"
 
 /* The generated records, codes and encode front doors are pedantic C11. */

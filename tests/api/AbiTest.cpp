@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovInspect.h"
+#include "TrovLayout.h"
 #include "api/AbiFigures.h"
 
 extern "C" size_t trovTestCLayout(size_t *out, size_t capacity);
@@ -16,7 +18,7 @@ TEST(Abi, RecordLayoutsAreTheSameInC) {
     const std::vector<size_t> cpp = {
         TROV_ABI_FIGURES
     };
-    std::vector<size_t> c(64);
+    std::vector<size_t> c(128);
     c.resize(trovTestCLayout(c.data(), c.size()));
     EXPECT_EQ(c, cpp);
 }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovInspect.h"
 #include "TrovRecords.h"
 #include "TrovReplyEncode.h"
 #include "engine/Memory.h"
@@ -137,6 +138,24 @@ Outcome shortEventList() {
     return decodeFU(0x0a, {0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}, offsetof(ShortEventListBody, buffer));
 }
 
+// TROV_InspectFU on a whole list, and on one whose second event has no
+// codec: the list up to it is kept, which counts as the call's success.
+Outcome inspect(const std::vector<uint8_t> &body) {
+    std::vector<uint8_t> p = replyPacket(0x0a, body);
+    const PacketCursor cursor{p.data(), static_cast<uint32_t>(p.size())};
+    HeaderInfo info{};
+    DecodeResult result{nullptr, nullptr, 0};
+    TrovInspectReport report{};
+    TrovResult r = TROV_InspectFU(&info, &result, &cursor, nullptr, &report);
+    if (r == TROV_RESULT_NO_EVENT_CODEC && report.partial == 1) r = TROV_RESULT_OK;
+    const bool handedOut = result.record != nullptr || result.buffer != nullptr;
+    if (result.record != nullptr) trovFree(loadField<BufferDesc>(result.record, offsetof(ShortEventListBody, buffer)).data);
+    trovFree(result.record);
+    return {r, handedOut, r == TROV_RESULT_OK ? -1 : result.type};
+}
+Outcome inspectList() { return inspect({0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}); }
+Outcome inspectPartialList() { return inspect({0, 0, 0, 1, 2, 0x00, 0x04, 7, 9, 2, 'a', 'b', 0x00, 0x01, 7}); }
+
 Outcome decodeExtend() {
     // Two items: identifier 0x00CB (one byte), and 0x0001, which has no codec
     // and is kept raw.
@@ -193,6 +212,7 @@ const Case kCases[] = {
     {"DecodeStrings", stringReply},           {"DecodeStringsIntoCallersRecord", stringReplyIntoCallersRecord},
     {"DecodeMethod", methodReply},
     {"DecodeLongEventList", longEventList},   {"DecodeShortEventList", shortEventList},
+    {"InspectEventList", inspectList},        {"InspectPartialEventList", inspectPartialList},
     {"DecodeExtend", decodeExtend},           {"Malloc", hostAllocation},
     {"EncodeEventListReply", eventListReply}, {"EncodeMethodReply", methodReplyEncode},
 };

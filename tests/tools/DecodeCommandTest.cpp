@@ -1,7 +1,10 @@
 // `trov decode` run in-process: what each kind of bad input is reported as,
 // and with which exit code; and the printer's guarantee of unique JSON keys
 // over every layout the library describes.
+#include <chrono>
+#include <cstdio>
 #include <fcntl.h>
+#include <fstream>
 #include <iostream>
 #include <set>
 #include <sstream>
@@ -11,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "DecodeCommand.h"
+#include "OutputFile.h"
 #include "RecordJson.h"
 #include "Tables.h"
 #include "TrovCodec.h"
@@ -31,6 +35,9 @@ using trov::OutputStyle;
 // unit type 4), as hex text.
 const std::string kU32Reply = "A7E5 1001 000B 0000 0004 00000000 00000000 0001 0001E240\n";
 const std::string kSkipped = "A7E5 1001 000A 0000 0000 00000000 00000000 0004\n";
+// A short event list (body 0x0a) of two events: 0x04 (a u8, "hi"), then 0x0001,
+// which no event has.
+const std::string kPartialList = "A7E5 1001 000A 0000 0010 00000000 00000000 0001 00000001 02 0004 07 09 02 6869 0001 07 AA\n";
 
 struct Case {
     const char *name;
@@ -42,6 +49,8 @@ struct Case {
     std::vector<std::string> outHas;  // pieces the output must contain
     std::string errHas;               // a piece of the error output ("" none expected)
     bool request = false;             // --request
+    uint64_t count = 0, skip = 0;     // -c, --skip
+    bool progress = false;            // a progress line (shown at once, on every packet)
 };
 
 std::string sourcePath(const char *relative) { return std::string(TROV_SOURCE_DIR) + "/" + relative; }
@@ -61,8 +70,28 @@ std::vector<Case> cases() {
         {"WrongMarkIsSkippedUpToTheNextPacket",
          "A7E6 1000 0005 0000 0000 00000000 00000000 0000\n" + kU32Reply, {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1, {"{\"offset\":0,\"skipped\":20,", "\"offset\":20,\"length\":24"}, ""},
-        {"ShortBodyFailsAfterTheHeader", "A7E5 1001 000B 0000 0002 00000000 00000000 0001 0001", {}, InputFormat::Hex,
-         OutputStyle::Ndjson, 1, {"\"name\":\"SHORT_INPUT\"", "\"offset\":20}"}, ""},
+        // A failed packet names the item it stopped at and carries its bytes.
+        {"ShortBodyFailsAtItsField", "A7E5 1001 000B 0000 0002 00000000 00000000 0001 0001", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1,
+         {"\"name\":\"SHORT_INPUT\"", "\"offset\":20,\"field\":\"value0\"}}",
+          "\"hex\":\"a7e51001000b0000000200000000000000000001" "0001\"}"},
+         ""},
+        {"UnknownAttributeIsNamed", "A7E5 1001 0012 0000 0003 00000000 00000000 0001 0001 00", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1, {"\"name\":\"NO_ATTRIBUTE_CODEC\"", "\"offset\":20,\"attribute\":1,\"field\":\"id\"}"},
+         ""},
+        {"UnknownMethodIsNamed", "A7E5 1001 001D 0000 0006 00000000 00000000 0001 00000001 0001", {}, InputFormat::Hex,
+         OutputStyle::Ndjson, 1, {"\"name\":\"NO_METHOD_CODEC\"", "\"offset\":24,\"method\":1}"}, ""},
+        // An event list keeps the events before the failing one, and counts them.
+        {"PartialEventList", kPartialList, {}, InputFormat::Hex, OutputStyle::Ndjson, 1,
+         {"\"status\":\"partial\"", "\"offset\":32,\"event\":1,\"code\":1},\"fields\":{\"value0\":1,\"count\":1,",
+          "\"events\":[{\"code\":4,\"field2\":7,\"fields\":{\"value0\":9,\"string1\":\"6869\"}}]}}", "\"hex\":"},
+         ""},
+        {"TextViewShowsWhereAListStopped", kPartialList, {}, InputFormat::Hex, OutputStyle::Text, 1,
+         {"  body: ShortEventListBody, partial: stopped at offset 32, event 1 (code 0x0001): NO_EVENT_CODEC", "    count: 1\n"},
+         ""},
+        {"UnreadBytesBehindTheBody", "A7E5 1001 000B 0000 0007 00000000 00000000 0001 0001E240 EEEEEE", {},
+         InputFormat::Hex, OutputStyle::Ndjson, 0, {"\"status\":\"decoded\",\"layout\":\"U32Body\",\"unread\":3,", "\"hex\":"},
+         ""},
         {"TrailingPartialPacketAfterAGoodOne", kU32Reply + "A7E5 1001 000B", {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1,
          {"\"fields\":{\"value0\":123456}", "{\"offset\":24,\"trailing\":6,", "\"offset\":24}},\"hex\":\"a7e51001000b\"}"},
@@ -99,6 +128,14 @@ std::vector<Case> cases() {
          InputFormat::Hex, OutputStyle::Ndjson, 1, {"\"name\":\"SHORT_INPUT\"", "\"offset\":27}"}, "", true},
         {"SeveralFilesNameEachPacket", kU32Reply, {"-", examples + "/wrong-mark.hex"}, InputFormat::Detect,
          OutputStyle::Ndjson, 1, {"{\"file\":\"-\",\"offset\":0,", "wrong-mark.hex\",\"offset\":0,"}, ""},
+        // -c and --skip count objects, failed ones too; what is skipped is
+        // not decoded and does not count towards the exit code.
+        {"CountStopsAfterNPackets", kU32Reply + kU32Reply + "A7", {}, InputFormat::Hex, OutputStyle::Ndjson, 0,
+         {"{\"offset\":24,"}, "", false, 2},
+        {"SkipDropsTheFirstPackets", "A7E6 1001" + kU32Reply + kSkipped, {}, InputFormat::Hex, OutputStyle::Ndjson, 0,
+         {"{\"offset\":28,\"length\":20,"}, "", false, 0, 2},
+        {"ProgressLineIsErasedAtTheEnd", kU32Reply + kU32Reply, {}, InputFormat::Hex, OutputStyle::Ndjson, 0, {},
+         "\rtrov decode: 48 bytes read, 2 packets", false, 0, 0, true},
     };
 }
 
@@ -112,6 +149,10 @@ TEST_P(DecodeCommandTest, ReportsAndExits) {
     options.format = c.format;
     options.style = c.style;
     options.request = c.request;
+    options.count = c.count;
+    options.skip = c.skip;
+    options.progress = c.progress;
+    options.progressAfter = options.progressEvery = std::chrono::milliseconds(0);
     const int code = trov::runDecode(c.files, options, in, out, err);
     EXPECT_EQ(code, c.exitCode) << out.str() << err.str();
     for (const std::string &piece : c.outHas)
@@ -120,6 +161,13 @@ TEST_P(DecodeCommandTest, ReportsAndExits) {
         EXPECT_EQ(err.str(), "");
     } else {
         EXPECT_NE(err.str().find(c.errHas), std::string::npos) << err.str();
+    }
+    if (c.progress) {
+        const std::string e = err.str();
+        EXPECT_EQ(e.substr(e.size() - 1), "\r") << e; // the line is erased
+    }
+    if (c.count != 0) {
+        EXPECT_EQ(out.str().find("\"offset\":" + std::to_string(24 * c.count)), std::string::npos) << out.str();
     }
     // Every line of NDJSON is one whole packet object.
     if (c.style == OutputStyle::Ndjson) {
@@ -141,6 +189,23 @@ TEST(DecodeCommand, StopsWhenTheOutputFails) {
     DecodeOptions options;
     options.format = InputFormat::Hex;
     EXPECT_EQ(trov::runDecode({}, options, in, out, err), trov::kExitInputError);
+}
+
+// -o: the file is written as bytes (no line-end translation), and one that
+// cannot be opened is refused with the reason.
+TEST(DecodeCommand, OutputFile) {
+    const std::string path = testing::TempDir() + "trov-output-file-test";
+    std::string error;
+    {
+        auto file = trov::openOutput(path, error);
+        ASSERT_NE(file, nullptr) << error;
+        *file << "a\nb";
+    }
+    std::ifstream back(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), "a\nb");
+    std::remove(path.c_str());
+    EXPECT_EQ(trov::openOutput(sourcePath("examples"), error), nullptr);
+    EXPECT_NE(error.find("cannot write"), std::string::npos) << error;
 }
 
 #ifndef _WIN32

@@ -474,7 +474,8 @@ std::vector<uint8_t> exampleBytes(const std::filesystem::path &file, std::string
 }
 
 // `trov decode X.hex | trov encode` gives X back for every example whose
-// packets all decode (with the options it is decoded with).
+// packets all decode (with the options it is decoded with) and leave no body
+// bytes unread (no field holds those).
 TEST(ExampleRoundTrip, DecodeThenEncodeGivesTheExample) {
     TROV_InitCoder();
     int checked = 0;
@@ -488,6 +489,7 @@ TEST(ExampleRoundTrip, DecodeThenEncodeGivesTheExample) {
         std::istringstream none;
         std::ostringstream json, hex, err;
         if (trov::runDecode({entry.path().string()}, decode, none, json, err) != 0) continue; // not every packet decodes
+        if (json.str().find("\"unread\":") != std::string::npos) continue;
         ASSERT_EQ(trov::encodeJsonText(json.str(), "t", true, hex, err), 0) << entry.path() << ": " << err.str();
         EXPECT_EQ(hex.str(), std::string(bytes.begin(), bytes.end())) << entry.path();
         ++checked;

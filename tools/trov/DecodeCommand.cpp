@@ -3,17 +3,23 @@
 // tool's request reader with --request) and prints its packet object at once.
 //
 // A packet object: offset and length in its input, the header's fields, the
-// unit type and the body: "decoded" with the layout's name and its fields,
-// "skipped" with the reason, or "failed" with the library's result and the
-// input offset where decoding stopped.
+// unit type and the body: "decoded" with the layout's name and its fields
+// (and "unread", the body bytes behind them that no field took), "skipped"
+// with the reason, "failed" with the library's result and where decoding
+// stopped (TROV_InspectFU: the input offset, and the event, attribute,
+// method or field there), or "partial": an event list decoded up to the
+// failing event, with its error. A packet that is not decoded cleanly
+// carries its bytes as "hex".
 #include <cstdio>
 #include <iostream>
 #include <memory>
 
 #include "DecodeCommand.h"
+#include "Progress.h"
 #include "RequestReader.h"
 #include "TextView.h"
 #include "TrovCodec.h"
+#include "TrovInspect.h"
 #include "TrovLayout.h"
 #include "TrovVersion.h"
 
@@ -37,12 +43,32 @@ Json failedBody(TrovResult result, uint64_t offset) {
     return Json{{"status", "failed"}, {"error", errorJson(result, offset)}};
 }
 
-std::string hexString(const std::vector<uint8_t> &bytes) {
-    static const char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
-    for (uint8_t b : bytes) text += {digits[b >> 4], digits[b & 0xF]};
-    return text;
+std::string hexOf(const std::vector<uint8_t> &bytes) { return hexString(bytes.data(), bytes.size()); }
+
+// The error of a reply TROV_InspectFU located: the input offset of the item,
+// and what the item is: "event" (its index) and "code", "attribute" (the
+// identifier) and the "field" holding it, "method", or another "field".
+Json locatedError(TrovResult result, uint64_t packetOffset, const TrovInspectReport &report, const HeaderInfo &info) {
+    Json error = errorJson(result, packetOffset + report.offset);
+    TrovLayoutInfo layout{};
+    const bool described = TROV_DescribeBody(info.code, static_cast<uint8_t>(info.version), 0, &layout) == 0;
+    const char *field = described && report.index < layout.fieldCount ? layout.fields[report.index].name : nullptr;
+    switch (report.item) {
+    case TROV_ITEM_EVENT:
+        error["event"] = report.index;
+        error["code"] = report.code;
+        break;
+    case TROV_ITEM_ATTRIBUTE:
+        error["attribute"] = report.code;
+        if (field != nullptr) error["field"] = field;
+        break;
+    case TROV_ITEM_METHOD: error["method"] = report.code; break;
+    case TROV_ITEM_FIELD:
+        if (field != nullptr) error["field"] = field;
+        break;
+    default: break;
+    }
+    return error;
 }
 
 std::string hex16(uint16_t v) {
@@ -65,6 +91,16 @@ Json decodedBody(const TrovLayoutInfo &layout, uint16_t code, const void *record
     return Json{{"status", "decoded"}, {"layout", layoutName(layout, code, request)}, {"fields", std::move(fields)}};
 }
 
+// `body` with `key` set to `value` ahead of its "fields".
+Json beforeFields(Json body, const char *key, Json value) {
+    Json out = Json::object();
+    for (auto it = body.begin(); it != body.end(); ++it) {
+        if (it.key() == "fields") out[key] = std::move(value);
+        out[it.key()] = std::move(it.value());
+    }
+    return out;
+}
+
 // Frees what an allocating TROV_DecodeFU handed over.
 struct DecodeResultOwner {
     DecodeResult result{nullptr, nullptr, 0};
@@ -79,18 +115,25 @@ void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &b
     PacketCursor cursor{bytes.data(), static_cast<uint32_t>(bytes.size())};
     HeaderInfo info{};
     DecodeResultOwner owner;
-    const TrovResult r = TROV_DecodeFU(&info, &owner.result, &cursor, nullptr);
+    TrovInspectReport report{};
+    const TrovResult r = TROV_InspectFU(&info, &owner.result, &cursor, nullptr, &report);
+    TrovLayoutInfo layout{};
+    const bool described = TROV_DescribeBody(info.code, static_cast<uint8_t>(info.version), 0, &layout) == 0;
+    const auto version = static_cast<uint8_t>(info.version);
     if (r != TROV_RESULT_OK) {
         failed = true;
         packet["unitType"] = header.extension;
-        // The header's own refusals (the mark, the version) stop at its start.
-        const bool headerFailed = r == TROV_RESULT_BAD_PACKET || r == TROV_RESULT_NO_HEADER_CODEC;
-        packet["body"] = failedBody(r, headerFailed ? offset : offset + TROV_HEADER_LENGTH);
+        if (report.partial == 1 && described) {
+            Json body = decodedBody(layout, info.code, owner.result.record, version, false, hook);
+            body["status"] = "partial";
+            packet["body"] = beforeFields(std::move(body), "error", locatedError(r, offset, report, info));
+        } else {
+            packet["body"] = Json{{"status", "failed"}, {"error", locatedError(r, offset, report, info)}};
+        }
+        packet["hex"] = hexOf(bytes);
         return;
     }
     packet["unitType"] = owner.result.type;
-    TrovLayoutInfo layout{};
-    const bool described = TROV_DescribeBody(info.code, static_cast<uint8_t>(info.version), 0, &layout) == 0;
     if (owner.result.record == nullptr && !(described && layout.form == TROV_LAYOUT_NONE)) {
         packet["body"] = Json{{"status", "skipped"},
                               {"reason", "unit type " + std::to_string(owner.result.type) +
@@ -98,8 +141,15 @@ void decodeReply(Json &packet, const HeaderInfo &header, std::vector<uint8_t> &b
         return;
     }
     if (!described) layout = TrovLayoutInfo{nullptr, 0, 0, nullptr, TROV_LAYOUT_NONE, 0, 0};
-    packet["body"] =
-        decodedBody(layout, info.code, owner.result.record, static_cast<uint8_t>(info.version), false, hook);
+    Json body = decodedBody(layout, info.code, owner.result.record, version, false, hook);
+    // Bytes the header frames behind those the body's fields took: the
+    // packet decoded, as the library decodes it, so they are no failure.
+    if (report.bodyRead < report.bodyLength) {
+        packet["body"] = beforeFields(std::move(body), "unread", Json(report.bodyLength - report.bodyRead));
+        packet["hex"] = hexOf(bytes);
+        return;
+    }
+    packet["body"] = std::move(body);
 }
 
 void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uint8_t> &bytes, uint64_t offset,
@@ -109,6 +159,7 @@ void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uin
     if (header.mark != TROV_PROTOCOL_MARK) {
         failed = true;
         packet["body"] = failedBody(TROV_RESULT_BAD_PACKET, offset);
+        packet["hex"] = hexOf(bytes);
         return;
     }
     TrovLayoutInfo layout{};
@@ -116,6 +167,7 @@ void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uin
     if (described != TROV_RESULT_OK) {
         failed = true;
         packet["body"] = failedBody(described, offset + TROV_HEADER_LENGTH);
+        packet["hex"] = hexOf(bytes);
         return;
     }
     RecordArena arena;
@@ -126,6 +178,7 @@ void decodeRequest(Json &packet, const HeaderInfo &header, const std::vector<uin
     if (r != TROV_RESULT_OK) {
         failed = true;
         packet["body"] = failedBody(r, offset + TROV_HEADER_LENGTH + stoppedAt);
+        packet["hex"] = hexOf(bytes);
         return;
     }
     packet["body"] = decodedBody(layout, header.code, record, version, true, hook);
@@ -182,6 +235,7 @@ Json decodePacket(const std::vector<uint8_t> &bytes, uint64_t offset, bool reque
     if (r != TROV_RESULT_OK) {
         failed = true;
         packet["body"] = failedBody(r, offset);
+        packet["hex"] = hexOf(bytes);
         return packet;
     }
     packet["header"] = headerJson(header);
@@ -200,7 +254,7 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
     switch (item.kind) {
     case PacketItem::Kind::Skipped:
         packet["skipped"] = item.count;
-        packet["hex"] = hexString(item.bytes);
+        packet["hex"] = hexOf(item.bytes);
         if (item.bytes.size() < item.count) packet["hexBytes"] = item.bytes.size(); // only the first are kept
         break;
     case PacketItem::Kind::Gap:
@@ -209,7 +263,7 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
     default: // a packet cut short by the end of the input
         packet["trailing"] = item.bytes.size();
         packet["body"] = failedBody(TROV_RESULT_SHORT_INPUT, item.offset);
-        packet["hex"] = hexString(item.bytes);
+        packet["hex"] = hexOf(item.bytes);
         break;
     }
     return packet;
@@ -220,6 +274,16 @@ Json captureJson(const CaptureInfo &c) {
                 {"src", c.src},     {"dst", c.dst},   {"direction", c.request ? "request" : "reply"}};
 }
 
+namespace {
+
+// The stream bytes an item covers.
+uint64_t itemBytes(const PacketItem &item) {
+    return item.kind == PacketItem::Kind::Packet || item.kind == PacketItem::Kind::Trailing ? item.bytes.size()
+                                                                                             : item.count;
+}
+
+} // namespace
+
 int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
               std::ostream &out, std::ostream &err) {
     TROV_InitCoder();
@@ -227,10 +291,14 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
     const bool named = inputs.size() > 1;
     int status = kExitOk;
     Writer writer(out, options.style);
+    ProgressLine progress(options.progress ? &err : nullptr, "trov decode", options.progressAfter,
+                          options.progressEvery);
+    uint64_t framed = 0, printed = 0, bytesBefore = 0; // bytesBefore: of the inputs done
     writer.begin();
     // Captures: flows left out or ended early are remarked on `err`.
     const CaptureOptions capture{options.port, [&err](const std::string &note) { err << "trov decode: " << note << '\n'; }};
     for (const std::string &name : inputs) {
+        if (options.count != 0 && printed == options.count) break;
         std::unique_ptr<PacketInput> input;
         std::string error;
         if (name == "-" && &in == &std::cin) {
@@ -242,23 +310,24 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
             input = PacketInput::fromStream(in, "-", options.format, options.request, capture);
         } else {
             input = PacketInput::open(name, options.format, error, options.request, capture);
-            if (input == nullptr) {
-                err << "trov decode: " << (error.empty() ? name + ": cannot be read" : error) << '\n';
-                status = kExitInputError;
-                continue;
-            }
         }
         if (input == nullptr) {
-            err << "trov decode: " << name << ": cannot be read\n";
+            progress.finish();
+            err << "trov decode: " << (error.empty() ? name + ": cannot be read" : error) << '\n';
             status = kExitInputError;
             continue;
         }
+        uint64_t end = 0; // of this input's items so far
         for (PacketItem item = input->next(); item.kind != PacketItem::Kind::End; item = input->next()) {
             if (item.kind == PacketItem::Kind::Error) {
+                progress.finish();
                 err << "trov decode: " << item.error << '\n';
                 status = kExitInputError;
                 break;
             }
+            end = item.offset + itemBytes(item);
+            progress.update(bytesBefore + end, ++framed);
+            if (framed <= options.skip) continue;
             Json packet = Json::object();
             bool failed = false;
             if (named) packet["file"] = name;
@@ -267,8 +336,11 @@ int runDecode(const std::vector<std::string> &files, const DecodeOptions &option
             if (failed && status == kExitOk) status = kExitPacketFailed;
             writer.write(packet);
             if (!out) return kExitInputError; // the reader went away
+            if (options.count != 0 && ++printed == options.count) break;
         }
+        bytesBefore += end;
     }
+    progress.finish();
     writer.end();
     return out ? status : kExitInputError;
 }

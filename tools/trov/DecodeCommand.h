@@ -2,6 +2,7 @@
 // packet, streamed as each packet is decoded.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <istream>
@@ -22,6 +23,12 @@ struct DecodeOptions {
     bool request = false; // read bodies as requests of the body code
     OutputStyle style = OutputStyle::JsonArray;
     uint16_t port = 0; // captures: the server's TCP port (--port), 0: none
+    uint64_t count = 0;   // -c: stop after printing this many objects (0: no limit)
+    uint64_t skip = 0;    // --skip: objects framed but neither decoded nor printed, first
+    // A progress line on the error stream (where it is a terminal), shown
+    // from `progressAfter` into the run, at most once per `progressEvery`.
+    bool progress = false;
+    std::chrono::milliseconds progressAfter{500}, progressEvery{250};
 };
 
 // Exit codes of the commands.
@@ -47,10 +54,12 @@ Json decodeItem(const PacketItem &item, bool request, bool &failed, const Fields
 Json captureJson(const CaptureInfo &capture);
 
 // Decodes every input in `files` ("-": `in`; empty: `in`; when `in` is std::cin,
-// descriptor 0, so that its read errors count) to `out`, errors to
-// `err`. Returns 0 when every packet decoded (skipped bodies included), 1
-// when some packet or trailing bytes failed, 2 after an input error (cannot
-// open, bad hex) or when `out` cannot be written.
+// descriptor 0, so that its read errors count) to `out`, errors to `err`.
+// Objects are counted across the inputs for `skip` and `count`. Returns 0
+// when every printed packet decoded (skipped bodies and unread bytes behind
+// a body included), 1 when some packet failed or was partial, or bytes were
+// skipped, lost or trailing, 2 after an input error (cannot open, bad hex)
+// or when `out` cannot be written.
 int runDecode(const std::vector<std::string> &files, const DecodeOptions &options, std::istream &in,
               std::ostream &out, std::ostream &err);
 

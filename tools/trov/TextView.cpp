@@ -97,6 +97,18 @@ uint64_t count(const Json &object, const char *key) {
     return it != object.end() && it->is_number_unsigned() ? it->get<uint64_t>() : 0;
 }
 
+// Where an error stopped, as the error object names it: ", event 1 (code
+// 0x0004)", ", attribute 0x0090 (field id)", ", method 0x0096", ", field value1".
+std::string location(const Json &e) {
+    std::string at;
+    if (e.contains("event")) at = ", event " + std::to_string(count(e, "event")) + " (code " + hexNumber(count(e, "code"), 4) + ")";
+    else if (e.contains("attribute")) at = ", attribute " + hexNumber(count(e, "attribute"), 4);
+    else if (e.contains("method")) at = ", method " + hexNumber(count(e, "method"), 4);
+    const std::string field = e.value("field", "");
+    if (!field.empty()) at += at.empty() ? ", field " + field : " (field " + field + ")";
+    return at;
+}
+
 } // namespace
 
 void setTextColour(std::ostream &out, bool colour) { out.iword(colourSlot()) = colour ? 1 : 0; }
@@ -149,22 +161,31 @@ void writeText(const Json &packet, std::ostream &out) {
     const auto body = packet.find("body");
     if (body != packet.end() && body->is_object()) {
         const std::string status = body->value("status", "");
+        const auto fields = body->find("fields");
+        const bool hasFields = fields != body->end() && fields->is_object();
         if (status == "decoded") {
-            out << "  body: " << paint(Paint::Layout, body->value("layout", "")) << '\n';
-            if (const auto fields = body->find("fields"); fields != body->end() && fields->is_object())
-                for (const auto &[key, member] : fields->items()) writeValue(key, member, 4, out, paint);
+            out << "  body: " << paint(Paint::Layout, body->value("layout", ""));
+            if (body->contains("unread"))
+                out << ", " << paint(Paint::Problem, std::to_string(count(*body, "unread")) + " bytes unread");
+            out << '\n';
         } else if (status == "skipped") {
             out << "  body: " << paint(Paint::Note, "skipped, " + body->value("reason", "")) << '\n';
         } else if (body->contains("error")) {
+            // A failed body, or a partial one (its layout, then the fields it kept).
             const Json &e = (*body)["error"];
-            out << "  body: "
-                << paint(Paint::Problem, "failed at offset " + std::to_string(count(e, "offset")) + ": " +
+            out << "  body: ";
+            if (status == "partial") out << paint(Paint::Layout, body->value("layout", "")) << ", ";
+            out << paint(Paint::Problem, (status == "partial" ? "partial: stopped at offset " : "failed at offset ") +
+                                             std::to_string(count(e, "offset")) + location(e) + ": " +
                                              e.value("name", "") + " (" + std::to_string(count(e, "result")) +
                                              "), " + e.value("meaning", ""))
                 << '\n';
         }
+        if (hasFields && (status == "decoded" || status == "partial"))
+            for (const auto &[key, member] : fields->items()) writeValue(key, member, 4, out, paint);
     }
-    if (packet.contains("trailing") && packet.contains("hex")) writeValue("hex", packet["hex"], 2, out, paint);
+    // Trailing bytes, and packets not decoded cleanly, show their bytes.
+    if (packet.contains("hex")) writeValue("hex", packet["hex"], 2, out, paint);
 }
 
 } // namespace trov

@@ -1,7 +1,8 @@
 // trov: the TROV codec on the command line.
 //
-//   trov decode [--raw|--hex] [--request] [--port N] [--ndjson|--text] [--color=WHEN] [FILE...|-]
-//   trov encode [--raw] [FILE|-]
+//   trov decode [--raw|--hex] [--request] [--port N] [--ndjson|--text] [--color=WHEN] [-c N] [--skip N]
+//               [-o FILE] [FILE...|-]
+//   trov encode [--raw] [-o FILE] [FILE|-]
 //   trov tables [--json]
 //
 // Every command's work lives in trov_tool_core; this file is the command line.
@@ -12,6 +13,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,8 @@
 
 #include "DecodeCommand.h"
 #include "EncodeCommand.h"
+#include "OutputFile.h"
+#include "Progress.h"
 #include "Tables.h"
 #include "TextView.h"
 #include "ToolVersion.h"
@@ -115,12 +119,17 @@ int run(int argc, char **argv) {
     decode->add_option("--color", colour, "Colour the --text view: auto (on a terminal, NO_COLOR unset), always, never")
         ->check(CLI::IsMember({"auto", "always", "never"}));
     decode->add_option("FILE", decodeFiles, "Input files; - or none: standard input");
+    decode->add_option("-c", decodeOptions.count, "Stop after printing N packets")->option_text("N");
+    decode->add_option("--skip", decodeOptions.skip, "Skip the first N packets before printing")->option_text("N");
+    std::string outputPath = "-";
+    decode->add_option("-o", outputPath, "Write the output to FILE instead of standard output")->option_text("FILE");
 
     std::string encodeFile = "-";
     bool encodeRaw = false;
     CLI::App *encode = app.add_subcommand("encode", "Encode JSON packet objects into packets (hex text by default)");
     encode->add_flag("--raw", encodeRaw, "Write raw bytes instead of hex text");
     encode->add_option("FILE", encodeFile, "Input file; - or none: standard input");
+    encode->add_option("-o", outputPath, "Write the output to FILE instead of standard output")->option_text("FILE");
 
     bool tablesJson = false;
     CLI::App *tables = app.add_subcommand("tables", "List the body, event, method, attribute and data-type layouts");
@@ -134,23 +143,37 @@ int run(int argc, char **argv) {
         return code == 0 ? 0 : trov::kExitInputError;
     }
 
+    std::unique_ptr<std::ostream> outputFile;
+    if (outputPath != "-") {
+        std::string error;
+        outputFile = trov::openOutput(outputPath, error);
+        if (outputFile == nullptr) {
+            std::cerr << "trov: " << error << '\n';
+            return trov::kExitInputError;
+        }
+    }
+    std::ostream &out = outputFile != nullptr ? *outputFile : std::cout;
+
     TROV_InitCoder();
     if (*decode) {
         decodeOptions.format = raw ? trov::InputFormat::Raw : hex ? trov::InputFormat::Hex : trov::InputFormat::Detect;
         decodeOptions.style = ndjson ? trov::OutputStyle::Ndjson
                               : text ? trov::OutputStyle::Text
                                      : trov::OutputStyle::JsonArray;
-        trov::setTextColour(std::cout, text && trov::colourWanted(colour));
+        // A file named by -o is no terminal: colour only when asked always.
+        trov::setTextColour(out, text && trov::colourWanted(outputFile != nullptr && colour == "auto" ? "never" : colour));
 #ifdef _WIN32
         if (decodeOptions.format != trov::InputFormat::Hex) _setmode(_fileno(stdin), _O_BINARY);
 #endif
-        return trov::runDecode(decodeFiles, decodeOptions, std::cin, std::cout, std::cerr);
+        // Progress on a terminal that the packets are not printed to.
+        decodeOptions.progress = trov::isTerminal(stderr) && (outputFile != nullptr || !trov::isTerminal(stdout));
+        return trov::runDecode(decodeFiles, decodeOptions, std::cin, out, std::cerr);
     }
     if (*encode) {
 #ifdef _WIN32
         if (encodeRaw) _setmode(_fileno(stdout), _O_BINARY);
 #endif
-        return trov::runEncode(encodeFile, encodeRaw, std::cout, std::cerr);
+        return trov::runEncode(encodeFile, encodeRaw, out, std::cerr);
     }
     return trov::runTables(tablesJson, std::cout);
 }

@@ -116,8 +116,9 @@ TrovResult encodeBody(const Tables &tables, uint8_t selector, HeaderInfo *info,
     return row->encode(info, record, output, context, 0);
 }
 
-TrovResult decodeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result,
-                    const PacketCursor *cursor, void *context) {
+TrovResult routeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result, const PacketCursor *cursor,
+                   const BodyCodecRow **rowOut, PacketCursor *body) {
+    *rowOut = nullptr;
     const HeaderCodecRow *header = nullptr;
     if (TrovResult r = decodePacketHeader(info, result, cursor, &header)) return r;
 
@@ -134,7 +135,17 @@ TrovResult decodeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result
     // Body 0x31 runs to the end of the packet whatever the header says.
     const uint32_t length = code == 0x31 ? cursor->remaining - header->headerLength
                                          : info->bodyLength;
-    const PacketCursor body = bodyCursor(*cursor, header->headerLength, length);
+    *body = bodyCursor(*cursor, header->headerLength, length);
+    *rowOut = row;
+    return TROV_RESULT_OK;
+}
+
+TrovResult decodeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result,
+                    const PacketCursor *cursor, void *context) {
+    const BodyCodecRow *row = nullptr;
+    PacketCursor body{};
+    if (TrovResult r = routeFU(tables, info, result, cursor, &row, &body)) return r;
+    if (row == nullptr) return TROV_RESULT_OK;
     return row->decode(info, result, &body, context);
 }
 

@@ -16,6 +16,13 @@ inline constexpr uint8_t kSelectFP = 0;
 TrovResult encodeBody(const Tables &tables, uint8_t selector, HeaderInfo *info,
                       const void *record, void *output, void *context);
 
+// TROV_DecodeFU up to the body codec: the argument checks, the mark, the
+// header, the unit type's rules, the body row and the body's bytes. Returns
+// 0 with *row null for a body the rules skip, 0 with *row and *body set for
+// a body to decode, or the result TROV_DecodeFU gives.
+TrovResult routeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result, const PacketCursor *cursor,
+                   const BodyCodecRow **row, PacketCursor *body);
+
 TrovResult decodeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result,
                     const PacketCursor *cursor, void *context);
 

@@ -132,7 +132,26 @@ static_assert(event_frames::placed(kEventFrames[1].head,
 // (before anything is written); an event codec's or the block allocation's
 // result. On failure result->type is 6 and everything this call allocated is
 // released.
+//
+// `limit` decodes only the first events (at most that many; the record's
+// count then says how many it holds), whatever follows them; `read`, when
+// given, receives the body bytes the decode read on success.
+inline constexpr uint32_t kEveryEvent = 0xFFFFFFFFu;
 TrovResult decodeEventList(EventFraming framing, const Tables &tables, uint8_t version,
-                           DecodeResult *result, const PacketCursor *body);
+                           DecodeResult *result, const PacketCursor *body, uint32_t limit = kEveryEvent,
+                           uint32_t *read = nullptr);
+
+// Where the size pass over a list stopped.
+struct EventListStop {
+    uint32_t count = 0; // the events the body head announces (0 when the head is cut short)
+    uint32_t sized = 0; // the events before the one it stopped at (all of them on success)
+    uint32_t at = 0;    // the body offset of that event's head; on success the bytes the list takes
+    uint16_t code = 0;  // that event's code; 0 when its head is cut short
+};
+
+// The size pass of decodeEventList alone: nothing is allocated or written.
+// Results as decodeEventList's, but never 6: 0; 5; 12; an event codec's.
+TrovResult sizeEventList(EventFraming framing, const Tables &tables, uint8_t version, const PacketCursor *body,
+                         EventListStop &stop);
 
 } // namespace trov

@@ -40,14 +40,16 @@ TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *recor
 }
 
 TrovResult decodeLayout(const BodyLayout &l, HeaderInfo *info, DecodeResult *result,
-                        const PacketCursor *body) {
+                        const PacketCursor *body, uint32_t *read) {
     const auto version = static_cast<uint8_t>(info->version);
     switch (l.kind) {
-    case BodyKind::NoReply: return TROV_RESULT_OK;
+    case BodyKind::NoReply:
+        if (read != nullptr) *read = 0;
+        return TROV_RESULT_OK;
     case BodyKind::EventList:
-        return decodeEventList(EventFraming::Long, activeTables(), version, result, body);
+        return decodeEventList(EventFraming::Long, activeTables(), version, result, body, kEveryEvent, read);
     case BodyKind::ShortEventList:
-        return decodeEventList(EventFraming::Short, activeTables(), version, result, body);
+        return decodeEventList(EventFraming::Short, activeTables(), version, result, body, kEveryEvent, read);
     case BodyKind::Fields: break;
     }
 
@@ -77,6 +79,31 @@ TrovResult decodeLayout(const BodyLayout &l, HeaderInfo *info, DecodeResult *res
     }
     PacketCursor reading = *body;
     walkDecode(*l.plan, reading, record, area, env);
+    if (read != nullptr) *read = static_cast<uint32_t>(reading.position - body->position);
+    return TROV_RESULT_OK;
+}
+
+TrovResult locateField(const BodyLayout &l, const HeaderInfo *info, const PacketCursor *body, FieldStop &stop) {
+    stop = FieldStop{};
+    if (l.kind != BodyKind::Fields) return TROV_RESULT_OK;
+    // The walker tests fixed fields together with what follows them, so the
+    // failing field is found by sizing ever longer runs of the fields: the
+    // first run that fails ends with it. (A run that ends on a count is not
+    // a plan of its own; the field it counts closes it.)
+    const FieldEnv env = bodyEnv(info);
+    const Plan &plan = *l.plan;
+    for (uint8_t n = 1; n <= plan.count; ++n) {
+        const Plan run = makePlan(plan.fields.data(), n, plan.rules);
+        if (!run.valid) continue;
+        PacketCursor sizing = *body;
+        Sizes data;
+        if (TrovResult r = walkDecCalc(run, sizing, data, env)) {
+            stop.field = static_cast<uint8_t>(n - 1);
+            return r;
+        }
+        stop.at = static_cast<uint32_t>(sizing.position - body->position);
+    }
+    stop.field = plan.count;
     return TROV_RESULT_OK;
 }
 

@@ -146,8 +146,23 @@ TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *recor
 // what the call allocated; a caller's record is never freed. NoReply layouts
 // read nothing and return 0; event-list layouts decode through the event
 // table.
+// `read`, when given, receives the body bytes read on success.
 TrovResult decodeLayout(const BodyLayout &l, HeaderInfo *info, DecodeResult *result,
-                        const PacketCursor *body);
+                        const PacketCursor *body, uint32_t *read = nullptr);
+
+// Where the size pass over a body of a Fields layout stops: the field (its
+// index in the plan, which the layout description numbers alike) and the
+// body offset where the field starts; after a success, the field count and
+// the bytes the body's fields take.
+struct FieldStop {
+    uint8_t field = 0;
+    uint32_t at = 0;
+};
+
+// Runs the size pass of decodeLayout field by field, to find the field it
+// fails at. Nothing is allocated. Results: the size pass's (0 when the body
+// passes it; decodeLayout may still refuse a body shorter than its minimum).
+TrovResult locateField(const BodyLayout &l, const HeaderInfo *info, const PacketCursor *body, FieldStop &stop);
 
 template <const BodyLayout *L>
 TrovResult encodeBody(HeaderInfo *info, const void *record, void *output, void *, uint8_t) {

@@ -32,7 +32,7 @@ TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const Me
 }
 
 TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeResult *result,
-                                const PacketCursor *body) {
+                                const PacketCursor *body, uint32_t *read) {
     bool recordAllocated = false;
     if (TrovResult r = allocateRecord(result, body, kMethodPrefix.wireFixed, sizeof(MethodBody), &recordAllocated))
         return r;
@@ -57,6 +57,7 @@ TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeRe
     record->params = record->buffer.data;
     record->paramsLength = paramsLength;
     row->decode(record->buffer.data, &c);
+    if (read != nullptr) *read = static_cast<uint32_t>(c.position - body->position);
     return TROV_RESULT_OK;
 }
 

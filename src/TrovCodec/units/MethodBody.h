@@ -48,7 +48,8 @@ TrovResult decodeMethodBody(HeaderInfo *info, DecodeResult *result, const Packet
 // The same, dispatching through a given table view (for tests).
 TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const MethodBody *record,
                                 EncodeOutput *output);
+// `read`, when given, receives the body bytes read on success.
 TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeResult *result,
-                                const PacketCursor *body);
+                                const PacketCursor *body, uint32_t *read = nullptr);
 
 } // namespace trov

@@ -127,17 +127,18 @@ TrovResult encodeEventList(EventFraming framing, const Tables &tables, HeaderInf
 // The reply side of a method's parameters: sized and written as the
 // method's row reads them.
 struct ReplyParams {
+    const MethodBody &m;
     const MethodCodecRow *raw; // the raw row: the params length's bytes
     const MethodInfo *method;  // else the method of the built-in table
     const Plan *plan;          // its reply plan (a structured reply: the descriptor)
 
-    TrovResult encCalc(const MethodBody &m, WireSize &size) const {
+    TrovResult encCalc(WireSize &size) const {
         if (raw != nullptr) return raw->encCalc(m.params, m.paramsLength, &size);
         if (method->reply != MethodReply::Structured) return methodEncCalc(*plan, m.params, &size);
         if (TrovResult r = structEncCalc(*plan, m.params, &size)) return r;
         return size.nullData ? TROV_RESULT_NULL_ARGUMENT : TROV_RESULT_OK;
     }
-    void encode(PacketCursor &c, const MethodBody &m) const {
+    void encode(PacketCursor &c) const {
         if (raw != nullptr) raw->encode(&c, m.params, m.paramsLength);
         else if (method->reply != MethodReply::Structured) methodEncode(*plan, &c, m.params);
         else structEncode(*plan, &c, m.params);
@@ -146,7 +147,7 @@ struct ReplyParams {
 
 TrovResult encodeMethodReply(const Tables &tables, HeaderInfo *info, const MethodBody &m, EncodeOutput *output) {
     const MethodCodecRow *row = findMethodRow(tables, m.method, static_cast<uint8_t>(info->version));
-    ReplyParams params{};
+    ReplyParams params{m, nullptr, nullptr, nullptr};
     if (row == &RawMethodCodecRow) {
         params.raw = row;
     } else {
@@ -159,14 +160,7 @@ TrovResult encodeMethodReply(const Tables &tables, HeaderInfo *info, const Metho
         params.plan = params.method->reply == MethodReply::Structured ? params.method->replyDescriptor
                                                                        : &kMethodPlans[i].reply;
     }
-    WireSize size = WireSize::of(kMethodPrefix.wireFixed);
-    WireSize wire;
-    if (TrovResult r = params.encCalc(m, wire)) return r;
-    size.add(wire);
-    return writeBody(info, size, output, [&](PacketCursor &body) {
-        walkEncode(kMethodPrefix, body, reinterpret_cast<const uint8_t *>(&m), FieldEnv{});
-        params.encode(body, m);
-    });
+    return encodeMethodWith(info, m, output, params);
 }
 
 // ---- dispatch --------------------------------------------------------------------------

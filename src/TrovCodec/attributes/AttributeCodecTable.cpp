@@ -481,9 +481,6 @@ static_assert(std::size(AttributeCodecTable) == kRows + 1 &&
 static_assert(std::size(kFixedValueTypes) == 122);
 
 // The lookup index of the table above, built at compile time.
-namespace {
-constexpr auto kAttributeCodecIndex = buildRowIndex<rowIndexShape(AttributeCodecTable)>(AttributeCodecTable);
-} // namespace
-extern constexpr RowIndex AttributeCodecIndex = kAttributeCodecIndex.view();
+extern constexpr RowIndex AttributeCodecIndex = kRowIndexOf<AttributeCodecTable>.view();
 
 } // namespace trov

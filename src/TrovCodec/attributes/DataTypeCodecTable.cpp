@@ -59,9 +59,6 @@ extern constexpr DataTypeCodecRow DataTypeCodecTable[] = {
 static_assert(kTable.size() == 16, "a row of the exported table per data type, and the end row");
 
 // The lookup index of the table above, built at compile time.
-namespace {
-constexpr auto kDataTypeCodecIndex = buildRowIndex<rowIndexShape(DataTypeCodecTable)>(DataTypeCodecTable);
-} // namespace
-extern constexpr RowIndex DataTypeCodecIndex = kDataTypeCodecIndex.view();
+extern constexpr RowIndex DataTypeCodecIndex = kRowIndexOf<DataTypeCodecTable>.view();
 
 } // namespace trov

@@ -144,4 +144,9 @@ constexpr RowIndexData<S> buildRowIndex(const Table &table) {
     return index;
 }
 
+// The index of a table defined in the same translation unit, built once at
+// compile time; tables hand out its view().
+template <const auto &Table>
+inline constexpr auto kRowIndexOf = buildRowIndex<rowIndexShape(Table)>(Table);
+
 } // namespace trov

@@ -206,12 +206,8 @@ extern constexpr BodyCodecRow FPCodecTable[] = {
 };
 
 // The lookup indexes of the two tables above, built at compile time.
-namespace {
-constexpr auto kFUCodecIndex = buildRowIndex<rowIndexShape(FUCodecTable)>(FUCodecTable);
-constexpr auto kFPCodecIndex = buildRowIndex<rowIndexShape(FPCodecTable)>(FPCodecTable);
-} // namespace
-extern constexpr RowIndex FUCodecIndex = kFUCodecIndex.view();
-extern constexpr RowIndex FPCodecIndex = kFPCodecIndex.view();
+extern constexpr RowIndex FUCodecIndex = kRowIndexOf<FUCodecTable>.view();
+extern constexpr RowIndex FPCodecIndex = kRowIndexOf<FPCodecTable>.view();
 
 namespace {
 

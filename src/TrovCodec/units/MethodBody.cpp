@@ -5,9 +5,6 @@
 #include "units/MethodBody.h"
 
 #include "engine/HeaderCodec.h"
-#include "engine/Memory.h"
-#include "engine/Cursor.h"
-#include "engine/FieldWalker.h"
 
 namespace trov {
 
@@ -15,20 +12,13 @@ TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const Me
                                 EncodeOutput *output) {
     const MethodCodecRow *row = findMethodRow(tables, record->method, static_cast<uint8_t>(info->version));
     if (row == nullptr) return TROV_RESULT_NO_METHOD_CODEC;
-    WireSize wire;
-    if (TrovResult r = row->encCalc(record->params, record->paramsLength, &wire)) return r;
-    // The body length is the parameters' 16-bit figure plus the prefix, in 16
-    // bits; parameters within 6 bytes of 65535 (or past it) make a body the
-    // header cannot frame, which the reservation refuses once the figure is
-    // stored.
-    WireSize size = WireSize::of(kMethodPrefix.wireFixed);
-    size.add(wire);
-    PacketCursor body{};
-    bool allocated = false;
-    if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
-    walkEncode(kMethodPrefix, body, reinterpret_cast<const uint8_t *>(record), FieldEnv{});
-    row->encode(&body, record->params, record->paramsLength);
-    return finishEncodeBuffer(output, body, allocated);
+    struct {
+        const MethodCodecRow &row;
+        const MethodBody &m;
+        TrovResult encCalc(WireSize &wire) const { return row.encCalc(m.params, m.paramsLength, &wire); }
+        void encode(PacketCursor &c) const { row.encode(&c, m.params, m.paramsLength); }
+    } params{*row, *record};
+    return encodeMethodWith(info, *record, output, params);
 }
 
 TrovResult decodeMethodBodyWith(const Tables &tables, HeaderInfo *info, DecodeResult *result,

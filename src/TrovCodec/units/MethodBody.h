@@ -10,6 +10,8 @@
 
 #include "engine/Tables.h"
 #include "engine/Field.h"
+#include "engine/FieldWalker.h"
+#include "engine/Memory.h"
 
 namespace trov {
 
@@ -44,6 +46,27 @@ TrovResult encodeMethodBody(HeaderInfo *info, const void *record, void *output, 
                             uint8_t mode);
 TrovResult decodeMethodBody(HeaderInfo *info, DecodeResult *result, const PacketCursor *body,
                             void *context);
+
+// Writes a method invocation whose parameters `params` sizes
+// (`encCalc(WireSize &)`) and writes (`encode(PacketCursor &)`): the request
+// side through the method's row, the reply side through its reply plan.
+// The body length is the parameters' 16-bit figure plus the prefix, in 16
+// bits; parameters within 6 bytes of 65535 (or past it) make a body the
+// header cannot frame, which the reservation refuses once the figure is
+// stored.
+template <class Params>
+TrovResult encodeMethodWith(HeaderInfo *info, const MethodBody &record, EncodeOutput *output, const Params &params) {
+    WireSize wire;
+    if (TrovResult r = params.encCalc(wire)) return r;
+    WireSize size = WireSize::of(kMethodPrefix.wireFixed);
+    size.add(wire);
+    PacketCursor body{};
+    bool allocated = false;
+    if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
+    walkEncode(kMethodPrefix, body, reinterpret_cast<const uint8_t *>(&record), FieldEnv{});
+    params.encode(body);
+    return finishEncodeBuffer(output, body, allocated);
+}
 
 // The same, dispatching through a given table view (for tests).
 TrovResult encodeMethodBodyWith(const Tables &tables, HeaderInfo *info, const MethodBody *record,

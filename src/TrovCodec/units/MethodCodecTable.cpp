@@ -32,12 +32,8 @@ extern constexpr MethodCodecRow FPMethodCodecTable[] = {
 };
 
 // The lookup indexes of the two tables above, built at compile time.
-namespace {
-constexpr auto kFUMethodCodecIndex = buildRowIndex<rowIndexShape(FUMethodCodecTable)>(FUMethodCodecTable);
-constexpr auto kFPMethodCodecIndex = buildRowIndex<rowIndexShape(FPMethodCodecTable)>(FPMethodCodecTable);
-} // namespace
-extern constexpr RowIndex FUMethodCodecIndex = kFUMethodCodecIndex.view();
-extern constexpr RowIndex FPMethodCodecIndex = kFPMethodCodecIndex.view();
+extern constexpr RowIndex FUMethodCodecIndex = kRowIndexOf<FUMethodCodecTable>.view();
+extern constexpr RowIndex FPMethodCodecIndex = kRowIndexOf<FPMethodCodecTable>.view();
 
 namespace {
 

@@ -22,28 +22,13 @@
 #include "RequestReader.h"
 #include "TrovLayout.h"
 #include "TrovVersion.h"
+#include "api/PlainCode.h"
 
 namespace {
 
 using trov::Json;
 
 constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
-
-// An attribute for values nested in attribute lists (and, at version 0, in
-// structures): the first one whose element is plain scalars in array form, so
-// nesting stays small.
-uint16_t plainAttribute(uint8_t version = kVersion) {
-    for (unsigned id = 0; id < 0x10000; ++id) {
-        TrovLayoutInfo l{};
-        if (TROV_DescribeAttribute(static_cast<uint16_t>(id), version, &l) != 0 || l.form != TROV_LAYOUT_FIELDS ||
-            l.arrayCountBytes == 0 || l.fieldCount == 0)
-            continue;
-        bool plain = true;
-        for (uint16_t i = 0; i < l.fieldCount; ++i) plain = plain && l.fields[i].kindId <= TROV_KIND_U32;
-        if (plain) return static_cast<uint16_t>(id);
-    }
-    return 0;
-}
 
 // Deterministic sample values with the high bits set, non-empty arrays and
 // strings, for every kind a request can carry.

@@ -14,6 +14,7 @@
 #include "RecordWalk.h"
 #include "TrovLayout.h"
 #include "TrovVersion.h"
+#include "api/PlainCode.h"
 
 namespace {
 
@@ -22,23 +23,6 @@ using describe::Code;
 using describe::Count;
 
 constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
-
-// The first attribute (or data type) whose element is plain scalars in array
-// form: what nested values are made of, so that nesting stays small.
-uint16_t plainCode(Code::Of of, uint8_t version) {
-    static uint16_t found[2][2] = {}; // [data type][version 0]
-    uint16_t &code = found[of == Code::Of::DataType][version == 0];
-    for (unsigned c = 1; code == 0 && c < 0x10000; ++c) {
-        TrovLayoutInfo l{};
-        const auto key = static_cast<uint16_t>(c);
-        const TrovResult r = of == Code::Of::DataType ? TROV_DescribeDataType(key, version, &l)
-                                                      : TROV_DescribeAttribute(key, version, &l);
-        bool plain = r == TROV_RESULT_OK && l.form == TROV_LAYOUT_FIELDS && l.arrayCountBytes != 0 && l.fieldCount != 0;
-        for (uint16_t i = 0; plain && i < l.fieldCount; ++i) plain = l.fields[i].kindId <= TROV_KIND_U32;
-        if (plain) code = key;
-    }
-    return code;
-}
 
 // A leaf of a record: a number, or bytes.
 using Leaves = std::vector<std::string>;
@@ -62,8 +46,8 @@ public:
         switch (code.of) {
         case Code::Of::Option: value = ++serial_ % 2 != 0 ? 1 : 7; break;
         case Code::Of::Selector: value = selector_; break;
-        case Code::Of::DataType: value = plainCode(Code::Of::DataType, code.version); break;
-        default: value = plainCode(Code::Of::Attribute, code.version); break;
+        case Code::Of::DataType: value = plainCode(true, code.version); break;
+        default: value = plainCode(false, code.version); break;
         }
         given.push_back(number(value));
         return true;

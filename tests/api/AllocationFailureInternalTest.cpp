@@ -43,35 +43,18 @@ Outcome encodeFU(uint16_t code, const void *record) {
     return {r, handedOut, -1};
 }
 
-uint8_t kText[] = {'a', 'b', 'c', 'd'};
-uint32_t kNumbers[] = {1, 2};
+// A reply built from a record.
+Outcome encodeReply(uint16_t code, const void *record) {
+    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 1, code, 0, 0, 0, 0, 1};
+    EncodeOutput packet{nullptr, 0};
+    const TrovResult r = TROV_EncodeReply(&info, record, &packet);
+    const bool handedOut = packet.data != nullptr;
+    trovFree(packet.data);
+    return {r, handedOut, -1};
+}
 
-Outcome headerOnlyRequest() {
-    const EmptyBody record{};
-    return encodeFU(0x10, &record);
-}
-Outcome fixedRequest() {
-    const U32Body record{42};
-    return encodeFU(0x0b, &record);
-}
-Outcome attributeRequest() {
-    AttributeArrayHeader numbers{2, kNumbers}; // identifier 0x0090: u8 count, u32 values
-    const AttributeBody record{0x0090, &numbers, {nullptr, 0, 0}};
-    return encodeFU(0x12, &record);
-}
-Outcome stringsRequest() {
-    const U32StringPairBody record{7, {3, kText}, {4, kText}, {nullptr, 0, 0}};
-    return encodeFU(0x40, &record);
-}
-Outcome methodRequest() {
-    OctetString octets{3, kText}; // method 0x88: u8 length, octets
-    const MethodBody record{1, 0x88, &octets, 0, {nullptr, 0, 0}};
-    return encodeFU(0x1d, &record);
-}
-Outcome rawMethodRequest() {
-    const MethodBody record{1, 0x2001, kText, sizeof kText, {nullptr, 0, 0}};
-    return encodeFU(0x1d, &record);
-}
+uint8_t kText[] = {'a', 'b', 'c', 'd'};
+uint32_t kNumbers32[] = {1, 2};
 
 // Extended data into a buffer the library allocates.
 Outcome encodeExtend(const EventExtendEntry &entry, const EventExtendSchema *schema) {
@@ -82,17 +65,6 @@ Outcome encodeExtend(const EventExtendEntry &entry, const EventExtendSchema *sch
     const bool handedOut = buffer.data != nullptr || data.data != nullptr;
     trovFree(buffer.data);
     return {r, handedOut, -1};
-}
-Outcome extendWithoutSchema() {
-    uint8_t value = 1; // identifier 0x00CB: one byte
-    return encodeExtend({0, 0x00CB, &value}, nullptr);
-}
-Outcome extendWithSchema() {
-    OctetString text{3, kText}; // data type 0x08: a character string
-    const EventExtendItemSpec item{TROV_EXTEND_KIND_DATA_TYPE, 0x08};
-    const EventExtendSchemaRow row{0x31, 1, &item};
-    const EventExtendSchema schema{1, &row};
-    return encodeExtend({TROV_EXTEND_KIND_DATA_TYPE, 0x08, &text}, &schema);
 }
 
 // ---- decoding ------------------------------------------------------------------
@@ -109,13 +81,6 @@ Outcome decodeFU(uint16_t code, const std::vector<uint8_t> &body, size_t bufferO
     return {r, handedOut, result.type};
 }
 
-Outcome fixedReply() { return decodeFU(0x0b, {0, 0, 0, 1}, 0); }
-Outcome attributeReply() {
-    return decodeFU(0x12, {0x00, 0x90, 2, 0, 0, 0, 1, 0, 0, 0, 2}, offsetof(AttributeBody, buffer));
-}
-Outcome stringReply() {
-    return decodeFU(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, offsetof(U32PairStringBody, buffer));
-}
 // Into the caller's record: a failing buffer allocation leaves the record
 // with the caller and its buffer empty.
 Outcome stringReplyIntoCallersRecord() {
@@ -125,17 +90,6 @@ Outcome stringReplyIntoCallersRecord() {
     const bool handedOut = result.record != &record || record.buffer.data != nullptr;
     trovFree(record.buffer.data);
     return {r, handedOut, result.type};
-}
-Outcome methodReply() { // method 0x96: u8, u8 length, characters
-    return decodeFU(0x1d, {0, 0, 0, 1, 0x00, 0x96, 5, 3, 'a', 'b', 'c'}, offsetof(MethodBody, buffer));
-}
-// One event 0x04 (u8, u8 length, octets) in each framing.
-Outcome longEventList() {
-    return decodeFU(0x4d, {0, 0, 0, 1, 2, 0, 3, 0, 4, 5, 0, 1, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 4, 0x00, 0x04, 9, 2, 'a', 'b'},
-                    offsetof(EventListBody, buffer));
-}
-Outcome shortEventList() {
-    return decodeFU(0x0a, {0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}, offsetof(ShortEventListBody, buffer));
 }
 
 // TROV_InspectFU on a whole list, and on one whose second event has no
@@ -153,8 +107,6 @@ Outcome inspect(const std::vector<uint8_t> &body) {
     trovFree(result.record);
     return {r, handedOut, r == TROV_RESULT_OK ? -1 : result.type};
 }
-Outcome inspectList() { return inspect({0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}); }
-Outcome inspectPartialList() { return inspect({0, 0, 0, 1, 2, 0x00, 0x04, 7, 9, 2, 'a', 'b', 0x00, 0x01, 7}); }
 
 Outcome decodeExtend() {
     // Two items: identifier 0x00CB (one byte), and 0x0001, which has no codec
@@ -177,44 +129,58 @@ Outcome hostAllocation() {
 
 // ---- the suite -------------------------------------------------------------------
 
-// Replies built from records: an event list and a method reply.
-Outcome encodeReply(uint16_t code, const void *record) {
-    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 1, code, 0, 0, 0, 0, 1};
-    EncodeOutput packet{nullptr, 0};
-    const TrovResult r = TROV_EncodeReply(&info, record, &packet);
-    const bool handedOut = packet.data != nullptr;
-    trovFree(packet.data);
-    return {r, handedOut, -1};
-}
-Outcome eventListReply() {
-    TrovEvent0013 event{7, {4, kText}};
-    EventBriefEntry entry{0x13, 1, &event};
-    const ShortEventListBody record{9, 1, &entry, {nullptr, 0, 0}};
-    return encodeReply(0x0a, &record);
-}
-Outcome methodReplyEncode() {
-    uint8_t params[8] = {1}; // method 0x92: a one-byte reply
-    const MethodBody record{9, 0x92, params, 0, {nullptr, 0, 0}};
-    return encodeReply(0x1d, &record);
-}
-
 struct Case {
     const char *name;
     Outcome (*call)();
 };
 
+uint8_t kByte = 1, kParams[8] = {1};
+OctetString kOctets{3, kText};
+AttributeArrayHeader kNumbers{2, kNumbers32}; // identifier 0x0090: u8 count, u32 values
+TrovEvent0013 kEvent{7, {4, kText}};
+EventBriefEntry kEntry{0x13, 1, &kEvent};
+
 const Case kCases[] = {
-    {"EncodeHeaderOnly", headerOnlyRequest},  {"EncodeFixed", fixedRequest},
-    {"EncodeAttribute", attributeRequest},    {"EncodeStrings", stringsRequest},
-    {"EncodeMethod", methodRequest},          {"EncodeRawMethod", rawMethodRequest},
-    {"EncodeExtend", extendWithoutSchema},    {"EncodeExtendSchema", extendWithSchema},
-    {"DecodeFixed", fixedReply},              {"DecodeAttribute", attributeReply},
-    {"DecodeStrings", stringReply},           {"DecodeStringsIntoCallersRecord", stringReplyIntoCallersRecord},
-    {"DecodeMethod", methodReply},
-    {"DecodeLongEventList", longEventList},   {"DecodeShortEventList", shortEventList},
-    {"InspectEventList", inspectList},        {"InspectPartialEventList", inspectPartialList},
-    {"DecodeExtend", decodeExtend},           {"Malloc", hostAllocation},
-    {"EncodeEventListReply", eventListReply}, {"EncodeMethodReply", methodReplyEncode},
+    {"EncodeHeaderOnly", [] { const EmptyBody r{}; return encodeFU(0x10, &r); }},
+    {"EncodeFixed", [] { const U32Body r{42}; return encodeFU(0x0b, &r); }},
+    {"EncodeAttribute", [] { const AttributeBody r{0x0090, &kNumbers, {}}; return encodeFU(0x12, &r); }},
+    {"EncodeStrings", [] { const U32StringPairBody r{7, {3, kText}, {4, kText}, {}}; return encodeFU(0x40, &r); }},
+    // Method 0x88: u8 length, octets; raw parameters from 0x2001.
+    {"EncodeMethod", [] { const MethodBody r{1, 0x88, &kOctets, 0, {}}; return encodeFU(0x1d, &r); }},
+    {"EncodeRawMethod", [] { const MethodBody r{1, 0x2001, kText, sizeof kText, {}}; return encodeFU(0x1d, &r); }},
+    // Identifier 0x00CB: one byte; data type 0x08: a character string.
+    {"EncodeExtend", [] { return encodeExtend({0, 0x00CB, &kByte}, nullptr); }},
+    {"EncodeExtendSchema",
+     [] {
+         static const EventExtendItemSpec item{TROV_EXTEND_KIND_DATA_TYPE, 0x08};
+         static const EventExtendSchemaRow row{0x31, 1, &item};
+         static const EventExtendSchema schema{1, &row};
+         return encodeExtend({TROV_EXTEND_KIND_DATA_TYPE, 0x08, &kOctets}, &schema);
+     }},
+    {"DecodeFixed", [] { return decodeFU(0x0b, {0, 0, 0, 1}, 0); }},
+    {"DecodeAttribute",
+     [] { return decodeFU(0x12, {0x00, 0x90, 2, 0, 0, 0, 1, 0, 0, 0, 2}, offsetof(AttributeBody, buffer)); }},
+    {"DecodeStrings",
+     [] { return decodeFU(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, offsetof(U32PairStringBody, buffer)); }},
+    {"DecodeStringsIntoCallersRecord", stringReplyIntoCallersRecord},
+    // Method 0x96: u8, u8 length, characters.
+    {"DecodeMethod",
+     [] { return decodeFU(0x1d, {0, 0, 0, 1, 0x00, 0x96, 5, 3, 'a', 'b', 'c'}, offsetof(MethodBody, buffer)); }},
+    // One event 0x04 (u8, u8 length, octets) in each framing.
+    {"DecodeLongEventList",
+     [] {
+         return decodeFU(0x4d, {0, 0, 0, 1, 2, 0, 3, 0, 4, 5, 0, 1, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 4, 0x00, 0x04, 9, 2, 'a', 'b'},
+                         offsetof(EventListBody, buffer));
+     }},
+    {"DecodeShortEventList",
+     [] { return decodeFU(0x0a, {0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}, offsetof(ShortEventListBody, buffer)); }},
+    {"InspectEventList", [] { return inspect({0, 0, 0, 1, 1, 0x00, 0x04, 7, 9, 2, 'a', 'b'}); }},
+    {"InspectPartialEventList", [] { return inspect({0, 0, 0, 1, 2, 0x00, 0x04, 7, 9, 2, 'a', 'b', 0x00, 0x01, 7}); }},
+    {"DecodeExtend", decodeExtend},
+    {"Malloc", hostAllocation},
+    // Replies built from records: an event list, and method 0x92's one-byte reply.
+    {"EncodeEventListReply", [] { const ShortEventListBody r{9, 1, &kEntry, {}}; return encodeReply(0x0a, &r); }},
+    {"EncodeMethodReply", [] { const MethodBody r{9, 0x92, kParams, 0, {}}; return encodeReply(0x1d, &r); }},
 };
 
 enum class Failing { OnlyTheNth, FromTheNth };

@@ -18,6 +18,7 @@
 #include "TrovLayout.h"
 #include "TrovReplyEncode.h"
 #include "TrovVersion.h"
+#include "api/PlainCode.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -35,21 +36,6 @@ Bytes packetOf(uint16_t code, const Bytes &body) {
     p[8] = uint8_t(body.size() >> 8);
     p[9] = uint8_t(body.size());
     return p;
-}
-
-// The first attribute (at `version`) whose elements are plain scalars in
-// array form: what typed values and attribute lists carry here.
-uint16_t plainAttribute(uint8_t version) {
-    for (unsigned id = 1; id < 0x10000; ++id) {
-        TrovLayoutInfo l{};
-        if (TROV_DescribeAttribute(uint16_t(id), version, &l) != 0 || l.form != TROV_LAYOUT_FIELDS ||
-            l.arrayCountBytes == 0 || l.fieldCount == 0)
-            continue;
-        bool plain = true;
-        for (uint16_t i = 0; i < l.fieldCount; ++i) plain = plain && l.fields[i].kindId <= TROV_KIND_U32;
-        if (plain) return uint16_t(id);
-    }
-    return 0;
 }
 
 // An identifier without a codec at version 0: an event attribute list keeps

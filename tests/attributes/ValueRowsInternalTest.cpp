@@ -3,7 +3,8 @@
 // outside its four variants. (Every row's figures are checked against the
 // reference by AttributeTableInternalTest; every row's round trip and
 // truncations, the narrow count tests included, by ExtentBoundaryInternalTest;
-// structure rows read through their descriptions: StructureDescriptionTest;
+// structure rows against their descriptions: PublicRecordsTest and
+// EncodeRoundTripTest;
 // the structure walk, kind by kind: StructureCodecInternalTest.)
 #include <gtest/gtest.h>
 

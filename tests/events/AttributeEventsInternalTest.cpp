@@ -138,8 +138,8 @@ TEST_F(AttributeEventTest, SixteenBitFiguresWrapWhileTheExtentHolds) {
 
 // The structure events: head 16 + record 40 + items 16; the name's 8 bytes
 // are written but not reported (the item array's size replaces what came
-// before it). (Their fields read through the description, with every count
-// 2 and 0: StructureDescriptionTest.)
+// before it). (Their fields written from the description: ReplyEncodeTest;
+// where the description places them: PublicRecordsTest.)
 TEST_F(AttributeEventTest, StructureEventsReportTheirItemsNotTheirName) {
     const Bytes body = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x03, 'a', 'b', 'c', 0x0A, 0x0B, 0x0C, 0x0D,
                         0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x00, 0x02, 0x21, 0x22, 0x23,

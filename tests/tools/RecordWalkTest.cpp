@@ -14,6 +14,7 @@
 #include "RecordWalk.h"
 #include "TrovLayout.h"
 #include "TrovVersion.h"
+#include "api/PlainCode.h"
 
 namespace {
 
@@ -22,23 +23,6 @@ using describe::Code;
 using describe::Count;
 
 constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
-
-// The first attribute (or data type) whose element is plain scalars in array
-// form: what nested values are made of, so that nesting stays small.
-uint16_t plainCode(Code::Of of, uint8_t version) {
-    static uint16_t found[2][2] = {}; // [data type][version 0]
-    uint16_t &code = found[of == Code::Of::DataType][version == 0];
-    for (unsigned c = 1; code == 0 && c < 0x10000; ++c) {
-        TrovLayoutInfo l{};
-        const auto key = static_cast<uint16_t>(c);
-        const TrovResult r = of == Code::Of::DataType ? TROV_DescribeDataType(key, version, &l)
-                                                      : TROV_DescribeAttribute(key, version, &l);
-        bool plain = r == TROV_RESULT_OK && l.form == TROV_LAYOUT_FIELDS && l.arrayCountBytes != 0 && l.fieldCount != 0;
-        for (uint16_t i = 0; plain && i < l.fieldCount; ++i) plain = l.fields[i].kindId <= TROV_KIND_U32;
-        if (plain) code = key;
-    }
-    return code;
-}
 
 // A leaf of a record: a number, or bytes.
 using Leaves = std::vector<std::string>;
@@ -62,8 +46,8 @@ public:
         switch (code.of) {
         case Code::Of::Option: value = ++serial_ % 2 != 0 ? 1 : 7; break;
         case Code::Of::Selector: value = selector_; break;
-        case Code::Of::DataType: value = plainCode(Code::Of::DataType, code.version); break;
-        default: value = plainCode(Code::Of::Attribute, code.version); break;
+        case Code::Of::DataType: value = plainCode(true, code.version); break;
+        default: value = plainCode(false, code.version); break;
         }
         given.push_back(number(value));
         return true;
@@ -302,91 +286,48 @@ private:
     std::vector<std::vector<uint8_t>> runs_;
 };
 
-std::vector<uint8_t> encodeBody(uint16_t code, const void *record) {
-    HeaderInfo info{TROV_PROTOCOL_MARK, kVersion, TROV_FLAG_EXTENSION16, code, 0, 0, 0, 0, 1};
-    EncodeOutput out{nullptr, 0};
-    EXPECT_EQ(TROV_EncodeFU(&info, record, &out), 0u);
-    std::vector<uint8_t> body(out.data + TROV_HEADER_LENGTH, out.data + out.length);
-    trovFree(out.data);
-    return body;
-}
-
-const void *build(uint16_t code, describe::RecordBuilder &builder) {
-    TrovLayoutInfo layout{};
-    EXPECT_EQ(TROV_DescribeBody(code, kVersion, 1, &layout), 0u);
-    return describe::buildRecord(layout, kVersion, true, builder);
-}
-
-// Body 0x1a keeps its u8-counted string's length in two bytes: what lies
-// above the wire's byte is not part of the count.
-TEST(RecordWalkAtTheCodec, ACountIsItsWireBytes) {
+// Records built from given values encode to bytes worked out by hand.
+TEST(RecordWalkAtTheCodec, BuiltRecordsEncodeAsGiven) {
     TROV_InitCoder();
-    Given given({0xEE03}, {{'a', 'b', 'c'}});
-    const void *record = build(0x1a, given);
-    ASSERT_NE(record, nullptr);
-    uint16_t kept = 0;
-    std::memcpy(&kept, record, 2);
-    EXPECT_EQ(kept, 0xEE03);
-    EXPECT_EQ(encodeBody(0x1a, record), (std::vector<uint8_t>{0x03, 'a', 'b', 'c'}));
-}
-
-// Attribute 0x2CED (TrovOptionSet) in body 0x12: options given as they
-// travel are held as the library's option decoder holds them, and encode to
-// the same bytes.
-TEST(RecordWalkAtTheCodec, OptionsTravelAsGiven) {
-    TROV_InitCoder();
-    const std::vector<std::vector<uint8_t>> wire = {
-        {1, 2, 3, 4}, {0x0A, 0x0B}, {0x11, 0x12, 0x13, 0x14, 0x15, 0x16}, {0xAA, 0xBB}};
-    // id, setId, count, then kind and length per option (kind 0: no value).
-    Given given({0x2CED, 0x5A, 5, 1, 4, 3, 2, 5, 6, 7, 2, 0, 0}, wire);
-    const void *record = build(0x12, given);
-    ASSERT_NE(record, nullptr);
-    const auto *body = static_cast<const uint8_t *>(record);
-    const uint8_t *set = nullptr, *options = nullptr;
-    std::memcpy(&set, body + 8, sizeof set);
-    std::memcpy(&options, set + 16, sizeof options);
-    for (size_t i = 0; i < wire.size(); ++i) {
-        const uint8_t *value = nullptr;
-        std::memcpy(&value, options + 16 * i + 8, sizeof value);
-        std::vector<uint8_t> copy = wire[i], decoded(8);
-        PacketCursor cursor{copy.data(), static_cast<uint32_t>(copy.size())};
-        ASSERT_NE(trovDecode_OptionParam(options[16 * i], options[16 * i + 1], decoded.data(), &cursor), nullptr);
-        EXPECT_EQ(std::memcmp(value, decoded.data(), wire[i].size()), 0) << "option " << i;
+    using Bytes = std::vector<uint8_t>;
+    const struct {
+        const char *what;
+        uint16_t code;
+        std::vector<uint32_t> values;
+        std::vector<Bytes> runs;
+        Bytes body;
+    } cases[] = {
+        // Body 0x1a keeps its u8-counted string's length in two bytes: what
+        // lies above the wire's byte is not part of the count.
+        {"count", 0x1a, {0xEE03}, {{'a', 'b', 'c'}}, {0x03, 'a', 'b', 'c'}},
+        // Attribute 0x2CED (TrovOptionSet) in body 0x12: id, setId, count, then
+        // kind and length per option (kind 0: no value), held as the library's
+        // option decoder holds them.
+        {"options", 0x12, {0x2CED, 0x5A, 5, 1, 4, 3, 2, 5, 6, 7, 2, 0, 0},
+         {{1, 2, 3, 4}, {0x0A, 0x0B}, {0x11, 0x12, 0x13, 0x14, 0x15, 0x16}, {0xAA, 0xBB}},
+         {0x2C, 0xED, 0x5A, 0x05, 0x01, 0x04, 1, 2, 3, 4, 0x03, 0x02, 0x0A, 0x0B, 0x05, 0x06, 0x11, 0x12, 0x13, 0x14,
+          0x15, 0x16, 0x07, 0x02, 0xAA, 0xBB, 0x00, 0x00}},
+        // Attribute 0x32CB (TrovRoute) without hops: the count 0 alone travels.
+        {"empty array", 0x12, {0x32CB, 0}, {}, {0x32, 0xCB, 0x00}},
+        // Body 0x1d: the method code picks the parameters, raw bytes for
+        // 0x2000 (their count kept behind the pointer), a one-byte record for 0x67.
+        {"raw parameters", 0x1d, {0x81A2C3E4u, 0x2000, 3}, {{0xAA, 0xBB, 0xCC}},
+         {0x81, 0xA2, 0xC3, 0xE4, 0x20, 0x00, 0xAA, 0xBB, 0xCC}},
+        {"method record", 0x1d, {5, 0x67, 0x5A}, {}, {0, 0, 0, 5, 0x00, 0x67, 0x5A}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        Given given(c.values, c.runs);
+        TrovLayoutInfo layout{};
+        ASSERT_EQ(TROV_DescribeBody(c.code, kVersion, 1, &layout), 0u);
+        const void *record = describe::buildRecord(layout, kVersion, true, given);
+        ASSERT_NE(record, nullptr);
+        HeaderInfo info{TROV_PROTOCOL_MARK, kVersion, TROV_FLAG_EXTENSION16, c.code, 0, 0, 0, 0, 1};
+        EncodeOutput out{nullptr, 0};
+        ASSERT_EQ(TROV_EncodeFU(&info, record, &out), 0u);
+        EXPECT_EQ(Bytes(out.data + TROV_HEADER_LENGTH, out.data + out.length), c.body);
+        trovFree(out.data);
     }
-    EXPECT_EQ(encodeBody(0x12, record),
-              (std::vector<uint8_t>{0x2C, 0xED, 0x5A, 0x05, 0x01, 0x04, 1, 2, 3, 4, 0x03, 0x02, 0x0A, 0x0B, 0x05, 0x06,
-                                    0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x07, 0x02, 0xAA, 0xBB, 0x00, 0x00}));
-}
-
-// Attribute 0x32CB (TrovRoute) without hops: the count 0 alone travels, and
-// the empty array's pointer slot is the field's own, right behind the count.
-TEST(RecordWalkAtTheCodec, AnEmptyArrayOfRecords) {
-    TROV_InitCoder();
-    Given given({0x32CB, 0});
-    const void *record = build(0x12, given);
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(encodeBody(0x12, record), (std::vector<uint8_t>{0x32, 0xCB, 0x00}));
-}
-
-// Body 0x1d: the method code picks the parameters, raw bytes for 0x2000
-// (their count kept behind the pointer) and a one-byte record for 0x67.
-TEST(RecordWalkAtTheCodec, TheMethodCodePicksTheParameters) {
-    TROV_InitCoder();
-    TrovLayoutInfo layout{};
-    ASSERT_EQ(TROV_DescribeBody(0x1d, kVersion, 1, &layout), 0u);
-    const TrovFieldInfo &params = layout.fields[2];
-    ASSERT_EQ(params.kindId, TROV_KIND_PARAMS);
-    Given raw({0x81A2C3E4u, 0x2000, 3}, {{0xAA, 0xBB, 0xCC}});
-    const void *record = build(0x1d, raw);
-    ASSERT_NE(record, nullptr);
-    uint16_t length = 0;
-    std::memcpy(&length, static_cast<const uint8_t *>(record) + params.dataOffset + 8, 2);
-    EXPECT_EQ(length, 3);
-    EXPECT_EQ(encodeBody(0x1d, record), (std::vector<uint8_t>{0x81, 0xA2, 0xC3, 0xE4, 0x20, 0x00, 0xAA, 0xBB, 0xCC}));
-    Given oneByte({5, 0x67, 0x5A});
-    record = build(0x1d, oneByte);
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(encodeBody(0x1d, record), (std::vector<uint8_t>{0, 0, 0, 5, 0x00, 0x67, 0x5A}));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // The FU method codecs: refusals and the raw parameters' figures worked out
 // by hand (every method's reply, round trip and extent: the corpus and extent
-// sweeps; the structured replies read through their descriptions:
-// StructureDescriptionTest).
+// sweeps; the structured replies written from their descriptions:
+// ReplyEncodeTest).
 #include <gtest/gtest.h>
 
 #include <cstdio>

@@ -768,6 +768,7 @@ void walkEncode(const Plan &plan, PacketCursor &c, const uint8_t *record, const 
         leadRun<false>(plan, record, c.position);
         advance(c, plan.leadWire);
         first = plan.leadFields;
+        if (first == plan.count) return;
     }
     EncodePass pass{{{plan, env, 1}, record}, c};
     walk(plan, pass, first);

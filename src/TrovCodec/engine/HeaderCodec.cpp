@@ -149,25 +149,23 @@ TrovResult setToPacket(uint32_t index, const PacketCursor *cursor, const void *v
     return TROV_RESULT_OK;
 }
 
+// The callers have checked that the 20 bytes fit: the header goes out as
+// plain stores.
 uint8_t *encodeHeader(const HeaderInfo *info, const PacketCursor *cursor) {
-    PacketCursor c = *cursor;
-    putU16(c, info->mark);
-    putU8(c, static_cast<uint8_t>(info->version));
-    putU8(c, static_cast<uint8_t>(info->flags));
-    putU16(c, info->code);
-    putU16(c, info->value4);
-    putU16(c, info->bodyLength);
-    putU32(c, info->value6);
-    putU32(c, info->value7);
-    if (info->flags & TROV_FLAG_EXTENSION16) {
-        putU16(c, info->extension);
-    } else if (info->flags & TROV_FLAG_EXTENSION8) {
-        putU8(c, static_cast<uint8_t>(info->extension));
-        putU8(c, 0);
-    } else {
-        putU16(c, 0);
-    }
-    return c.position;
+    uint8_t *p = cursor->position;
+    storeU16(p, info->mark);
+    p[2] = static_cast<uint8_t>(info->version);
+    p[3] = static_cast<uint8_t>(info->flags);
+    storeU16(p + 4, info->code);
+    storeU16(p + 6, info->value4);
+    storeU16(p + 8, info->bodyLength);
+    storeU32(p + 10, info->value6);
+    storeU32(p + 14, info->value7);
+    uint16_t extension = 0;
+    if (info->flags & TROV_FLAG_EXTENSION16) extension = info->extension;
+    else if (info->flags & TROV_FLAG_EXTENSION8) extension = static_cast<uint16_t>(info->extension << 8);
+    storeU16(p + 18, extension);
+    return p + TROV_HEADER_LENGTH;
 }
 
 const uint8_t *decodeHeader(const PacketCursor *cursor, HeaderInfo *info) {
@@ -197,12 +195,5 @@ extern const HeaderCodecRow HeaderCodecTable[] = {
 };
 
 uint8_t packetVersion(const PacketCursor &cursor) { return cursor.position[2]; }
-
-const HeaderCodecRow *findHeaderRow(uint8_t version) {
-    for (const HeaderCodecRow *row = HeaderCodecTable; row->version != 0; ++row) {
-        if (row->version == version) return row;
-    }
-    return nullptr;
-}
 
 } // namespace trov

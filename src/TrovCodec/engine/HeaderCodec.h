@@ -12,7 +12,11 @@ namespace trov {
 extern const HeaderCodecRow HeaderCodecTable[];
 
 // The row of a version byte: header rows match it exactly.
-const HeaderCodecRow *findHeaderRow(uint8_t version);
+inline const HeaderCodecRow *findHeaderRow(uint8_t version) {
+    for (const HeaderCodecRow *row = HeaderCodecTable; row->version != 0; ++row)
+        if (row->version == version) return row;
+    return nullptr;
+}
 
 // The packet's version byte (byte 2). The cursor must hold at least 3 bytes.
 uint8_t packetVersion(const PacketCursor &cursor);

@@ -38,8 +38,11 @@ struct HeaderField {
     Width width;
 };
 
-// Fields 2..9; 0 and 1 (mark and version) are handled by the exports.
+// Fields 0..9. The mark and the version byte (0 and 1) need no header codec:
+// the exports reach them without one.
 constexpr HeaderField kFields[] = {
+    {0, 0, Width::U16},       // 0 mark
+    {2, 2, Width::LowByte},   // 1 version
     {4, 3, Width::LowByte},   // 2 flags
     {6, 4, Width::U16},       // 3 code
     {8, 6, Width::U16},       // 4 value4
@@ -56,98 +59,70 @@ constexpr uint32_t wireBytes(Width w) {
 }
 
 const HeaderField *fieldAt(uint32_t index) {
-    if (index < 2 || index > 9) return nullptr;
-    return &kFields[index - 2];
+    if (index > 9) return nullptr;
+    return &kFields[index];
 }
 
-TrovResult getFromRecord(uint32_t index, const HeaderInfo *info, void *out) {
+// The caller's value, at the field's width (a byte field's byte alone).
+uint32_t valueIn(const void *value, Width w) {
+    if (w == Width::U32) return loadField<uint32_t>(value, 0);
+    return w == Width::U16 ? loadField<uint16_t>(value, 0) : loadField<uint8_t>(value, 0);
+}
+void valueOut(void *out, uint32_t v, Width w) {
+    if (w == Width::U32) storeField(out, 0, v);
+    else if (w == Width::U16) storeField(out, 0, static_cast<uint16_t>(v));
+    else storeField(out, 0, static_cast<uint8_t>(v));
+}
+
+} // namespace
+
+// A byte field is the low byte of its u16 record slot: read as that byte;
+// written into it with the high byte kept (LowByte) or cleared (ByteOnly).
+TrovResult headerGetFromRecord(uint32_t index, const HeaderInfo *info, void *out) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
-    switch (f->width) {
-    case Width::LowByte:
-    case Width::ByteOnly: {
-        auto v = static_cast<uint8_t>(loadField<uint16_t>(info, f->recordOffset));
-        std::memcpy(out, &v, 1);
-        break;
-    }
-    case Width::U16: std::memcpy(out, reinterpret_cast<const uint8_t *>(info) + f->recordOffset, 2); break;
-    case Width::U32: std::memcpy(out, reinterpret_cast<const uint8_t *>(info) + f->recordOffset, 4); break;
-    }
+    const uint8_t at = f->recordOffset;
+    valueOut(out, f->width == Width::U32 ? loadField<uint32_t>(info, at) : loadField<uint16_t>(info, at), f->width);
     return TROV_RESULT_OK;
 }
 
-TrovResult setToRecord(uint32_t index, HeaderInfo *info, const void *value) {
+TrovResult headerSetToRecord(uint32_t index, HeaderInfo *info, const void *value) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
-    auto *rec = reinterpret_cast<uint8_t *>(info);
-    switch (f->width) {
-    case Width::LowByte: {
-        uint8_t v;
-        std::memcpy(&v, value, 1);
-        auto slot = loadField<uint16_t>(rec, f->recordOffset);
-        storeField<uint16_t>(rec, f->recordOffset, static_cast<uint16_t>((slot & 0xFF00u) | v));
-        break;
-    }
-    case Width::ByteOnly: {
-        uint8_t v;
-        std::memcpy(&v, value, 1);
-        storeField<uint16_t>(rec, f->recordOffset, v);
-        break;
-    }
-    case Width::U16: std::memcpy(rec + f->recordOffset, value, 2); break;
-    case Width::U32: std::memcpy(rec + f->recordOffset, value, 4); break;
-    }
+    const uint8_t at = f->recordOffset;
+    const uint32_t v = valueIn(value, f->width);
+    if (f->width == Width::U32) storeField(info, at, v);
+    else if (f->width == Width::LowByte)
+        storeField(info, at, static_cast<uint16_t>((loadField<uint16_t>(info, at) & 0xFF00u) | v));
+    else storeField(info, at, static_cast<uint16_t>(v));
     return TROV_RESULT_OK;
 }
 
 // Field access in a packet does not move the cursor. It does refuse a field
 // that lies beyond the bytes the cursor holds: the library never touches
 // memory outside the caller's buffer.
-TrovResult getFromPacket(uint32_t index, const PacketCursor *cursor, void *out) {
+TrovResult headerGetFromPacket(uint32_t index, const PacketCursor *cursor, void *out) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
     if (cursor->remaining < f->packetOffset + wireBytes(f->width)) return TROV_RESULT_BAD_PACKET;
     const uint8_t *p = cursor->position + f->packetOffset;
-    switch (f->width) {
-    case Width::LowByte:
-    case Width::ByteOnly: std::memcpy(out, p, 1); break;
-    case Width::U16: {
-        uint16_t v = loadU16(p);
-        std::memcpy(out, &v, 2);
-        break;
-    }
-    case Width::U32: {
-        uint32_t v = loadU32(p);
-        std::memcpy(out, &v, 4);
-        break;
-    }
-    }
+    valueOut(out, f->width == Width::U32 ? loadU32(p) : f->width == Width::U16 ? loadU16(p) : p[0], f->width);
     return TROV_RESULT_OK;
 }
 
-TrovResult setToPacket(uint32_t index, const PacketCursor *cursor, const void *value) {
+TrovResult headerSetToPacket(uint32_t index, const PacketCursor *cursor, const void *value) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
     if (cursor->remaining < f->packetOffset + wireBytes(f->width)) return TROV_RESULT_BUFFER_TOO_SMALL;
     uint8_t *p = cursor->position + f->packetOffset;
-    switch (f->width) {
-    case Width::LowByte:
-    case Width::ByteOnly: std::memcpy(p, value, 1); break; // index 9: byte 18 only
-    case Width::U16: {
-        uint16_t v;
-        std::memcpy(&v, value, 2);
-        storeU16(p, v);
-        break;
-    }
-    case Width::U32: {
-        uint32_t v;
-        std::memcpy(&v, value, 4);
-        storeU32(p, v);
-        break;
-    }
-    }
+    const uint32_t v = valueIn(value, f->width);
+    if (f->width == Width::U32) storeU32(p, v);
+    else if (f->width == Width::U16) storeU16(p, static_cast<uint16_t>(v));
+    else p[0] = static_cast<uint8_t>(v); // index 9: byte 18 only
     return TROV_RESULT_OK;
 }
+
+namespace {
 
 // The callers have checked that the 20 bytes fit: the header goes out as
 // plain stores.
@@ -189,8 +164,8 @@ const uint8_t *decodeHeader(const PacketCursor *cursor, HeaderInfo *info) {
 } // namespace
 
 extern const HeaderCodecRow HeaderCodecTable[] = {
-    {TROV_PROTOCOL_VERSION, TROV_HEADER_LENGTH, getFromRecord, setToRecord, getFromPacket,
-     setToPacket, encodeHeader, decodeHeader},
+    {TROV_PROTOCOL_VERSION, TROV_HEADER_LENGTH, headerGetFromRecord, headerSetToRecord, headerGetFromPacket,
+     headerSetToPacket, encodeHeader, decodeHeader},
     {0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 

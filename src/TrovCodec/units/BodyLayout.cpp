@@ -36,7 +36,7 @@ TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *recor
     PacketCursor body{};
     bool allocated = false;
     if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
-    walkEncode(*l.plan, body, fields, env);
+    if (l.plan->count != 0) walkEncode(*l.plan, body, fields, env);
     return finishEncodeBuffer(output, body, allocated);
 }
 

@@ -156,33 +156,41 @@ inline std::string shortEventListProto() {
 
 // ---- the request side ------------------------------------------------------------
 
-inline constexpr int kArrayValues = 16;
+inline constexpr int kArrayValues = 16;   // the small requests
+inline constexpr int kLargeArray = 256;    // the large ones (a method's u8 count stops at 255)
 
 // Body 0x12, attribute 0x0070 (u16 values) in array form.
-struct AttributeRequest {
+template <int N>
+struct AttributeRequestOf {
     HeaderInfo header = replyHeader(0x12);
-    uint16_t values[kArrayValues];
-    AttributeArrayHeader array{kArrayValues, values};
+    uint16_t values[N];
+    AttributeArrayHeader array{N, values};
     AttributeBody body{0x0070, &array, {}};
-    AttributeRequest() {
-        for (int i = 0; i < kArrayValues; ++i) values[i] = uint16_t(0x1000 + 0x111 * i);
+    AttributeRequestOf() {
+        for (int i = 0; i < N; ++i) values[i] = uint16_t(0x1000 + 0x111 * i);
     }
 };
+using AttributeRequest = AttributeRequestOf<kArrayValues>;
+using LargeAttributeRequest = AttributeRequestOf<kLargeArray>;
 
 // Body 0x1d, method 0x76: u8, then a u8 count of u32 values.
-struct MethodRequest {
+template <int N>
+struct MethodRequestOf {
+    static_assert(N <= 255, "the count is a u8");
     HeaderInfo header = replyHeader(0x1d);
-    uint32_t values[kArrayValues];
+    uint32_t values[N];
     struct {
         uint8_t selector;
         alignas(8) uint8_t count;
         alignas(8) uint32_t *values;
-    } params{3, kArrayValues, values};
+    } params{3, N, values};
     MethodBody body{0x0A0B0C0D, 0x76, &params, 0, {}};
-    MethodRequest() {
-        for (int i = 0; i < kArrayValues; ++i) values[i] = 0x00100000u * uint32_t(i + 1) + uint32_t(i);
+    MethodRequestOf() {
+        for (int i = 0; i < N; ++i) values[i] = 0x00100000u * uint32_t(i + 1) + uint32_t(i);
     }
 };
+using MethodRequest = MethodRequestOf<kArrayValues>;
+using LargeMethodRequest = MethodRequestOf<255>;
 
 // Body 0x10: the header alone.
 struct HeaderOnlyRequest {

@@ -1,5 +1,6 @@
-// The packet cursor's writers at the end of their room. (Their byte order:
-// every golden vector and the differential corpus.)
+// The packet cursor's writers at the end of their room, and the u32 array
+// writer around its four-at-a-time steps. (Their byte order: every golden
+// vector and the differential corpus.)
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -38,6 +39,26 @@ TEST(Cursor, WritersRefuseWhatDoesNotFitAndStayRefused) {
         putU8(c, 0x22);
         EXPECT_TRUE(overrun(c));
         for (uint8_t b : out) EXPECT_EQ(b, 0xCC);
+    }
+}
+
+// Counts on either side of each step of four, at odd addresses, with bytes
+// that tell every position apart; nothing is written past the array.
+TEST(Cursor, U32ArraysGoOutBigEndianWholeAndNoFurther) {
+    for (uint32_t n : {0u, 1u, 3u, 4u, 5u, 7u, 8u, 9u, 255u}) {
+        SCOPED_TRACE(n);
+        alignas(16) uint8_t in[4 * 255 + 1], out[4 * 255 + 2];
+        for (uint32_t i = 0; i < sizeof in; ++i) in[i] = static_cast<uint8_t>(i * 7 + 1);
+        std::memset(out, 0xCC, sizeof out);
+        storeU32s(out + 1, in + 1, n);
+        for (uint32_t i = 0; i < n; ++i) {
+            uint32_t v;
+            std::memcpy(&v, in + 1 + 4 * i, 4);
+            const uint8_t expected[4] = {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)};
+            ASSERT_EQ(std::memcmp(out + 1 + 4 * i, expected, 4), 0) << "element " << i;
+        }
+        EXPECT_EQ(out[0], 0xCC);
+        EXPECT_EQ(out[1 + 4 * n], 0xCC);
     }
 }
 

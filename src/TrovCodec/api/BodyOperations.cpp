@@ -97,9 +97,8 @@ TrovResult findEncoder(const Tables &tables, uint8_t selector, const HeaderInfo 
                        uint16_t *codeOut) {
     if (info == nullptr || record == nullptr || output == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const auto version = static_cast<uint8_t>(info->version);
-    const HeaderCodecRow *header = findHeaderRow(version);
-    if (header == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
-    if (TrovResult r = header->getFromRecord(TROV_FIELD_CODE, info, codeOut)) return r;
+    if (findHeaderRow(version) == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    *codeOut = info->code;
     const BodyCodecRow *row = findBodyRow(tables, *codeOut, version, selector);
     if (row == nullptr || row->encode == nullptr) return TROV_RESULT_NO_BODY_CODEC;
     *rowOut = row;
@@ -122,10 +121,8 @@ TrovResult routeFU(const Tables &tables, HeaderInfo *info, DecodeResult *result,
     const HeaderCodecRow *header = nullptr;
     if (TrovResult r = decodePacketHeader(info, result, cursor, &header)) return r;
 
-    result->type = 1;
-    header->getFromRecord(TROV_FIELD_EXTENSION, info, &result->type);
-    uint16_t code = 0;
-    header->getFromRecord(TROV_FIELD_CODE, info, &code);
+    result->type = info->extension;
+    const uint16_t code = info->code;
     if (!decodesUnitBody(result->type, code, result)) return TROV_RESULT_OK;
 
     const auto version = static_cast<uint8_t>(info->version);
@@ -154,8 +151,7 @@ TrovResult decodeFP(const Tables &tables, HeaderInfo *info, DecodeResult *result
     const HeaderCodecRow *header = nullptr;
     if (TrovResult r = decodePacketHeader(info, result, cursor, &header)) return r;
 
-    uint16_t code = 0;
-    header->getFromRecord(TROV_FIELD_CODE, info, &code);
+    const uint16_t code = info->code;
     const auto version = static_cast<uint8_t>(info->version);
     const BodyCodecRow *row = findBodyRow(tables, code, version, kSelectFP);
     if (row == nullptr || row->decode == nullptr) return TROV_RESULT_NO_BODY_CODEC;

@@ -84,7 +84,7 @@ struct Sizes {
 
 // ---- the rows of the dispatch tables -------------------------------------------
 
-// The packet header codec. Field operations take a field index 2..9.
+// The packet header codec. Field operations take a field index 0..9.
 struct HeaderCodecRow {
     uint8_t version;      // exact match, no wildcard; 0 ends the table
     uint8_t headerLength; // bytes

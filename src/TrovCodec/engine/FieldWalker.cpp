@@ -142,9 +142,7 @@ bool writeElementsAtOnce(PacketCursor &c, FieldKind kind, const uint8_t *data, u
         for (uint32_t i = 0; i < n; ++i) storeU16(out + 2 * i, loadField<uint16_t>(data, 2 * i));
         break;
     case FieldKind::U32s:
-    case FieldKind::WideU32s:
-        for (uint32_t i = 0; i < n; ++i) storeU32(out + 4 * i, loadField<uint32_t>(data, 4 * i));
-        break;
+    case FieldKind::WideU32s: storeU32s(out, data, n); break;
     case FieldKind::ByteU32Items:
         for (uint32_t i = 0; i < n; ++i) {
             out[5 * i] = data[8 * i];
@@ -768,6 +766,7 @@ void walkEncode(const Plan &plan, PacketCursor &c, const uint8_t *record, const 
         leadRun<false>(plan, record, c.position);
         advance(c, plan.leadWire);
         first = plan.leadFields;
+        if (first == plan.count) return;
     }
     EncodePass pass{{{plan, env, 1}, record}, c};
     walk(plan, pass, first);

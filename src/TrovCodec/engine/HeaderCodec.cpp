@@ -38,8 +38,11 @@ struct HeaderField {
     Width width;
 };
 
-// Fields 2..9; 0 and 1 (mark and version) are handled by the exports.
+// Fields 0..9. The mark and the version byte (0 and 1) need no header codec:
+// the exports reach them without one.
 constexpr HeaderField kFields[] = {
+    {0, 0, Width::U16},       // 0 mark
+    {2, 2, Width::LowByte},   // 1 version
     {4, 3, Width::LowByte},   // 2 flags
     {6, 4, Width::U16},       // 3 code
     {8, 6, Width::U16},       // 4 value4
@@ -56,118 +59,88 @@ constexpr uint32_t wireBytes(Width w) {
 }
 
 const HeaderField *fieldAt(uint32_t index) {
-    if (index < 2 || index > 9) return nullptr;
-    return &kFields[index - 2];
+    if (index > 9) return nullptr;
+    return &kFields[index];
 }
 
-TrovResult getFromRecord(uint32_t index, const HeaderInfo *info, void *out) {
+// The caller's value, at the field's width (a byte field's byte alone).
+uint32_t valueIn(const void *value, Width w) {
+    if (w == Width::U32) return loadField<uint32_t>(value, 0);
+    return w == Width::U16 ? loadField<uint16_t>(value, 0) : loadField<uint8_t>(value, 0);
+}
+void valueOut(void *out, uint32_t v, Width w) {
+    if (w == Width::U32) storeField(out, 0, v);
+    else if (w == Width::U16) storeField(out, 0, static_cast<uint16_t>(v));
+    else storeField(out, 0, static_cast<uint8_t>(v));
+}
+
+} // namespace
+
+// A byte field is the low byte of its u16 record slot: read as that byte;
+// written into it with the high byte kept (LowByte) or cleared (ByteOnly).
+TrovResult headerGetFromRecord(uint32_t index, const HeaderInfo *info, void *out) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
-    switch (f->width) {
-    case Width::LowByte:
-    case Width::ByteOnly: {
-        auto v = static_cast<uint8_t>(loadField<uint16_t>(info, f->recordOffset));
-        std::memcpy(out, &v, 1);
-        break;
-    }
-    case Width::U16: std::memcpy(out, reinterpret_cast<const uint8_t *>(info) + f->recordOffset, 2); break;
-    case Width::U32: std::memcpy(out, reinterpret_cast<const uint8_t *>(info) + f->recordOffset, 4); break;
-    }
+    const uint8_t at = f->recordOffset;
+    valueOut(out, f->width == Width::U32 ? loadField<uint32_t>(info, at) : loadField<uint16_t>(info, at), f->width);
     return TROV_RESULT_OK;
 }
 
-TrovResult setToRecord(uint32_t index, HeaderInfo *info, const void *value) {
+TrovResult headerSetToRecord(uint32_t index, HeaderInfo *info, const void *value) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
-    auto *rec = reinterpret_cast<uint8_t *>(info);
-    switch (f->width) {
-    case Width::LowByte: {
-        uint8_t v;
-        std::memcpy(&v, value, 1);
-        auto slot = loadField<uint16_t>(rec, f->recordOffset);
-        storeField<uint16_t>(rec, f->recordOffset, static_cast<uint16_t>((slot & 0xFF00u) | v));
-        break;
-    }
-    case Width::ByteOnly: {
-        uint8_t v;
-        std::memcpy(&v, value, 1);
-        storeField<uint16_t>(rec, f->recordOffset, v);
-        break;
-    }
-    case Width::U16: std::memcpy(rec + f->recordOffset, value, 2); break;
-    case Width::U32: std::memcpy(rec + f->recordOffset, value, 4); break;
-    }
+    const uint8_t at = f->recordOffset;
+    const uint32_t v = valueIn(value, f->width);
+    if (f->width == Width::U32) storeField(info, at, v);
+    else if (f->width == Width::LowByte)
+        storeField(info, at, static_cast<uint16_t>((loadField<uint16_t>(info, at) & 0xFF00u) | v));
+    else storeField(info, at, static_cast<uint16_t>(v));
     return TROV_RESULT_OK;
 }
 
 // Field access in a packet does not move the cursor. It does refuse a field
 // that lies beyond the bytes the cursor holds: the library never touches
 // memory outside the caller's buffer.
-TrovResult getFromPacket(uint32_t index, const PacketCursor *cursor, void *out) {
+TrovResult headerGetFromPacket(uint32_t index, const PacketCursor *cursor, void *out) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
     if (cursor->remaining < f->packetOffset + wireBytes(f->width)) return TROV_RESULT_BAD_PACKET;
     const uint8_t *p = cursor->position + f->packetOffset;
-    switch (f->width) {
-    case Width::LowByte:
-    case Width::ByteOnly: std::memcpy(out, p, 1); break;
-    case Width::U16: {
-        uint16_t v = loadU16(p);
-        std::memcpy(out, &v, 2);
-        break;
-    }
-    case Width::U32: {
-        uint32_t v = loadU32(p);
-        std::memcpy(out, &v, 4);
-        break;
-    }
-    }
+    valueOut(out, f->width == Width::U32 ? loadU32(p) : f->width == Width::U16 ? loadU16(p) : p[0], f->width);
     return TROV_RESULT_OK;
 }
 
-TrovResult setToPacket(uint32_t index, const PacketCursor *cursor, const void *value) {
+TrovResult headerSetToPacket(uint32_t index, const PacketCursor *cursor, const void *value) {
     const HeaderField *f = fieldAt(index);
     if (f == nullptr) return TROV_RESULT_BAD_FIELD_INDEX;
     if (cursor->remaining < f->packetOffset + wireBytes(f->width)) return TROV_RESULT_BUFFER_TOO_SMALL;
     uint8_t *p = cursor->position + f->packetOffset;
-    switch (f->width) {
-    case Width::LowByte:
-    case Width::ByteOnly: std::memcpy(p, value, 1); break; // index 9: byte 18 only
-    case Width::U16: {
-        uint16_t v;
-        std::memcpy(&v, value, 2);
-        storeU16(p, v);
-        break;
-    }
-    case Width::U32: {
-        uint32_t v;
-        std::memcpy(&v, value, 4);
-        storeU32(p, v);
-        break;
-    }
-    }
+    const uint32_t v = valueIn(value, f->width);
+    if (f->width == Width::U32) storeU32(p, v);
+    else if (f->width == Width::U16) storeU16(p, static_cast<uint16_t>(v));
+    else p[0] = static_cast<uint8_t>(v); // index 9: byte 18 only
     return TROV_RESULT_OK;
 }
 
+namespace {
+
+// The callers have checked that the 20 bytes fit: the header goes out as
+// plain stores.
 uint8_t *encodeHeader(const HeaderInfo *info, const PacketCursor *cursor) {
-    PacketCursor c = *cursor;
-    putU16(c, info->mark);
-    putU8(c, static_cast<uint8_t>(info->version));
-    putU8(c, static_cast<uint8_t>(info->flags));
-    putU16(c, info->code);
-    putU16(c, info->value4);
-    putU16(c, info->bodyLength);
-    putU32(c, info->value6);
-    putU32(c, info->value7);
-    if (info->flags & TROV_FLAG_EXTENSION16) {
-        putU16(c, info->extension);
-    } else if (info->flags & TROV_FLAG_EXTENSION8) {
-        putU8(c, static_cast<uint8_t>(info->extension));
-        putU8(c, 0);
-    } else {
-        putU16(c, 0);
-    }
-    return c.position;
+    uint8_t *p = cursor->position;
+    storeU16(p, info->mark);
+    p[2] = static_cast<uint8_t>(info->version);
+    p[3] = static_cast<uint8_t>(info->flags);
+    storeU16(p + 4, info->code);
+    storeU16(p + 6, info->value4);
+    storeU16(p + 8, info->bodyLength);
+    storeU32(p + 10, info->value6);
+    storeU32(p + 14, info->value7);
+    uint16_t extension = 0;
+    if (info->flags & TROV_FLAG_EXTENSION16) extension = info->extension;
+    else if (info->flags & TROV_FLAG_EXTENSION8) extension = static_cast<uint16_t>(info->extension << 8);
+    storeU16(p + 18, extension);
+    return p + TROV_HEADER_LENGTH;
 }
 
 const uint8_t *decodeHeader(const PacketCursor *cursor, HeaderInfo *info) {
@@ -191,18 +164,11 @@ const uint8_t *decodeHeader(const PacketCursor *cursor, HeaderInfo *info) {
 } // namespace
 
 extern const HeaderCodecRow HeaderCodecTable[] = {
-    {TROV_PROTOCOL_VERSION, TROV_HEADER_LENGTH, getFromRecord, setToRecord, getFromPacket,
-     setToPacket, encodeHeader, decodeHeader},
+    {TROV_PROTOCOL_VERSION, TROV_HEADER_LENGTH, headerGetFromRecord, headerSetToRecord, headerGetFromPacket,
+     headerSetToPacket, encodeHeader, decodeHeader},
     {0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 
 uint8_t packetVersion(const PacketCursor &cursor) { return cursor.position[2]; }
-
-const HeaderCodecRow *findHeaderRow(uint8_t version) {
-    for (const HeaderCodecRow *row = HeaderCodecTable; row->version != 0; ++row) {
-        if (row->version == version) return row;
-    }
-    return nullptr;
-}
 
 } // namespace trov

@@ -119,7 +119,7 @@ TrovResult reserveEncodeBuffer(HeaderInfo *info, const WireSize &size, EncodeOut
     // The record keeps the body length even when a later step fails, and so
     // does a body the 16-bit figure cannot frame: the figure is stored (the
     // true length modulo 65536), then the body is refused.
-    row->setToRecord(TROV_FIELD_BODY_LENGTH, info, &size.bytes);
+    info->bodyLength = size.bytes;
     if (size.extent > kMaxBodyLength) return TROV_RESULT_SHORT_INPUT;
     const uint32_t bodyLength = size.extent;
 

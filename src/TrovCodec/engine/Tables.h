@@ -59,14 +59,20 @@ inline const Tables &activeTables() {
 // ---- lookups -----------------------------------------------------------------
 
 // The shared rule for code-keyed tables: null table or no match gives null.
+// The scan of a table without an index stays out of line, so that the
+// indexed lookup is inlined where it is called.
 template <class Row>
-const Row *findRow(const Row *table, uint16_t code, uint8_t version, const RowIndex *index = nullptr) {
-    if (table == nullptr) return nullptr;
-    if (index != nullptr) return rowAt(table, index->find(code, version));
+[[gnu::noinline]] const Row *scanRows(const Row *table, uint16_t code, uint8_t version) {
     for (const Row *row = table; row->code != 0; ++row) {
         if (row->code == code && (row->version == 0 || row->version == version)) return row;
     }
     return nullptr;
+}
+template <class Row>
+const Row *findRow(const Row *table, uint16_t code, uint8_t version, const RowIndex *index = nullptr) {
+    if (table == nullptr) return nullptr;
+    if (index != nullptr) return rowAt(table, index->find(code, version));
+    return scanRows(table, code, version);
 }
 
 // Through the index when there is one; else each row's identifier list is

@@ -107,7 +107,7 @@ def iter_struct(data):
             events.append({"code": ecode, "field1": field1, "field2": field2, "field3": field3,
                            "field4": field4, "fields": fields})
         yield {
-            "offset": at, "length": 20 + length,
+            "offset": at, "length": 20 + length, "direction": "reply",
             "header": {"mark": mark, "version": version, "flags": flags, "code": code, "value4": value4,
                        "bodyLength": length, "value6": value6, "value7": value7, "extension": extension},
             "unitType": extension,

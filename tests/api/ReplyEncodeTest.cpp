@@ -26,18 +26,6 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
 
-// replyPacket's packet, laid out at its full size at once: g++ 12 warns
-// (-Warray-bounds) about the insert behind the header when it inlines it here.
-Bytes packetOf(uint16_t code, const Bytes &body) {
-    Bytes p(TROV_HEADER_LENGTH + body.size());
-    const Bytes head = replyPacket(code, {});
-    std::memcpy(p.data(), head.data(), TROV_HEADER_LENGTH);
-    if (!body.empty()) std::memcpy(p.data() + TROV_HEADER_LENGTH, body.data(), body.size());
-    p[8] = uint8_t(body.size() >> 8);
-    p[9] = uint8_t(body.size());
-    return p;
-}
-
 // An identifier without a codec at version 0: an event attribute list keeps
 // its value as raw bytes.
 uint16_t rawAttribute() {
@@ -246,7 +234,7 @@ protected:
 
 TEST_P(ReplyRoundTrip, DecodedRecordEncodesToTheSamePacket) {
     const Case &c = GetParam();
-    Bytes packet = packetOf(c.code, c.body);
+    Bytes packet = replyPacket(c.code, c.body);
     Decoded d(packet);
     ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
     // A body without a reply leaves no record; any record stands for it.
@@ -297,7 +285,7 @@ TEST(ReplyEncode, Results) {
     HeaderInfo shortList = info;
     shortList.code = 0x0a;
     const ShortEventListBody empty{0x01020304, 0, nullptr, {nullptr, 0, 0}};
-    EXPECT_EQ(encodeReply(shortList, &empty), packetOf(0x0a, {1, 2, 3, 4, 0}));
+    EXPECT_EQ(encodeReply(shortList, &empty), replyPacket(0x0a, {1, 2, 3, 4, 0}));
 
     // Entries missing behind a count, an event record missing, an unknown event code.
     EventBriefEntry unknown{0x01, 0, &u32};
@@ -316,7 +304,7 @@ TEST(ReplyEncode, Results) {
     const MethodBody unknownMethod{1, 0x0001, nullptr, 0, {nullptr, 0, 0}};
     encodeReply(method, &unknownMethod, TROV_RESULT_NO_METHOD_CODEC);
     const MethodBody rawMethod{1, 0x2000, raw, 3, {nullptr, 0, 0}};
-    EXPECT_EQ(encodeReply(method, &rawMethod), packetOf(0x1d, {0, 0, 0, 1, 0x20, 0x00, 9, 8, 7}));
+    EXPECT_EQ(encodeReply(method, &rawMethod), replyPacket(0x1d, {0, 0, 0, 1, 0x20, 0x00, 9, 8, 7}));
 
     // A body the header cannot frame: 5, bodyLength holds the figure modulo 65536.
     static uint8_t big[0x10000];
@@ -342,7 +330,7 @@ TEST(ReplyEncode, NoReplyIsTheHeaderAlone) {
 TEST(ReplyEncode, StructureEventWithoutHead) {
     TROV_InitCoder();
     Bytes packet = eventList(0x0a, 0xC4);
-    packet = packetOf(0x0a, packet);
+    packet = replyPacket(0x0a, packet);
     Decoded d(packet);
     ASSERT_EQ(d.r, 0u);
     auto *list = static_cast<ShortEventListBody *>(d.result.record);
@@ -360,7 +348,7 @@ TEST(ReplyEncode, StructureEventWithoutHead) {
 TEST(ReplyEncode, ReservedValueReadOverIsRefused) {
     TROV_InitCoder();
     // u32, u16, data type 0x15 (no room) with one u16 element (a u16 count), a u8 string.
-    Bytes packet = packetOf(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
+    Bytes packet = replyPacket(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
     Decoded d(packet);
     ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
     encodeReply(d.info, d.result.record, TROV_RESULT_NULL_ARGUMENT);
@@ -410,10 +398,10 @@ class ReplyQuirks : public testing::TestWithParam<Quirk> {};
 
 TEST_P(ReplyQuirks, EncodeWhatWasRead) {
     const Quirk &q = GetParam();
-    Bytes packet = packetOf(q.code, q.body);
+    Bytes packet = replyPacket(q.code, q.body);
     Decoded d(packet);
     ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
-    EXPECT_EQ(encodeReply(d.info, d.result.record ? d.result.record : &d.info), packetOf(q.code, q.again));
+    EXPECT_EQ(encodeReply(d.info, d.result.record ? d.result.record : &d.info), replyPacket(q.code, q.again));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ReplyQuirks, testing::ValuesIn(quirks()),

@@ -17,10 +17,12 @@
 inline std::vector<uint8_t> replyPacket(uint16_t code, const std::vector<uint8_t> &body, uint16_t unitType = 1,
                                         int bodyLength = -1) {
     const auto n = uint16_t(bodyLength < 0 ? body.size() : size_t(bodyLength));
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8),
-                              uint8_t(n), 0, 0, 0, 0, 0, 0, 0, 0, uint8_t(unitType >> 8), uint8_t(unitType)};
-    std::vector<uint8_t> p(head, head + 20);
-    p.insert(p.end(), body.begin(), body.end());
+    std::vector<uint8_t> p = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0, uint8_t(n >> 8), uint8_t(n),
+                              0, 0, 0, 0, 0, 0, 0, 0, uint8_t(unitType >> 8), uint8_t(unitType)};
+    // Laid out at its full size at once: g++ 12 warns (-Warray-bounds) about
+    // an insert behind the header where it inlines one.
+    p.resize(20 + body.size());
+    if (!body.empty()) std::memcpy(p.data() + 20, body.data(), body.size());
     return p;
 }
 

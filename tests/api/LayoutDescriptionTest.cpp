@@ -60,13 +60,7 @@ TEST_F(LayoutDescription, BodiesDescribedAsDecoded) {
 TrovResult decodeOneEvent(uint16_t code) {
     std::vector<uint8_t> body = {0, 0, 0, 1, 1, uint8_t(code >> 8), uint8_t(code), 0};
     body.resize(body.size() + 600, 0);
-    DecodeResult result{nullptr, nullptr, 0};
-    const TrovResult r = decodeReply(0x0a, body, result);
-    if (r == 0) {
-        if (result.buffer != nullptr) trovFree(result.buffer->data);
-        trovFree(result.record);
-    }
-    return r;
+    return Decoded(replyPacket(0x0a, body)).result;
 }
 
 // (How many: PublicRecordsTest.)

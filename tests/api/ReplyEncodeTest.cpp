@@ -143,16 +143,8 @@ Bytes eventList(uint16_t listCode, uint16_t code) {
     TrovLayoutInfo event{};
     EXPECT_EQ(TROV_DescribeEvent(code, kVersion, &event), 0u);
     Wire w;
-    if (listCode == 0x4d) {
-        w.put(0x89ABCDEF, 4), w.put(0xF1, 1), w.put(0xF2F3, 2), w.put(0xF4F5, 2), w.put(0xF6, 1), w.put(1, 2);
-        w.put(0xE1E2, 2), w.put(0xE3E4E5E6, 4), w.put(0xD1D2D3D4, 4), w.put(0xC1, 1);
-    } else {
-        w.put(0x89ABCDEF, 4), w.put(1, 1);
-    }
-    w.put(code, 2);
-    if (listCode == 0x0a) w.put(0xB1, 1);
     w.record(event);
-    return w.out;
+    return eventListBody(listCode, {{code, w.out}});
 }
 
 struct Case {
@@ -203,21 +195,6 @@ std::vector<Case> allCases() {
     return cases;
 }
 
-// Frees what an allocating TROV_DecodeFU handed over.
-struct Decoded {
-    HeaderInfo info{};
-    DecodeResult result{nullptr, nullptr, 0};
-    TrovResult r;
-    explicit Decoded(Bytes &packet) {
-        const PacketCursor cursor{packet.data(), uint32_t(packet.size())};
-        r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
-    }
-    ~Decoded() {
-        if (result.buffer != nullptr) trovFree(result.buffer->data);
-        trovFree(result.record);
-    }
-};
-
 Bytes encodeReply(HeaderInfo info, const void *record, TrovResult expected = 0) {
     EncodeOutput out{nullptr, 0};
     const TrovResult r = TROV_EncodeReply(&info, record, &out);
@@ -236,9 +213,9 @@ TEST_P(ReplyRoundTrip, DecodedRecordEncodesToTheSamePacket) {
     const Case &c = GetParam();
     Bytes packet = replyPacket(c.code, c.body);
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
+    ASSERT_EQ(d.result, 0u) << TROV_ResultName(d.result);
     // A body without a reply leaves no record; any record stands for it.
-    const void *record = d.result.record != nullptr ? d.result.record : &d.info;
+    const void *record = d.out.record != nullptr ? d.out.record : &d.info;
     EXPECT_EQ(encodeReply(d.info, record), packet);
 
     // The caller's buffer: exactly the packet's length, then one byte short
@@ -332,12 +309,12 @@ TEST(ReplyEncode, StructureEventWithoutHead) {
     Bytes packet = eventList(0x0a, 0xC4);
     packet = replyPacket(0x0a, packet);
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u);
-    auto *list = static_cast<ShortEventListBody *>(d.result.record);
+    ASSERT_EQ(d.result, 0u);
+    auto *list = static_cast<ShortEventListBody *>(d.out.record);
     void **head = static_cast<void **>(list->entries[0].body);
     ASSERT_EQ(static_cast<uint8_t *>(*head), reinterpret_cast<uint8_t *>(head) + 16);
     *head = nullptr;
-    EXPECT_EQ(encodeReply(d.info, d.result.record), packet);
+    EXPECT_EQ(encodeReply(d.info, d.out.record), packet);
 }
 
 // ---------------------------------------------------------------- what cannot come back
@@ -350,8 +327,8 @@ TEST(ReplyEncode, ReservedValueReadOverIsRefused) {
     // u32, u16, data type 0x15 (no room) with one u16 element (a u16 count), a u8 string.
     Bytes packet = replyPacket(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
-    encodeReply(d.info, d.result.record, TROV_RESULT_NULL_ARGUMENT);
+    ASSERT_EQ(d.result, 0u) << TROV_ResultName(d.result);
+    encodeReply(d.info, d.out.record, TROV_RESULT_NULL_ARGUMENT);
 }
 
 struct Quirk {
@@ -400,8 +377,8 @@ TEST_P(ReplyQuirks, EncodeWhatWasRead) {
     const Quirk &q = GetParam();
     Bytes packet = replyPacket(q.code, q.body);
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
-    EXPECT_EQ(encodeReply(d.info, d.result.record ? d.result.record : &d.info), replyPacket(q.code, q.again));
+    ASSERT_EQ(d.result, 0u) << TROV_ResultName(d.result);
+    EXPECT_EQ(encodeReply(d.info, d.out.record ? d.out.record : &d.info), replyPacket(q.code, q.again));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ReplyQuirks, testing::ValuesIn(quirks()),

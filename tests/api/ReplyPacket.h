@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -79,7 +78,7 @@ inline std::vector<uint8_t> eventListBody(uint16_t list, const std::vector<Liste
     return b;
 }
 
-inline std::vector<uint8_t> concat(std::initializer_list<std::vector<uint8_t>> parts) {
+inline std::vector<uint8_t> concat(const std::vector<std::vector<uint8_t>> &parts) {
     std::vector<uint8_t> out;
     for (const auto &p : parts) out.insert(out.end(), p.begin(), p.end());
     return out;

@@ -16,10 +16,7 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-struct Event {
-    uint16_t code;
-    Bytes body;
-};
+using Event = ListedEvent;
 
 // Event 0x04: a u8 and a u8-counted string.
 Event event04(uint8_t value, const std::string &text) {
@@ -29,48 +26,6 @@ Event event04(uint8_t value, const std::string &text) {
 }
 
 const uint16_t kLongList = 0x4d, kShortList = 0x0a;
-
-// An event list body of either framing: the head announces `count` events
-// (the number given when negative); `starts` receives each event's body offset.
-Bytes eventList(uint16_t code, const std::vector<Event> &events, int count = -1, std::vector<uint32_t> *starts = nullptr) {
-    const uint16_t n = uint16_t(count < 0 ? events.size() : size_t(count));
-    Bytes b = code == kLongList ? Bytes{0, 0, 0, 1, 2, 0, 3, 0, 4, 5, uint8_t(n >> 8), uint8_t(n)} : Bytes{0, 0, 0, 1, uint8_t(n)};
-    for (size_t i = 0; i < events.size(); ++i) {
-        if (starts != nullptr) starts->push_back(uint32_t(b.size()));
-        const Event &e = events[i];
-        const uint8_t c[2] = {uint8_t(e.code >> 8), uint8_t(e.code)};
-        if (code == kLongList) {
-            const Bytes head{0, uint8_t(i), 0, 0, 0, 2, 0, 0, 0, 3, 4, c[0], c[1]};
-            b.insert(b.end(), head.begin(), head.end());
-        } else {
-            b.insert(b.end(), {c[0], c[1], uint8_t(7 + i)});
-        }
-        b.insert(b.end(), e.body.begin(), e.body.end());
-    }
-    if (starts != nullptr) starts->push_back(uint32_t(b.size()));
-    return b;
-}
-
-// What a decode left: the result and the record, freed with it.
-struct Decoded {
-    TrovResult result = 0;
-    DecodeResult out{nullptr, nullptr, 0};
-    HeaderInfo info{};
-    TrovInspectReport report{};
-    Decoded() = default;
-    Decoded(const Decoded &) = delete;
-    ~Decoded() {
-        if (out.buffer != nullptr) trovFree(out.buffer->data);
-        trovFree(out.record);
-    }
-};
-
-void decode(const Bytes &packet, Decoded &d, bool inspect) {
-    Bytes copy(packet);
-    const PacketCursor cursor{copy.data(), uint32_t(copy.size())};
-    d.result = inspect ? TROV_InspectFU(&d.info, &d.out, &cursor, nullptr, &d.report)
-                       : TROV_DecodeFU(&d.info, &d.out, &cursor, nullptr);
-}
 
 // The field of kind `kindId` in a body's reply layout.
 const TrovFieldInfo &fieldOf(uint16_t code, uint8_t kindId) {
@@ -129,8 +84,8 @@ struct Located {
 };
 
 std::vector<Located> locatedCases() {
-    const Bytes unknownSecond = eventList(kLongList, {event04(9, "ab"), {0x0001, {}}});
-    Bytes cutHead = eventList(kShortList, {event04(9, "ab")}, 2);
+    const Bytes unknownSecond = eventListBody(kLongList, {event04(9, "ab"), {0x0001, {}}});
+    Bytes cutHead = eventListBody(kShortList, {event04(9, "ab")}, 2);
     cutHead.insert(cutHead.end(), {0x00, 0x04});
     Bytes badVersion = replyPacket(0x0b, {0, 0, 0, 1});
     badVersion[2] = 0x77;
@@ -159,7 +114,7 @@ std::vector<Located> locatedCases() {
         {"NoReplyReadsNothing", replyPacket(0x1a, {1, 2, 3}), 0, TROV_ITEM_NONE, 0, 0, 0, 0, 0},
         {"MethodReadsItsParameters", replyPacket(0x1d, {0, 0, 0, 1, 0x00, 0x96, 5, 1, 'a', 0xEE}), 0, TROV_ITEM_NONE, 0,
          0, 0, 0, 9},
-        {"WholeListIsRead", replyPacket(kLongList, eventList(kLongList, {event04(1, "x"), event04(2, "")})), 0,
+        {"WholeListIsRead", replyPacket(kLongList, eventListBody(kLongList, {event04(1, "x"), event04(2, "")})), 0,
          TROV_ITEM_NONE, 0, 0, 0, 0, 12 + 13 + 3 + 13 + 2},
         {"SkippedBody", replyPacket(kShortList, {1, 2, 3, 4, 5}, 4), 0, TROV_ITEM_NONE, 0, 0, 0, 0, 0},
     };
@@ -169,9 +124,7 @@ class Locates : public Inspect, public testing::WithParamInterface<Located> {};
 
 TEST_P(Locates, TheItemWhereDecodingStops) {
     const Located &c = GetParam();
-    Decoded plain, inspected;
-    decode(c.packet, plain, false);
-    decode(c.packet, inspected, true);
+    const Decoded plain(c.packet), inspected(c.packet, true);
     EXPECT_EQ(inspected.result, c.result);
     EXPECT_EQ(plain.result, c.result);
     const TrovInspectReport &r = inspected.report;
@@ -216,16 +169,14 @@ TEST_P(Truncation, AgreesWithDecodeFUAtEveryByte) {
     const std::vector<Event> events = {event04(1, "abc"), {0x0002, {0, 0, 0, 5, 1, 2, 'x', 'y'}}, event04(3, ""),
                                        {0x012C, {0, 0}}, event04(4, std::string(20, 'z'))};
     std::vector<uint32_t> starts;
-    const Bytes whole = eventList(code, events, -1, &starts);
+    const Bytes whole = eventListBody(code, events, -1, &starts);
     const uint32_t head = starts[0];
     for (uint32_t cut = 0; cut <= whole.size(); ++cut) {
         for (const bool claimsAll : {false, true}) {
             SCOPED_TRACE(testing::Message() << "cut " << cut << (claimsAll ? ", header claims all" : ""));
             const Bytes body(whole.begin(), whole.begin() + cut);
             const Bytes packet = replyPacket(code, body, 1, claimsAll ? int(whole.size()) : -1);
-            Decoded plain, inspected;
-            decode(packet, plain, false);
-            decode(packet, inspected, true);
+            const Decoded plain(packet), inspected(packet, true);
             ASSERT_EQ(inspected.result, plain.result);
             const TrovInspectReport &r = inspected.report;
             EXPECT_EQ(r.bodyLength, cut);
@@ -248,9 +199,8 @@ TEST_P(Truncation, AgreesWithDecodeFUAtEveryByte) {
             EXPECT_EQ(r.kept, kept);
             EXPECT_EQ(r.offset, 20 + starts[kept]);
             EXPECT_EQ(r.code, cut - starts[kept] >= (code == kLongList ? 13u : 3u) ? events[kept].code : 0);
-            Decoded alone;
             const std::vector<Event> first(events.begin(), events.begin() + kept);
-            decode(replyPacket(code, eventList(code, first)), alone, false);
+            const Decoded alone(replyPacket(code, eventListBody(code, first)));
             ASSERT_EQ(alone.result, 0u);
             EXPECT_EQ(listImage(code, inspected.out.record), listImage(code, alone.out.record));
         }

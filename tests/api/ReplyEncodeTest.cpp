@@ -26,18 +26,6 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 constexpr uint8_t kVersion = TROV_PROTOCOL_VERSION;
 
-// replyPacket's packet, laid out at its full size at once: g++ 12 warns
-// (-Warray-bounds) about the insert behind the header when it inlines it here.
-Bytes packetOf(uint16_t code, const Bytes &body) {
-    Bytes p(TROV_HEADER_LENGTH + body.size());
-    const Bytes head = replyPacket(code, {});
-    std::memcpy(p.data(), head.data(), TROV_HEADER_LENGTH);
-    if (!body.empty()) std::memcpy(p.data() + TROV_HEADER_LENGTH, body.data(), body.size());
-    p[8] = uint8_t(body.size() >> 8);
-    p[9] = uint8_t(body.size());
-    return p;
-}
-
 // An identifier without a codec at version 0: an event attribute list keeps
 // its value as raw bytes.
 uint16_t rawAttribute() {
@@ -155,16 +143,8 @@ Bytes eventList(uint16_t listCode, uint16_t code) {
     TrovLayoutInfo event{};
     EXPECT_EQ(TROV_DescribeEvent(code, kVersion, &event), 0u);
     Wire w;
-    if (listCode == 0x4d) {
-        w.put(0x89ABCDEF, 4), w.put(0xF1, 1), w.put(0xF2F3, 2), w.put(0xF4F5, 2), w.put(0xF6, 1), w.put(1, 2);
-        w.put(0xE1E2, 2), w.put(0xE3E4E5E6, 4), w.put(0xD1D2D3D4, 4), w.put(0xC1, 1);
-    } else {
-        w.put(0x89ABCDEF, 4), w.put(1, 1);
-    }
-    w.put(code, 2);
-    if (listCode == 0x0a) w.put(0xB1, 1);
     w.record(event);
-    return w.out;
+    return eventListBody(listCode, {{code, w.out}});
 }
 
 struct Case {
@@ -215,21 +195,6 @@ std::vector<Case> allCases() {
     return cases;
 }
 
-// Frees what an allocating TROV_DecodeFU handed over.
-struct Decoded {
-    HeaderInfo info{};
-    DecodeResult result{nullptr, nullptr, 0};
-    TrovResult r;
-    explicit Decoded(Bytes &packet) {
-        const PacketCursor cursor{packet.data(), uint32_t(packet.size())};
-        r = TROV_DecodeFU(&info, &result, &cursor, nullptr);
-    }
-    ~Decoded() {
-        if (result.buffer != nullptr) trovFree(result.buffer->data);
-        trovFree(result.record);
-    }
-};
-
 Bytes encodeReply(HeaderInfo info, const void *record, TrovResult expected = 0) {
     EncodeOutput out{nullptr, 0};
     const TrovResult r = TROV_EncodeReply(&info, record, &out);
@@ -246,11 +211,11 @@ protected:
 
 TEST_P(ReplyRoundTrip, DecodedRecordEncodesToTheSamePacket) {
     const Case &c = GetParam();
-    Bytes packet = packetOf(c.code, c.body);
+    Bytes packet = replyPacket(c.code, c.body);
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
+    ASSERT_EQ(d.result, 0u) << TROV_ResultName(d.result);
     // A body without a reply leaves no record; any record stands for it.
-    const void *record = d.result.record != nullptr ? d.result.record : &d.info;
+    const void *record = d.out.record != nullptr ? d.out.record : &d.info;
     EXPECT_EQ(encodeReply(d.info, record), packet);
 
     // The caller's buffer: exactly the packet's length, then one byte short
@@ -297,7 +262,7 @@ TEST(ReplyEncode, Results) {
     HeaderInfo shortList = info;
     shortList.code = 0x0a;
     const ShortEventListBody empty{0x01020304, 0, nullptr, {nullptr, 0, 0}};
-    EXPECT_EQ(encodeReply(shortList, &empty), packetOf(0x0a, {1, 2, 3, 4, 0}));
+    EXPECT_EQ(encodeReply(shortList, &empty), replyPacket(0x0a, {1, 2, 3, 4, 0}));
 
     // Entries missing behind a count, an event record missing, an unknown event code.
     EventBriefEntry unknown{0x01, 0, &u32};
@@ -316,7 +281,7 @@ TEST(ReplyEncode, Results) {
     const MethodBody unknownMethod{1, 0x0001, nullptr, 0, {nullptr, 0, 0}};
     encodeReply(method, &unknownMethod, TROV_RESULT_NO_METHOD_CODEC);
     const MethodBody rawMethod{1, 0x2000, raw, 3, {nullptr, 0, 0}};
-    EXPECT_EQ(encodeReply(method, &rawMethod), packetOf(0x1d, {0, 0, 0, 1, 0x20, 0x00, 9, 8, 7}));
+    EXPECT_EQ(encodeReply(method, &rawMethod), replyPacket(0x1d, {0, 0, 0, 1, 0x20, 0x00, 9, 8, 7}));
 
     // A body the header cannot frame: 5, bodyLength holds the figure modulo 65536.
     static uint8_t big[0x10000];
@@ -342,14 +307,14 @@ TEST(ReplyEncode, NoReplyIsTheHeaderAlone) {
 TEST(ReplyEncode, StructureEventWithoutHead) {
     TROV_InitCoder();
     Bytes packet = eventList(0x0a, 0xC4);
-    packet = packetOf(0x0a, packet);
+    packet = replyPacket(0x0a, packet);
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u);
-    auto *list = static_cast<ShortEventListBody *>(d.result.record);
+    ASSERT_EQ(d.result, 0u);
+    auto *list = static_cast<ShortEventListBody *>(d.out.record);
     void **head = static_cast<void **>(list->entries[0].body);
     ASSERT_EQ(static_cast<uint8_t *>(*head), reinterpret_cast<uint8_t *>(head) + 16);
     *head = nullptr;
-    EXPECT_EQ(encodeReply(d.info, d.result.record), packet);
+    EXPECT_EQ(encodeReply(d.info, d.out.record), packet);
 }
 
 // ---------------------------------------------------------------- what cannot come back
@@ -360,10 +325,10 @@ TEST(ReplyEncode, StructureEventWithoutHead) {
 TEST(ReplyEncode, ReservedValueReadOverIsRefused) {
     TROV_InitCoder();
     // u32, u16, data type 0x15 (no room) with one u16 element (a u16 count), a u8 string.
-    Bytes packet = packetOf(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
+    Bytes packet = replyPacket(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
-    encodeReply(d.info, d.result.record, TROV_RESULT_NULL_ARGUMENT);
+    ASSERT_EQ(d.result, 0u) << TROV_ResultName(d.result);
+    encodeReply(d.info, d.out.record, TROV_RESULT_NULL_ARGUMENT);
 }
 
 struct Quirk {
@@ -410,10 +375,10 @@ class ReplyQuirks : public testing::TestWithParam<Quirk> {};
 
 TEST_P(ReplyQuirks, EncodeWhatWasRead) {
     const Quirk &q = GetParam();
-    Bytes packet = packetOf(q.code, q.body);
+    Bytes packet = replyPacket(q.code, q.body);
     Decoded d(packet);
-    ASSERT_EQ(d.r, 0u) << TROV_ResultName(d.r);
-    EXPECT_EQ(encodeReply(d.info, d.result.record ? d.result.record : &d.info), packetOf(q.code, q.again));
+    ASSERT_EQ(d.result, 0u) << TROV_ResultName(d.result);
+    EXPECT_EQ(encodeReply(d.info, d.out.record ? d.out.record : &d.info), replyPacket(q.code, q.again));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ReplyQuirks, testing::ValuesIn(quirks()),

@@ -70,12 +70,6 @@ std::vector<Piece> pieces(Plan plan, size_t at, size_t n, bool lossy) {
     return {};
 }
 
-Bytes concat(const std::vector<Bytes> &parts) {
-    Bytes out;
-    for (const Bytes &p : parts) out.insert(out.end(), p.begin(), p.end());
-    return out;
-}
-
 struct Case {
     const char *name;
     Format format;

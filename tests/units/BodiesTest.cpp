@@ -1,11 +1,11 @@
 // Function-unit bodies through the exported interface, worked out by hand
-// where the layout is unusual: requests carrying an attribute value (which
-// the layout descriptions cannot build), body 0x1d's raw parameters from
-// method 0x2000 and no codec below it, a reply whose strings share one
+// where the layout is unusual: array elements in host order, body 0x1d
+// without a codec below method 0x2000, a reply whose strings share one
 // rounded buffer, and the failures that must leave the caller's memory alone.
-// (Every other layout's request bytes: LayoutDescriptionTest; every reply:
-// the differential corpus; 0x31's reply running to the packet's end:
-// BodyRoutingInternalTest and GuardPageTest.)
+// (Every request layout's bytes, attribute values and raw parameters too:
+// EncodeRoundTripTest and RecordWalkTest's bytes worked out by hand; every
+// reply: ReplyEncodeTest and the differential corpus; 0x31's reply running
+// to the packet's end: BodyRoutingInternalTest and GuardPageTest.)
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -36,34 +36,11 @@ protected:
 };
 
 uint32_t attributeValue = 0x01020304;
-AttributeBody kAttribute{kU32Attribute, &attributeValue, {}};
-U32AttributeBody kU32Attribute_{0xDEADBEEF, kU32Attribute, &attributeValue, {}};
-U16U32AttributeBody kU16U32Attribute{0x0102, 0x03040506, kU32Attribute, &attributeValue, {}};
-// Body 0x1d: methods from 0x2000 without a row of their own carry raw
-// parameters; below 0x2000 a method needs a codec.
+// Body 0x1d: below 0x2000 a method needs a codec.
 uint8_t params[] = {0xDE, 0xAD, 0xBE};
-MethodBody kRawMethod{1, 0x2000, params, 3, {}}, kNoMethodCodec{1, 0x1FFF, params, 3, {}};
+MethodBody kNoMethodCodec{1, 0x1FFF, params, 3, {}};
 
-TEST_F(Bodies, AttributeAndRawMethodRequestsAreWrittenBigEndian) {
-    const struct { uint16_t code; const void *record; Bytes body; } cases[] = {
-        {0x12, &kAttribute, {0x08, 0xD5, 1, 2, 3, 4}},
-        {0x03, &kU32Attribute_, {0xDE, 0xAD, 0xBE, 0xEF, 0x08, 0xD5, 1, 2, 3, 4}},
-        {0x7d, &kU16U32Attribute, {1, 2, 3, 4, 5, 6, 0x08, 0xD5, 1, 2, 3, 4}},
-        {0x1d, &kRawMethod, {0, 0, 0, 1, 0x20, 0x00, 0xDE, 0xAD, 0xBE}},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << "code 0x" << std::hex << c.code);
-        HeaderInfo h = requestHeader(c.code);
-        EncodeOutput out{nullptr, 0};
-        ASSERT_EQ(TROV_EncodeFU(&h, c.record, &out), 0u);
-        ASSERT_EQ(out.length, 20 + c.body.size());
-        EXPECT_EQ(h.bodyLength, c.body.size());
-        EXPECT_EQ(Bytes(out.data + 20, out.data + out.length), c.body);
-        trovFree(out.data);
-    }
-}
-
-// The other way: u16 elements of an attribute array (0x0070) reach the record in host order.
+// u16 elements of an attribute array (0x0070) reach the record in host order.
 TEST_F(Bodies, ReplyArrayElementsAreReadBigEndian) {
     DecodeResult result{nullptr, nullptr, 0};
     ASSERT_EQ(decodeReply(0x32, {0x00, 0x70, 0x00, 0x02, 0x01, 0x02, 0xA0, 0xB0}, result), 0u);

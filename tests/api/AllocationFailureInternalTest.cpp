@@ -228,5 +228,27 @@ INSTANTIATE_TEST_SUITE_P(
                (std::get<1>(info.param) == Failing::OnlyTheNth ? "_Only" : "_Onwards");
     });
 
+// A caller's growable buffer that is too small is grown in place; when that
+// fails the call gives 6 and the descriptor's pointer is overwritten with
+// null (the caller still holds the block and frees it).
+TEST(AllocationFailureGrowing, AFailedGrowGives6AndLeavesTheDescriptorEmpty) {
+    ASSERT_EQ(TROV_InitCoder(), 1);
+    void *mine = trovMalloc(1);
+    U32PairStringBody record{};
+    record.buffer = BufferDesc{mine, 1, TROV_BUFFER_GROWABLE};
+    DecodeResult result{&record, nullptr, 0};
+    failAllocationAt(1);
+    const TrovResult r = decodeReply(0x3a, {0, 0, 0, 1, 0, 0, 0, 2, 3, 'a', 'b', 'c'}, result);
+    const uint32_t made = allocationsSinceArmed();
+    failAllocationAt(0);
+    EXPECT_EQ(r, TROV_RESULT_NO_MEMORY);
+    EXPECT_EQ(made, 1u);
+    EXPECT_EQ(result.type, 6);
+    EXPECT_EQ(result.record, &record);
+    EXPECT_EQ(record.buffer.data, nullptr);
+    EXPECT_EQ(record.buffer.flags, TROV_BUFFER_GROWABLE);
+    trovFree(mine);
+}
+
 } // namespace
 } // namespace trov

@@ -49,7 +49,7 @@ TrovResult decodeOneEvent(uint16_t code) {
 // Every code of every family: described (and well formed) exactly where the
 // decoders have a codec, else the family's result; a body without a reply
 // layout has no request layout. (That the codecs write and read records as
-// described: EncodeRoundTripTest, ReplyEncodeTest; how many events:
+// described: EncodeRoundTripTest, RecordWalkTest, ReplyEncodeTest; how many events:
 // PublicRecordsTest.)
 TEST_F(LayoutDescription, EveryFamilyDescribedExactlyWhenDecoded) {
     using Describe = TrovResult (*)(uint16_t, TrovLayoutInfo *);

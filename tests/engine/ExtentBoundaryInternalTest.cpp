@@ -6,7 +6,9 @@
 // the reported room followed by 16 canary bytes, for counts and lengths at
 // the rounding boundaries (0, 1, 7, 8, 255, 256 where the prefix allows). A
 // size pass that forgets a terminator byte or a rounding lets the decode
-// break the canary, or return an end beyond the room.
+// break the canary, or return an end beyond the room. Every reply decoded
+// so (bodies, methods inside 0x1d, events in both lists) also encodes back
+// to its packet through TROV_EncodeReply.
 //
 // The wire input is built from the families' own descriptions (value types,
 // event layouts, method field lists, body field lists, structure

@@ -152,7 +152,7 @@ TEST_P(EveryLayout, ReadsBackWhatItBuilt) {
     const std::vector<Case> cases = layoutsOf(GetParam());
     EXPECT_FALSE(cases.empty());
     for (const Case &c : cases)
-        for (const Way way : {Way{2, false, false}, Way{2, true, true}, Way{0, false, true}}) {
+        for (const Way way : {Way{2, false, false}, Way{2, true, true}, Way{0, false, true}, Way{0, true, false}}) {
             SCOPED_TRACE(c.name + ", " + std::to_string(way.elements) + " elements, counts " +
                          (way.later ? "later" : "now"));
             Sampler sampler(way.elements, way.later, way.misaligned, c.selector);
@@ -167,7 +167,8 @@ TEST_P(EveryLayout, ReadsBackWhatItBuilt) {
                 const void *record = describe::buildRecord(c.layout, kVersion, c.request, sampler);
                 ASSERT_NE(record, nullptr) << testing::PrintToString(sampler.given);
                 describe::readRecord(c.layout, record, kVersion, c.request, recorder);
-                if (!c.request && (GetParam() != Family::Bodies || c.layout.form == TROV_LAYOUT_FIELDS)) {
+                // (The library takes records at their own alignment only.)
+                if (!c.request && !way.misaligned && (GetParam() != Family::Bodies || c.layout.form == TROV_LAYOUT_FIELDS)) {
                     const ThroughTheCodec back(GetParam(), c.code, record);
                     ASSERT_NE(back.record, nullptr) << "the reply does not come back";
                     Recorder decoded;

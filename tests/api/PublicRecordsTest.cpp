@@ -158,27 +158,6 @@ TEST(PublicRecords, NamedCodesAreKnownCodes) {
     EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
 }
 
-// Counted elements read through their declarations: attribute 0x082B (a u8,
-// then u32 values with a u8 count) in array form, one element (value0 5,
-// three u32), decoded from body 0x12.
-TEST(PublicRecords, DecodedValueArraysReadThroughTheirDeclarations) {
-    TROV_InitCoder();
-    DecodeResult result{};
-    ASSERT_EQ(decodeReply(0x12, hexBytes("082B 0001 05 03 11111111 22222222 33333333"), result), TROV_RESULT_OK);
-    const auto *body = static_cast<const AttributeBody *>(result.record);
-    ASSERT_EQ(body->id, TROV_ATTRIBUTE_082B);
-    const auto *array = static_cast<const AttributeArrayHeader *>(body->value);
-    ASSERT_EQ(array->count, 1);
-    const auto *value = static_cast<const TrovAttribute082BValue *>(array->elements);
-    EXPECT_EQ(value->value0, 5);
-    ASSERT_EQ(value->array1.count, 3);
-    EXPECT_EQ(value->array1.data[0], 0x11111111u);
-    EXPECT_EQ(value->array1.data[1], 0x22222222u);
-    EXPECT_EQ(value->array1.data[2], 0x33333333u);
-    trovFree(body->buffer.data);
-    trovFree(result.record);
-}
-
 // The typed front door takes only its code's request record, and encodes as
 // TROV_EncodeFU does with the code set.
 static_assert(std::is_invocable_v<decltype(&TROV_EncodeBody_0012), HeaderInfo *, const AttributeBody *, EncodeOutput *>);

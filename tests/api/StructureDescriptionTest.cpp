@@ -1,7 +1,7 @@
 // The two description lookups for nested records, TROV_DescribeVariant and
 // TROV_DescribeNested, refuse what is not theirs. (What structured
 // descriptions say against the codecs: the member offsets, PublicRecordsTest;
-// the wire of structured replies, ReplyEncodeTest; structured request values,
+// the wire of structured replies, RecordWalkTest; structured request values,
 // EncodeRoundTripTest; the walk's conventions, StructureCodecInternalTest.)
 #include <gtest/gtest.h>
 

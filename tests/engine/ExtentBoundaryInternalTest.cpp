@@ -6,7 +6,9 @@
 // the reported room followed by 16 canary bytes, for counts and lengths at
 // the rounding boundaries (0, 1, 7, 8, 255, 256 where the prefix allows). A
 // size pass that forgets a terminator byte or a rounding lets the decode
-// break the canary, or return an end beyond the room.
+// break the canary, or return an end beyond the room. Every reply decoded
+// so (bodies, methods inside 0x1d, events in both lists) also encodes back
+// to its packet through TROV_EncodeReply.
 //
 // The wire input is built from the families' own descriptions (value types,
 // event layouts, method field lists, body field lists, structure
@@ -24,6 +26,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovReplyEncode.h"
 #include "api/ReplyPacket.h"
 #include "api/Dispatch.h"
 #include "attributes/DataTypes.h"
@@ -340,6 +343,7 @@ uint32_t roomAskedFor(Decode decode) {
 struct Reply {
     TrovResult result;
     std::vector<uint64_t> record; // 8-aligned
+    HeaderInfo info{};
 
     template <class T>
     T field(size_t offset) const {
@@ -348,14 +352,14 @@ struct Reply {
 };
 
 template <class Check>
-void expectReplyInsideItsRoom(const std::vector<uint8_t> &p, size_t recordBytes, size_t bufferOffset, Check check) {
+void expectReplyInsideItsRoom(const std::vector<uint8_t> &p, size_t recordBytes, size_t bufferOffset, Check check,
+                              bool encodesBack = true) {
     auto decode = [&](void *data, uint32_t capacity) {
         Reply r{0, std::vector<uint64_t>((recordBytes + 7) / 8, 0)};
         storeField(r.record.data(), bufferOffset, BufferDesc{data, static_cast<uint16_t>(capacity), 0});
         DecodeResult result{r.record.data(), nullptr, 0};
-        HeaderInfo info{};
         const PacketCursor c{const_cast<uint8_t *>(p.data()), static_cast<uint32_t>(p.size())};
-        r.result = TROV_DecodeFU(&info, &result, &c, nullptr);
+        r.result = TROV_DecodeFU(&r.info, &result, &c, nullptr);
         return r;
     };
     const uint32_t asked = roomAskedFor([&](void *data, uint32_t capacity) { return decode(data, capacity).result; });
@@ -365,6 +369,26 @@ void expectReplyInsideItsRoom(const std::vector<uint8_t> &p, size_t recordBytes,
     ASSERT_EQ(r.result, 0u);
     EXPECT_TRUE(room.canaryIntact()) << "the decode wrote past the " << asked << " bytes it asked for";
     check(r, room);
+    if (!encodesBack) return;
+
+    // The record encodes back to the packet, allocated and into a buffer of
+    // exactly its length; one byte short is refused with nothing written,
+    // the body's length set all the same.
+    HeaderInfo h = r.info;
+    EncodeOutput out{nullptr, 0};
+    ASSERT_EQ(TROV_EncodeReply(&h, r.record.data(), &out), 0u);
+    EXPECT_EQ(std::vector<uint8_t>(out.data, out.data + out.length), p) << "re-encoded bytes differ";
+    trovFree(out.data);
+    std::vector<uint8_t> exact(p.size() + 1, 0xCD), shorter(p.size(), 0xCD);
+    out = {exact.data(), static_cast<uint32_t>(p.size())};
+    ASSERT_EQ(TROV_EncodeReply(&h, r.record.data(), &out), 0u);
+    EXPECT_EQ(std::vector<uint8_t>(exact.begin(), exact.end() - 1), p);
+    EXPECT_EQ(exact.back(), 0xCD);
+    out = {shorter.data(), static_cast<uint32_t>(p.size() - 1)};
+    h.bodyLength = 0;
+    EXPECT_EQ(TROV_EncodeReply(&h, r.record.data(), &out), TROV_RESULT_BUFFER_TOO_SMALL);
+    EXPECT_EQ(h.bodyLength, p.size() - TROV_HEADER_LENGTH);
+    EXPECT_EQ(shorter, std::vector<uint8_t>(p.size(), 0xCD));
 }
 
 class ExtentBoundary : public testing::Test {
@@ -458,7 +482,8 @@ constexpr Framing kShort{0x0a, false, sizeof(ShortEventListBody), offsetof(Short
 
 // The list's block holds the entries, then every event record; each entry
 // points into it.
-void expectEventListInsideItsRoom(const Framing &f, const std::vector<std::pair<uint16_t, Wire>> &events) {
+void expectEventListInsideItsRoom(const Framing &f, const std::vector<std::pair<uint16_t, Wire>> &events,
+                                  bool encodesBack = true) {
     Wire body;
     body.fill(f.isLong ? 10 : 4);
     body.number(f.isLong ? 2 : 1, static_cast<uint32_t>(events.size()));
@@ -474,7 +499,7 @@ void expectEventListInsideItsRoom(const Framing &f, const std::vector<std::pair<
         ASSERT_EQ(entries, room.data());
         for (size_t i = 0; i < events.size(); ++i)
             EXPECT_TRUE(room.holds(loadField<const void *>(entries + i * f.entryBytes, f.bodyOffset))) << "event " << i;
-    });
+    }, encodesBack);
 }
 
 class EventExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
@@ -491,7 +516,9 @@ TEST_P(EventExtent, DecodeStaysInsideTheExtentAloneAndInBothListFramings) {
             GetParam() == 0xC4 || GetParam() == 0xC5);
         for (const Framing &f : {kLong, kShort}) {
             SCOPED_TRACE(f.isLong ? "long framing" : "short framing");
-            expectEventListInsideItsRoom(f, {{GetParam(), w}});
+            // Event 0x78 at odd lengths reads its typed value over (no room
+            // reserved): nothing to write back (ReplyEncodeTest).
+            expectEventListInsideItsRoom(f, {{GetParam(), w}}, GetParam() != 0x78 || n % 2 == 0);
         }
     }
 }
@@ -515,6 +542,27 @@ TEST_F(ExtentBoundary, EventListsOfEveryCountStayInsideTheirRoom) {
             for (uint32_t i = 0; i < count; ++i) events.emplace_back(mix[i % 6], eventWire(mix[i % 6], i % 10));
             expectEventListInsideItsRoom(f, events);
         }
+}
+
+// A record built from its description leaves the head of events 0xC4 and
+// 0xC5 null: the structure behind it is written, as if the head pointed there.
+TEST_F(ExtentBoundary, StructureEventWithoutHeadEncodesItsStructure) {
+    Wire body;
+    body.fill(4);
+    body.number(1, 1);
+    body.number(2, 0xC4);
+    body.fill(1);
+    body.append(eventWire(0xC4, 2));
+    const std::vector<uint8_t> p = packet(0x0a, body);
+    Decoded d(p);
+    ASSERT_EQ(d.result, 0u);
+    void **head = static_cast<void **>(static_cast<ShortEventListBody *>(d.out.record)->entries[0].body);
+    ASSERT_EQ(static_cast<uint8_t *>(*head), reinterpret_cast<uint8_t *>(head) + 16);
+    *head = nullptr;
+    EncodeOutput out{nullptr, 0};
+    ASSERT_EQ(TROV_EncodeReply(&d.info, d.out.record, &out), 0u);
+    EXPECT_EQ(std::vector<uint8_t>(out.data, out.data + out.length), p);
+    trovFree(out.data);
 }
 
 // ---- method replies ------------------------------------------------------------------------

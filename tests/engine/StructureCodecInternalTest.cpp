@@ -275,27 +275,6 @@ TEST_F(StructCodec, AttributesWithoutAUsableCodec) {
     EXPECT_EQ(size.extent, 0u);
 }
 
-TEST_F(StructCodec, AnEmptyArrayTakesItsSlotRightBehindTheCount) {
-    static constexpr Field u16Fields[] = {u16};
-    static constexpr Plan kU16 = structurePlan(u16Fields);
-    static constexpr Field fields[] = {count8, records(kU16, 8)};
-    constexpr Plan d = structurePlan(fields);
-    static_assert(d.record == 16 && d.fields[1].offset == 1 && d.fields[1].data == 8);
-    for (uint8_t count : {0, 1}) {
-        SCOPED_TRACE(count);
-        Bytes wire = count == 0 ? Bytes{0} : Bytes{1, 0x12, 0x34};
-        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
-        alignas(8) uint8_t r[24];
-        std::memset(r, 0xEE, sizeof r);
-        structDecode(d, &c, r, r + 16);
-        EXPECT_EQ(loadField<void *>(r, count == 0 ? 1 : 8), count == 0 ? nullptr : r + 16);
-        Bytes again(wire.size());
-        PacketCursor ac{again.data(), static_cast<uint32_t>(again.size())};
-        structEncode(d, &ac, r);
-        EXPECT_EQ(again, wire);
-    }
-}
-
 // A chain of plans, each an array of the one below: N levels of records.
 struct Tree { uint8_t n; Tree *children; };
 template <uint32_t N>

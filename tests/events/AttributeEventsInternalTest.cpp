@@ -138,7 +138,7 @@ TEST_F(AttributeEventTest, SixteenBitFiguresWrapWhileTheExtentHolds) {
 
 // The structure events: head 16 + record 40 + items 16; the name's 8 bytes
 // are written but not reported (the item array's size replaces what came
-// before it). (Their fields written from the description: ReplyEncodeTest;
+// before it). (Their fields built from the description: RecordWalkTest;
 // where the description places them: PublicRecordsTest.)
 TEST_F(AttributeEventTest, StructureEventsReportTheirItemsNotTheirName) {
     const Bytes body = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x03, 'a', 'b', 'c', 0x0A, 0x0B, 0x0C, 0x0D,

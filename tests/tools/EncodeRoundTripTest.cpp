@@ -2,9 +2,9 @@
 // every request layout gets a sample record built by the walk, which must
 // encode; the reader must find the values built in the bytes (so the
 // encoder wrote each where the layout says) and the JSON printer and
-// builder must give the same bytes again. (Replies: every layout
-// and event written by hand and encoded back, ReplyEncodeTest; built and read
-// by the walk, RecordWalkTest; as JSON, the examples decoded and encoded back.)
+// builder must give the same bytes again. (Replies: every layout and event
+// built by the walk and through the codecs, RecordWalkTest; encoded back at
+// every count, the extent sweep; as JSON, the examples decoded and encoded back.)
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -33,6 +33,7 @@ public:
     Leaves given;
     uint16_t method = 0;    // the method code a method body is built with
     uint16_t attribute = 0; // the attribute a body's attribute field holds (0: a plain one)
+    uint16_t dataType = 0;  // the data type of typed values (0: a plain one)
 
     void *allocate(size_t n, describe::Block) override {
         blocks_.push_back(std::make_unique<uint8_t[]>(n + 16));
@@ -42,7 +43,7 @@ public:
         switch (code.of) {
         case Code::Of::Option: value = ++serial_ % 2 != 0 ? 1 : 7; break;
         case Code::Of::Selector: value = selector_; break;
-        case Code::Of::DataType: value = plainCode(true, code.version); break;
+        case Code::Of::DataType: value = dataType != 0 ? dataType : plainCode(true, code.version); break;
         case Code::Of::Method: value = method; break;
         case Code::Of::Attribute: // the one asked for, then a plain one for any nested value
             value = attribute != 0 ? std::exchange(attribute, uint16_t{0}) : plainCode(false, code.version);

@@ -1,7 +1,9 @@
 // The walk over described records (tools/describe/RecordWalk.h): what the
 // build walk lays out is what the read walk finds, for every layout the
-// library describes, wherever the records sit; and at the codec boundary the
-// records it builds encode to bytes worked out by hand.
+// library describes, wherever the records sit, also after a reply record's
+// trip through the encoder and the decoder (so each reply, method reply and
+// event is coded as described); and at the codec boundary the records it
+// builds encode to bytes worked out by hand.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +14,9 @@
 #include <vector>
 
 #include "RecordSampler.h"
+#include "TrovCodec.h"
 #include "TrovLayout.h"
+#include "TrovReplyEncode.h"
 #include "TrovVersion.h"
 
 namespace {
@@ -103,6 +107,35 @@ std::vector<Case> layoutsOf(Family family) {
     return cases;
 }
 
+// A reply record (a body's, a method's parameters inside body 0x1d, an
+// event inside a short list) encoded and decoded again: the decoded record,
+// null when either step fails.
+struct ThroughTheCodec {
+    DecodeResult decoded{nullptr, nullptr, 0};
+    const void *record = nullptr;
+
+    ThroughTheCodec(Family family, uint16_t code, const void *built) {
+        EventBriefEntry entry{code, 0, const_cast<void *>(built)};
+        const ShortEventListBody list{1, 1, &entry, {}};
+        const MethodBody method{1, code, const_cast<void *>(built), 0, {}};
+        HeaderInfo info{TROV_PROTOCOL_MARK, kVersion, 1, family == Family::Bodies ? code : family == Family::Events ? uint16_t{0x0a} : uint16_t{0x1d}, 0, 0, 0, 0, 1};
+        const void *body = family == Family::Bodies ? built : family == Family::Events ? static_cast<const void *>(&list) : &method;
+        EncodeOutput out{nullptr, 0};
+        if (TROV_EncodeReply(&info, body, &out) != 0) return;
+        const PacketCursor c{out.data, out.length};
+        const TrovResult r = TROV_DecodeFU(&info, &decoded, &c, nullptr);
+        trovFree(out.data);
+        if (r != 0 || decoded.record == nullptr) return;
+        record = family == Family::Bodies  ? decoded.record
+                 : family == Family::Events ? static_cast<ShortEventListBody *>(decoded.record)->entries[0].body
+                                            : static_cast<MethodBody *>(decoded.record)->params;
+    }
+    ~ThroughTheCodec() {
+        if (decoded.buffer != nullptr) trovFree(decoded.buffer->data);
+        trovFree(decoded.record);
+    }
+};
+
 class EveryLayout : public testing::TestWithParam<Family> {
 protected:
     static void SetUpTestSuite() { TROV_InitCoder(); }
@@ -119,16 +152,29 @@ TEST_P(EveryLayout, ReadsBackWhatItBuilt) {
     const std::vector<Case> cases = layoutsOf(GetParam());
     EXPECT_FALSE(cases.empty());
     for (const Case &c : cases)
-        for (const Way way : {Way{2, false, false}, Way{2, true, true}, Way{0, false, true}}) {
+        for (const Way way : {Way{2, false, false}, Way{2, true, true}, Way{0, false, true}, Way{0, true, false}}) {
             SCOPED_TRACE(c.name + ", " + std::to_string(way.elements) + " elements, counts " +
                          (way.later ? "later" : "now"));
             Sampler sampler(way.elements, way.later, way.misaligned, c.selector);
+            // A typed value in a reserved slot comes back only when its type
+            // reserves room, as 0x14 does (others: ReplyEncodeTest).
+            if (std::any_of(c.layout.fields, c.layout.fields + c.layout.fieldCount,
+                            [](const TrovFieldInfo &f) { return f.kindId == TROV_KIND_RESERVED_VALUE; }))
+                sampler.dataType = 0x14;
             Recorder recorder;
             const Code code{c.of, nullptr, kVersion};
             if (c.of == Code::Of::Method) {
                 const void *record = describe::buildRecord(c.layout, kVersion, c.request, sampler);
                 ASSERT_NE(record, nullptr) << testing::PrintToString(sampler.given);
                 describe::readRecord(c.layout, record, kVersion, c.request, recorder);
+                // (The library takes records at their own alignment only.)
+                if (!c.request && !way.misaligned && (GetParam() != Family::Bodies || c.layout.form == TROV_LAYOUT_FIELDS)) {
+                    const ThroughTheCodec back(GetParam(), c.code, record);
+                    ASSERT_NE(back.record, nullptr) << "the reply does not come back";
+                    Recorder decoded;
+                    describe::readRecord(c.layout, back.record, kVersion, false, decoded);
+                    EXPECT_EQ(decoded.found, sampler.given) << "after the codec";
+                }
             } else {
                 const void *value = describe::buildValue(code, c.code, sampler);
                 ASSERT_NE(value, nullptr) << testing::PrintToString(sampler.given);

@@ -4,7 +4,7 @@
 // rounded buffer, and the failures that must leave the caller's memory alone.
 // (Every request layout's bytes, attribute values and raw parameters too:
 // EncodeRoundTripTest and RecordWalkTest's bytes worked out by hand; every
-// reply: ReplyEncodeTest and the differential corpus; 0x31's reply running
+// reply: RecordWalkTest, the extent sweep and the differential corpus; 0x31's reply running
 // to the packet's end: BodyRoutingInternalTest and GuardPageTest.)
 #include <gtest/gtest.h>
 

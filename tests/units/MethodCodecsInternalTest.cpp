@@ -1,7 +1,7 @@
 // The FU method codecs: refusals and the raw parameters' figures worked out
 // by hand (every method's reply, round trip and extent: the corpus and extent
-// sweeps; the structured replies written from their descriptions:
-// ReplyEncodeTest).
+// sweeps; the structured replies built from their descriptions and through
+// the codecs: RecordWalkTest).
 #include <gtest/gtest.h>
 
 #include <cstdio>

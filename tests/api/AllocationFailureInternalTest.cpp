@@ -34,20 +34,12 @@ struct Outcome {
 
 // ---- encoding ------------------------------------------------------------------
 
-Outcome encodeFU(uint16_t code, const void *record) {
-    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 0, code, 0, 0, 0, 0, 0};
+// A request, or (reply) a reply, built from a record.
+Outcome encodeFU(uint16_t code, const void *record, bool reply = false) {
+    const uint8_t flag = reply ? 1 : 0;
+    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, flag, code, 0, 0, 0, 0, flag};
     EncodeOutput packet{nullptr, 0};
-    const TrovResult r = TROV_EncodeFU(&info, record, &packet);
-    const bool handedOut = packet.data != nullptr;
-    trovFree(packet.data);
-    return {r, handedOut, -1};
-}
-
-// A reply built from a record.
-Outcome encodeReply(uint16_t code, const void *record) {
-    HeaderInfo info{TROV_PROTOCOL_MARK, TROV_PROTOCOL_VERSION, 1, code, 0, 0, 0, 0, 1};
-    EncodeOutput packet{nullptr, 0};
-    const TrovResult r = TROV_EncodeReply(&info, record, &packet);
+    const TrovResult r = reply ? TROV_EncodeReply(&info, record, &packet) : TROV_EncodeFU(&info, record, &packet);
     const bool handedOut = packet.data != nullptr;
     trovFree(packet.data);
     return {r, handedOut, -1};
@@ -179,8 +171,8 @@ const Case kCases[] = {
     {"DecodeExtend", decodeExtend},
     {"Malloc", hostAllocation},
     // Replies built from records: an event list, and method 0x92's one-byte reply.
-    {"EncodeEventListReply", [] { const ShortEventListBody r{9, 1, &kEntry, {}}; return encodeReply(0x0a, &r); }},
-    {"EncodeMethodReply", [] { const MethodBody r{9, 0x92, kParams, 0, {}}; return encodeReply(0x1d, &r); }},
+    {"EncodeEventListReply", [] { const ShortEventListBody r{9, 1, &kEntry, {}}; return encodeFU(0x0a, &r, true); }},
+    {"EncodeMethodReply", [] { const MethodBody r{9, 0x92, kParams, 0, {}}; return encodeFU(0x1d, &r, true); }},
 };
 
 enum class Failing { OnlyTheNth, FromTheNth };

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "TrovRecords.h"
 #include "TrovReplyEncode.h"
 #include "TrovVersion.h"
 #include "api/ReplyPacket.h"
@@ -61,6 +62,19 @@ TEST(ReplyEncode, Results) {
     encodeReply(shortList, &missingRecord, TROV_RESULT_NULL_ARGUMENT);
     const ShortEventListBody unknownCode{0, 1, &unknown, {nullptr, 0, 0}};
     encodeReply(shortList, &unknownCode, TROV_RESULT_NO_EVENT_CODEC);
+    // Event 0xC4's structure: a name counted but missing (1), more items
+    // than a 16-bit size can state (5).
+    static TrovEvent00C4Item items[0xFFFF];
+    TrovEvent00C4 c4{};
+    c4.body = &c4.data;
+    c4.data.nameLength = 3;
+    EventBriefEntry structure{0xC4, 0, &c4};
+    const ShortEventListBody withStructure{0, 1, &structure, {nullptr, 0, 0}};
+    encodeReply(shortList, &withStructure, TROV_RESULT_NULL_ARGUMENT);
+    c4.data.nameLength = 0;
+    c4.data.itemCount = 0xFFFF;
+    c4.data.items = items;
+    encodeReply(shortList, &withStructure, TROV_RESULT_SHORT_INPUT);
 
     // A method without a codec, and raw parameters of a method from 0x2000.
     HeaderInfo method = info;

@@ -9,40 +9,42 @@ using namespace trov;
 extern "C" {
 
 // Fields 0 and 1 (the mark and the version byte) need no header codec; the
-// others need the codec of the record's or the packet's version byte.
+// others go through the row of the record's or the packet's version byte.
 TROV_API TrovResult TROV_GetFromInfo(uint32_t index, const HeaderInfo *info, void *out) {
     if (info == nullptr || out == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    if (index > TROV_FIELD_VERSION && findHeaderRow(static_cast<uint8_t>(info->version)) == nullptr)
-        return TROV_RESULT_NO_HEADER_CODEC;
-    return headerGetFromRecord(index, info, out);
+    if (index <= TROV_FIELD_VERSION) return headerGetFromRecord(index, info, out);
+    const HeaderCodecRow *row = findHeaderRow(static_cast<uint8_t>(info->version));
+    if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    return row->getFromRecord(index, info, out);
 }
 
 TROV_API TrovResult TROV_SetToInfo(uint32_t index, HeaderInfo *info, const void *value) {
     if (info == nullptr || value == nullptr) return TROV_RESULT_NULL_ARGUMENT;
-    if (index > TROV_FIELD_VERSION && findHeaderRow(static_cast<uint8_t>(info->version)) == nullptr)
-        return TROV_RESULT_NO_HEADER_CODEC;
-    return headerSetToRecord(index, info, value);
+    if (index <= TROV_FIELD_VERSION) return headerSetToRecord(index, info, value);
+    const HeaderCodecRow *row = findHeaderRow(static_cast<uint8_t>(info->version));
+    if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    return row->setToRecord(index, info, value);
 }
 
 // Past the version byte, the packet must hold it (3 bytes) to find the codec.
 TROV_API TrovResult TROV_GetFromPacket(uint32_t index, const PacketCursor *cursor, void *out) {
     if (cursor == nullptr || cursor->position == nullptr || out == nullptr)
         return TROV_RESULT_NULL_ARGUMENT;
-    if (index > TROV_FIELD_VERSION) {
-        if (cursor->remaining < 3) return TROV_RESULT_BAD_PACKET;
-        if (findHeaderRow(packetVersion(*cursor)) == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
-    }
-    return headerGetFromPacket(index, cursor, out);
+    if (index <= TROV_FIELD_VERSION) return headerGetFromPacket(index, cursor, out);
+    if (cursor->remaining < 3) return TROV_RESULT_BAD_PACKET;
+    const HeaderCodecRow *row = findHeaderRow(packetVersion(*cursor));
+    if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    return row->getFromPacket(index, cursor, out);
 }
 
 TROV_API TrovResult TROV_SetToPacket(uint32_t index, const PacketCursor *cursor, const void *value) {
     if (cursor == nullptr || cursor->position == nullptr || value == nullptr)
         return TROV_RESULT_NULL_ARGUMENT;
-    if (index > TROV_FIELD_VERSION) {
-        if (cursor->remaining < 3) return TROV_RESULT_BUFFER_TOO_SMALL;
-        if (findHeaderRow(packetVersion(*cursor)) == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
-    }
-    return headerSetToPacket(index, cursor, value);
+    if (index <= TROV_FIELD_VERSION) return headerSetToPacket(index, cursor, value);
+    if (cursor->remaining < 3) return TROV_RESULT_BUFFER_TOO_SMALL;
+    const HeaderCodecRow *row = findHeaderRow(packetVersion(*cursor));
+    if (row == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    return row->setToPacket(index, cursor, value);
 }
 
 TROV_API TrovResult TROV_EncodeHeader(const HeaderInfo *info, const PacketCursor *cursor) {

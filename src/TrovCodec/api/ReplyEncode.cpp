@@ -168,11 +168,8 @@ TrovResult encodeMethodReply(const Tables &tables, HeaderInfo *info, const Metho
 TrovResult encodeReply(const Tables &tables, HeaderInfo *info, const void *record, EncodeOutput *output) {
     if (info == nullptr || record == nullptr || output == nullptr) return TROV_RESULT_NULL_ARGUMENT;
     const auto version = static_cast<uint8_t>(info->version);
-    const HeaderCodecRow *header = findHeaderRow(version);
-    if (header == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
-    uint16_t code = 0;
-    if (TrovResult r = header->getFromRecord(TROV_FIELD_CODE, info, &code)) return r;
-    const BodyCodecRow *row = findBodyRow(tables, code, version, kSelectFU);
+    if (findHeaderRow(version) == nullptr) return TROV_RESULT_NO_HEADER_CODEC;
+    const BodyCodecRow *row = findBodyRow(tables, info->code, version, kSelectFU);
     if (row == nullptr || row->decode == nullptr) return TROV_RESULT_NO_BODY_CODEC;
 
     if (row->decode == &decodeMethodBody)

@@ -42,24 +42,26 @@ TEST(Cursor, WritersRefuseWhatDoesNotFitAndStayRefused) {
     }
 }
 
-// Counts on either side of each step of four, at odd addresses, with bytes
-// that tell every position apart; nothing is written past the array.
-TEST(Cursor, U32ArraysGoOutBigEndianWholeAndNoFurther) {
-    for (uint32_t n : {0u, 1u, 3u, 4u, 5u, 7u, 8u, 9u, 255u}) {
-        SCOPED_TRACE(n);
-        alignas(16) uint8_t in[4 * 255 + 1], out[4 * 255 + 2];
+// Counts on either side of each step (4 and 8 u32 at a time, 8 and 16 u16),
+// at odd addresses, with bytes that tell every position apart; nothing is
+// written past the array.
+template <unsigned W>
+void checkArraysGoOutBigEndian() {
+    for (uint32_t n : {0u, 1u, 3u, 4u, 5u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 33u, 255u}) {
+        SCOPED_TRACE(testing::Message() << W << " bytes, " << n);
+        alignas(32) uint8_t in[4 * 255 + 1], out[4 * 255 + 2];
         for (uint32_t i = 0; i < sizeof in; ++i) in[i] = static_cast<uint8_t>(i * 7 + 1);
         std::memset(out, 0xCC, sizeof out);
-        storeU32s(out + 1, in + 1, n);
-        for (uint32_t i = 0; i < n; ++i) {
-            uint32_t v;
-            std::memcpy(&v, in + 1 + 4 * i, 4);
-            const uint8_t expected[4] = {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)};
-            ASSERT_EQ(std::memcmp(out + 1 + 4 * i, expected, 4), 0) << "element " << i;
-        }
+        storeSwapped<W>(out + 1, in + 1, n);
+        for (uint32_t i = 0; i < W * n; ++i)
+            ASSERT_EQ(out[1 + i], in[1 + i - i % W + (W - 1 - i % W)]) << "byte " << i;
         EXPECT_EQ(out[0], 0xCC);
-        EXPECT_EQ(out[1 + 4 * n], 0xCC);
+        EXPECT_EQ(out[1 + W * n], 0xCC);
     }
+}
+TEST(Cursor, ArraysGoOutBigEndianWholeAndNoFurther) {
+    checkArraysGoOutBigEndian<2>();
+    checkArraysGoOutBigEndian<4>();
 }
 
 } // namespace

@@ -138,11 +138,9 @@ bool writeElementsAtOnce(PacketCursor &c, FieldKind kind, const uint8_t *data, u
     if (n == 0 || data == nullptr || c.position == nullptr || uint64_t{n} * wire > c.remaining) return false;
     uint8_t *out = c.position;
     switch (kind) {
-    case FieldKind::U16s:
-        for (uint32_t i = 0; i < n; ++i) storeU16(out + 2 * i, loadField<uint16_t>(data, 2 * i));
-        break;
+    case FieldKind::U16s: storeSwapped<2>(out, data, n); break;
     case FieldKind::U32s:
-    case FieldKind::WideU32s: storeU32s(out, data, n); break;
+    case FieldKind::WideU32s: storeSwapped<4>(out, data, n); break;
     case FieldKind::ByteU32Items:
         for (uint32_t i = 0; i < n; ++i) {
             out[5 * i] = data[8 * i];

@@ -544,27 +544,6 @@ TEST_F(ExtentBoundary, EventListsOfEveryCountStayInsideTheirRoom) {
         }
 }
 
-// A record built from its description leaves the head of events 0xC4 and
-// 0xC5 null: the structure behind it is written, as if the head pointed there.
-TEST_F(ExtentBoundary, StructureEventWithoutHeadEncodesItsStructure) {
-    Wire body;
-    body.fill(4);
-    body.number(1, 1);
-    body.number(2, 0xC4);
-    body.fill(1);
-    body.append(eventWire(0xC4, 2));
-    const std::vector<uint8_t> p = packet(0x0a, body);
-    Decoded d(p);
-    ASSERT_EQ(d.result, 0u);
-    void **head = static_cast<void **>(static_cast<ShortEventListBody *>(d.out.record)->entries[0].body);
-    ASSERT_EQ(static_cast<uint8_t *>(*head), reinterpret_cast<uint8_t *>(head) + 16);
-    *head = nullptr;
-    EncodeOutput out{nullptr, 0};
-    ASSERT_EQ(TROV_EncodeReply(&d.info, d.out.record, &out), 0u);
-    EXPECT_EQ(std::vector<uint8_t>(out.data, out.data + out.length), p);
-    trovFree(out.data);
-}
-
 // ---- method replies ------------------------------------------------------------------------
 
 // A method's reply parameters. Code 0x2000 has no row: its parameters are

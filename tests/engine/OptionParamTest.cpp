@@ -121,20 +121,34 @@ TEST(OptionParamArguments, MissingCursorOrValueReadsAndWritesNothing) {
     EXPECT_EQ(trovDecode_OptionParam(1, 4, buf.data(), &nowhere), nullptr);
 }
 
-// The value bytes a decode reads: a fixed kind's own size whatever the
-// length byte says, a raw kind's length byte (none without a destination).
-// The returned address is destination + value bytes rounded up to 8, also
+// The size passes and the decode, by kind and length byte. EncCalc gives
+// the value bytes of a fixed kind and refuses the others; DecCalc gives the
+// record bytes, 8 for every fixed kind with a value, and for the others the
+// length byte as it is (not rounded). A decode reads a fixed kind's own size
+// whatever the length byte says, a raw kind's length byte (none without a
+// destination), and returns destination + value bytes rounded up to 8, also
 // from a destination that is not itself on a boundary.
-TEST(OptionParamDecode, ReadsTheValueAndReturnsTheNextEightByteBoundary) {
-    const struct { uint8_t kind, length; uint32_t offset, next, read; } cases[] = {
-        {0, 0, 0, 0, 0},  {0, 9, 3, 8, 0},      {1, 4, 1, 8, 4},    {2, 4, 4, 8, 4},    {3, 2, 6, 8, 2},
-        {3, 5, 0, 8, 2},  {4, 2, 7, 16, 2},     {5, 6, 0, 8, 6},    {5, 6, 1, 16, 6},   {200, 13, 3, 16, 13},
-        {200, 0, 0, 0, 0}, {255, 8, 0, 8, 8},   {7, 0, 5, 8, 0},    {6, 1, 8, 16, 1},
+TEST(OptionParamKinds, SizesAndDecodeByKind) {
+    const struct {
+        uint8_t kind, length;
+        uint32_t offset, next, read, recordBytes;
+        TrovResult encResult;
+        uint8_t encSize;
+    } cases[] = {
+        {0, 0, 0, 0, 0, 0, 0, 0},        {0, 9, 3, 8, 0, 0, 0, 0},         {1, 4, 1, 8, 4, 8, 0, 4},
+        {2, 0, 4, 8, 4, 8, 0, 4},        {3, 2, 6, 8, 2, 8, 0, 2},         {3, 5, 0, 8, 2, 8, 0, 2},
+        {4, 255, 7, 16, 2, 8, 0, 2},     {5, 6, 0, 8, 6, 8, 0, 6},         {5, 6, 1, 16, 6, 8, 0, 6},
+        {200, 13, 3, 16, 13, 13, 1, 0},  {200, 0, 0, 0, 0, 0, 1, 0},       {255, 8, 0, 8, 8, 8, 1, 0},
+        {7, 0, 5, 8, 0, 0, 1, 0},        {6, 1, 8, 16, 1, 1, 1, 0},
     };
     uint8_t bytes[16];
     for (uint8_t i = 0; i < 16; ++i) bytes[i] = uint8_t(0xB0 + i);
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << int(c.kind) << "/" << int(c.length) << " at +" << c.offset);
+        EXPECT_EQ(trovDecCalc_OptionParam(c.kind, c.length), c.recordBytes);
+        uint8_t size = 0xEE;
+        EXPECT_EQ(trovEncCalc_OptionParam(c.kind, &c, &size), c.encResult);
+        EXPECT_EQ(size, c.encSize);
         PacketCursor cursor{bytes, sizeof bytes};
         alignas(8) std::array<uint8_t, 32> dest;
         dest.fill(0xCC);
@@ -146,24 +160,6 @@ TEST(OptionParamDecode, ReadsTheValueAndReturnsTheNextEightByteBoundary) {
     PacketCursor cursor{bytes, sizeof bytes};
     trovDecode_OptionParam(200, 1, nullptr, &cursor);
     EXPECT_EQ(cursor.position, bytes);
-}
-
-// The size passes: EncCalc gives the value bytes of a fixed kind and refuses
-// the others; DecCalc gives the record bytes, 8 for every fixed kind with a
-// value, and for the others the length byte as it is (not rounded).
-TEST(OptionParamSizes, EncCalcAndDecCalcByKind) {
-    const struct { uint8_t kind, length; uint32_t recordBytes; TrovResult encResult; uint8_t encSize; } cases[] = {
-        {0, 0, 0, 0, 0},   {0, 9, 0, 0, 0},     {1, 4, 8, 0, 4},       {2, 0, 8, 0, 4},
-        {3, 5, 8, 0, 2},   {4, 255, 8, 0, 2},   {5, 6, 8, 0, 6},       {6, 0, 0, 1, 0},
-        {7, 1, 1, 1, 0},   {200, 13, 13, 1, 0}, {255, 255, 255, 1, 0},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << int(c.kind) << "/" << int(c.length));
-        EXPECT_EQ(trovDecCalc_OptionParam(c.kind, c.length), c.recordBytes);
-        uint8_t size = 0xEE;
-        EXPECT_EQ(trovEncCalc_OptionParam(c.kind, &c, &size), c.encResult);
-        EXPECT_EQ(size, c.encSize);
-    }
 }
 
 } // namespace

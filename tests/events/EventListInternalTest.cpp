@@ -59,10 +59,6 @@ protected:
         return GetParam() == EventFraming::Long ? static_cast<EventListBody *>(r.record)->buffer
                                                 : static_cast<ShortEventListBody *>(r.record)->buffer;
     }
-    static void freeAll(DecodeResult &r) {
-        trovFree(block(r).data);
-        trovFree(r.record);
-    }
     TrovResult decode(std::vector<uint8_t> &bytes, DecodeResult &r) {
         const PacketCursor body{bytes.data(), static_cast<uint32_t>(bytes.size())};
         return decodeEventList(GetParam(), tables(), 0x10, &r, &body);
@@ -103,7 +99,8 @@ TEST_P(EventList, WrappingTotalKeepsTheFigureAndStaysInsideTheBlock) {
     const BufferDesc &b = block(r);
     EXPECT_EQ(b.capacity, wrapped);
     EXPECT_LT(b.capacity, 1000);
-    freeAll(r);
+    trovFree(b.data);
+    trovFree(r.record);
 }
 
 // Past the first 256 events, whose rows the size pass keeps for the decode

@@ -48,23 +48,19 @@ constexpr uint32_t kLengths[] = {0, 1, 7, 8, 255, 256};
 
 // ---- exact room ----------------------------------------------------------------
 
-constexpr uint32_t kCanaryBytes = 16;
-uint8_t canaryByte(uint32_t i) { return static_cast<uint8_t>(0xA5 ^ (i * 29)); }
+constexpr uint8_t kCanary[16] = {0xA5, 0xB8, 0x9F, 0xF2, 0xD1, 0x34, 0x0B, 0x6E,
+                                 0x4D, 0xA0, 0x87, 0x9A, 0xF9, 0xDC, 0x33, 0x16};
 
 // A heap block of exactly `room` zeroed bytes (as the library zeroes a
 // buffer before decoding into it), then the canary.
 class ExactRoom {
 public:
-    explicit ExactRoom(uint32_t room) : room_(room), block_(room + kCanaryBytes) {
-        for (uint32_t i = 0; i < kCanaryBytes; ++i) block_[room + i] = canaryByte(i);
+    explicit ExactRoom(uint32_t room) : room_(room), block_(room + sizeof kCanary) {
+        std::copy(std::begin(kCanary), std::end(kCanary), block_.begin() + room);
     }
     uint8_t *data() const { return const_cast<uint8_t *>(block_.data()); }
     const uint8_t *end() const { return block_.data() + room_; }
-    bool canaryIntact() const {
-        for (uint32_t i = 0; i < kCanaryBytes; ++i)
-            if (block_[room_ + i] != canaryByte(i)) return false;
-        return true;
-    }
+    bool canaryIntact() const { return std::equal(std::begin(kCanary), std::end(kCanary), end()); }
     // Whether [p, p + n) lies inside the room.
     bool holds(const void *p, uint32_t n = 0) const {
         const auto *b = static_cast<const uint8_t *>(p);

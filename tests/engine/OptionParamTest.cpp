@@ -17,35 +17,22 @@ namespace {
 
 struct OptionCase {
     uint8_t kind;
-    uint32_t first;             // u32 of kinds 1, 2, 5; u16 of kinds 3, 4
-    uint16_t second;            // u16 of kind 5
-    std::vector<uint8_t> wire;  // what encoding writes, worked out by hand
+    std::vector<uint8_t> memory; // a fixed kind's value on a little-endian host: u32; u16; u32, u16
+    std::vector<uint8_t> wire;   // what encoding writes, worked out by hand
 };
 
 const OptionCase kCases[] = {
-    {0, 0, 0, {0x00, 0x00}},
-    {1, 0x89ABCDEF, 0, {0x01, 0x04, 0x89, 0xAB, 0xCD, 0xEF}},
-    {2, 0xF0000001, 0, {0x02, 0x04, 0xF0, 0x00, 0x00, 0x01}},
-    {3, 0xBEEF, 0, {0x03, 0x02, 0xBE, 0xEF}},
-    {4, 0x8001, 0, {0x04, 0x02, 0x80, 0x01}},
-    {5, 0xDEADBEEF, 0xCAFE, {0x05, 0x06, 0xDE, 0xAD, 0xBE, 0xEF, 0xCA, 0xFE}},
-    {6, 0x11111111, 0, {0x06}},
-    {7, 0x11111111, 0, {0x07}},
-    {200, 0x11111111, 0, {0xC8}},
-    {255, 0x11111111, 0, {0xFF}},
+    {0, {}, {0x00, 0x00}},
+    {1, {0xEF, 0xCD, 0xAB, 0x89}, {0x01, 0x04, 0x89, 0xAB, 0xCD, 0xEF}},
+    {2, {0x01, 0x00, 0x00, 0xF0}, {0x02, 0x04, 0xF0, 0x00, 0x00, 0x01}},
+    {3, {0xEF, 0xBE}, {0x03, 0x02, 0xBE, 0xEF}},
+    {4, {0x01, 0x80}, {0x04, 0x02, 0x80, 0x01}},
+    {5, {0xEF, 0xBE, 0xAD, 0xDE, 0xFE, 0xCA}, {0x05, 0x06, 0xDE, 0xAD, 0xBE, 0xEF, 0xCA, 0xFE}},
+    {6, {}, {0x06}},
+    {7, {}, {0x07}},
+    {200, {}, {0xC8}},
+    {255, {}, {0xFF}},
 };
-
-// The in-memory value of a fixed kind (u32; u16; u32 with a u16 right after
-// it), and how many of its bytes a decode writes.
-std::vector<uint8_t> memoryValue(const OptionCase &c) {
-    const auto u16 = uint16_t(c.first);
-    uint8_t m[8];
-    std::memcpy(m, &c.first, 4);
-    std::memcpy(m + 4, &c.second, 2);
-    if (c.kind == 3 || c.kind == 4) std::memcpy(m, &u16, 2);
-    const size_t used[] = {0, 4, 4, 2, 2, 6};
-    return std::vector<uint8_t>(m, m + (c.kind <= 5 ? used[c.kind] : 0));
-}
 
 void PrintTo(const OptionCase &c, std::ostream *os) { *os << "kind " << int(c.kind); }
 
@@ -63,7 +50,7 @@ const GuardedRegion &region() {
 // the guard's edge, and nothing decodes from any truncation of them.
 TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
     const OptionCase &c = GetParam();
-    std::vector<uint8_t> value = memoryValue(c);
+    std::vector<uint8_t> value = c.memory;
     value.resize(8, 0xCC);
     const auto total = uint32_t(c.wire.size());
     for (uint32_t n = 0; n <= total; ++n) {
@@ -95,7 +82,7 @@ TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
         }
         EXPECT_EQ(next, out.data() + (trovDecCalc_OptionParam(c.kind, length) + 7) / 8 * 8);
         EXPECT_EQ(reader.position, region().end());
-        const std::vector<uint8_t> used = fixed ? memoryValue(c) : std::vector<uint8_t>(raw, raw + 5);
+        const std::vector<uint8_t> used = fixed ? c.memory : std::vector<uint8_t>(raw, raw + 5);
         EXPECT_TRUE(std::equal(used.begin(), used.end(), out.begin()));
         EXPECT_EQ(out[used.size()], 0xCC); // nothing past the value
     }

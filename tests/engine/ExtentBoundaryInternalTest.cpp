@@ -18,7 +18,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <initializer_list>
 #include <iterator>
 #include <optional>

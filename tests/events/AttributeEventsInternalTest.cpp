@@ -4,10 +4,8 @@
 // byte: StringEventsInternalTest and the corpus.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "engine/Cursor.h"

@@ -5,7 +5,6 @@
 // framings and at every count: the differential corpus and the extent sweep.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <vector>
 
 #include "TrovRecords.h"

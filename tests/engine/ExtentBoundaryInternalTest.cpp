@@ -312,8 +312,6 @@ void expectValueInsideExtent(const ValueCodecOps &ops, Wire &w, uint8_t isArray,
     }
 }
 
-std::vector<uint8_t> packet(uint16_t code, const Wire &body) { return replyPacket(code, body.bytes); }
-
 // The room a decode asks of its caller's buffer: the smallest capacity it
 // accepts. A smaller buffer is refused (7) before anything is written, so
 // the search writes only into a block of the largest capacity.
@@ -332,11 +330,6 @@ struct Reply {
     TrovResult result;
     std::vector<uint64_t> record; // 8-aligned
     HeaderInfo info{};
-
-    template <class T>
-    T field(size_t offset) const {
-        return loadField<T>(record.data(), offset);
-    }
 };
 
 template <class Check>
@@ -481,13 +474,14 @@ void expectEventListInsideItsRoom(const Framing &f, const std::vector<std::pair<
         if (!f.isLong) body.fill(1);
         body.append(event);
     }
-    expectReplyInsideItsRoom(packet(f.code, body), f.recordBytes, f.bufferOffset, [&](const Reply &r, const ExactRoom &room) {
-        const auto *entries = r.field<const uint8_t *>(f.entriesOffset);
+    const auto check = [&](const Reply &r, const ExactRoom &room) {
+        const auto *entries = loadField<const uint8_t *>(r.record.data(), f.entriesOffset);
         if (events.empty()) return;
         ASSERT_EQ(entries, room.data());
         for (size_t i = 0; i < events.size(); ++i)
             EXPECT_TRUE(room.holds(loadField<const void *>(entries + i * f.entryBytes, f.bodyOffset))) << "event " << i;
-    }, encodesBack);
+    };
+    expectReplyInsideItsRoom(replyPacket(f.code, body.bytes), f.recordBytes, f.bufferOffset, check, encodesBack);
 }
 
 class EventExtent : public ExtentBoundary, public testing::WithParamInterface<uint16_t> {};
@@ -561,9 +555,9 @@ TEST_P(MethodExtent, ReplyStaysInsideTheExtentAloneAndThroughBody0x1d) {
         body.fill(4);
         body.number(2, GetParam());
         body.append(w);
-        expectReplyInsideItsRoom(packet(0x1d, body), sizeof(MethodBody), offsetof(MethodBody, buffer),
+        expectReplyInsideItsRoom(replyPacket(0x1d, body.bytes), sizeof(MethodBody), offsetof(MethodBody, buffer),
                                  [](const Reply &r, const ExactRoom &room) {
-                                     EXPECT_EQ(r.field<void *>(offsetof(MethodBody, params)), room.data());
+                                     EXPECT_EQ(loadField<void *>(r.record.data(), offsetof(MethodBody, params)), room.data());
                                  });
     }
 }
@@ -617,7 +611,8 @@ TEST_P(ReplyBodyExtent, DecodeStaysInsideTheBufferItAsksFor) {
             planWire(w, *l.plan, n);
             // A string or value placed elsewhere than the room breaks the
             // canary or the encoding back.
-            expectReplyInsideItsRoom(packet(code, w), l.recordBytes, bufferOf(l), [](const Reply &, const ExactRoom &) {});
+            expectReplyInsideItsRoom(replyPacket(code, w.bytes), l.recordBytes, bufferOf(l),
+                                     [](const Reply &, const ExactRoom &) {});
         }
 }
 

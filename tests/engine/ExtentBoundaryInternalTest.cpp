@@ -21,7 +21,6 @@
 #include <initializer_list>
 #include <iterator>
 #include <optional>
-#include <ranges>
 #include <string>
 #include <utility>
 #include <vector>
@@ -319,8 +318,13 @@ template <class Decode>
 uint32_t roomAskedFor(Decode decode) {
     std::vector<uint8_t> large(0xFFFF);
     if (decode(large.data(), 0xFFFFu) != TROV_RESULT_OK) return UINT32_MAX;
-    const auto refused = [&](uint32_t capacity) { return decode(large.data(), capacity) != TROV_RESULT_OK; };
-    return *std::ranges::partition_point(std::views::iota(0u, 0xFFFFu), refused);
+    uint32_t lo = 0, hi = 0xFFFF;
+    while (lo < hi) {
+        const uint32_t mid = (lo + hi) / 2;
+        if (decode(large.data(), mid) == TROV_RESULT_OK) hi = mid;
+        else lo = mid + 1;
+    }
+    return lo;
 }
 
 // Through TROV_DecodeFU: a reply decoded into a caller's record whose

@@ -1,8 +1,8 @@
-// Attribute lists nested in values: sizes and bytes, the size/write
-// asymmetry for unknown identifiers, and values that hold nested lists
-// (disagreeing lengths, unknown identifiers, nesting beyond the limit; their
-// decoded records: the corpus and the extent sweep). The event rules: the
-// hand-worked attribute events.
+// Attribute lists nested in values: the size/write asymmetry for unknown
+// identifiers, and values that hold nested lists (disagreeing lengths,
+// unknown identifiers, nesting beyond the limit; their sizes, bytes and
+// decoded records: the corpus and the extent sweep of row 104). The event
+// rules: the hand-worked attribute events.
 #include <gtest/gtest.h>
 
 #include <cstdint>

@@ -1,13 +1,11 @@
-// Attribute lists nested in values: sizes and bytes, the size/write
-// asymmetry for unknown identifiers, and values that hold nested lists
-// (disagreeing lengths, unknown identifiers, nesting beyond the limit; their
-// decoded records: the corpus and the extent sweep). The event rules: the
-// hand-worked attribute events.
+// Attribute lists nested in values: the size/write asymmetry for unknown
+// identifiers, and values that hold nested lists (disagreeing lengths,
+// unknown identifiers, nesting beyond the limit; their sizes, bytes and
+// decoded records: the corpus and the extent sweep of row 104). The event
+// rules: the hand-worked attribute events.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "api/ReplyPacket.h"
@@ -25,62 +23,25 @@ using Bytes = std::vector<uint8_t>;
 class AttributeListTest : public testing::Test {
 protected:
     static void SetUpTestSuite() { TROV_InitCoder(); }
-
-    // Three values of fixed-size rows: 0x00CB one byte (scalar only);
-    // 0x0070 u16 elements with a u16 count; 0x177C (row 1) four bytes and a
-    // u32 with a u8 count.
-    alignas(8) uint8_t byte_[8] = {0x7F};
-    uint16_t words_[3] = {0x1234, 0xABCD, 0x0001};
-    AttributeArrayHeader wordArray_{3, words_};
-    alignas(8) uint8_t row1_[16] = {1, 2, 3, 4, 0, 0, 0, 0, 0x0A, 0x0B, 0x0C, 0x0D, 0xFF, 0xFF, 0xFF, 0xFF};
-    AttributeArrayHeader row1Array_{2, row1_};
-
-    void SetUp() override {
-        const uint32_t v = 0x05060708;
-        std::memcpy(row1_ + 4, &v, 4);
-    }
 };
 
-const Bytes kByteEntry = {0x00, 0xCB, 0x00, 0x01, 0x7F};
-const Bytes kWordEntry = {0x00, 0x70, 0x00, 0x08, 0x00, 0x03, 0x12, 0x34, 0xAB, 0xCD, 0x00, 0x01};
-const Bytes kRow1Entry = {0x17, 0x7C, 0x00, 0x11, 0x02, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06,
-                          0x07, 0x08, 0x0A, 0x0B, 0x0C, 0x0D, 0xFF, 0xFF, 0xFF, 0xFF};
-
-AttributeList listOf(const AttributeEntry *entries, uint16_t count) {
-    return AttributeList{count, const_cast<AttributeEntry *>(entries)};
-}
-
-// Encodes into a buffer of `capacity` bytes filled with 0xEE; returns what
-// the cursor passed over.
-Bytes encodeList(const AttributeEntry *entries, uint16_t count, size_t capacity) {
-    Bytes out(capacity, 0xEE);
-    PacketCursor c{out.data(), static_cast<uint32_t>(capacity)};
-    const AttributeList list = listOf(entries, count);
-    kNestedAttributeLists.encode(c, &list, 1, kVersion);
-    EXPECT_TRUE(std::all_of(out.begin() + (c.position - out.data()), out.end(), [](uint8_t b) { return b == 0xEE; }));
-    out.resize(c.position - out.data());
-    return out;
-}
-
-TEST_F(AttributeListTest, ListsCountTheirEntries) {
-    const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0070, 0, &wordArray_}, {0x177C, 0, &row1Array_}};
-    for (uint16_t n : {3, 0}) {
-        const AttributeList list = listOf(entries, n);
-        WireSize size;
-        ASSERT_EQ(kNestedAttributeLists.encCalc(&list, 1, kVersion, size), 0u);
-        EXPECT_EQ(size.bytes, n == 0 ? 2u : 2u + 5 + 12 + 21);
-    }
-    EXPECT_EQ(encodeList(entries, 3, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry, kRow1Entry}));
-    EXPECT_EQ(encodeList(entries, 0, 8), (Bytes{0x00, 0x00}));
-}
-
+// Two values of fixed-size rows, 0x00CB one byte (scalar only) and 0x0070
+// u16 elements with a u16 count, around an identifier without a row: the
+// size pass refuses the list, the write pass skips the entry.
 TEST_F(AttributeListTest, UnknownIdentifierFailsSizingButIsSkippedWhenWriting) {
-    const AttributeEntry entries[] = {{0x00CB, 0, byte_}, {0x0001, 0, byte_}, {0x0070, 0, &wordArray_}};
-    const AttributeList list = listOf(entries, 3);
+    alignas(8) uint8_t byte[8] = {0x7F};
+    uint16_t words[3] = {0x1234, 0xABCD, 0x0001};
+    AttributeArrayHeader wordArray{3, words};
+    AttributeEntry entries[] = {{0x00CB, 0, byte}, {0x0001, 0, byte}, {0x0070, 0, &wordArray}};
+    const AttributeList list{3, entries};
     WireSize size{0xAAAA, 0xAAAA};
     EXPECT_EQ(kNestedAttributeLists.encCalc(&list, 1, kVersion, size), 10u);
     EXPECT_EQ(size.bytes, 0xAAAAu);
-    EXPECT_EQ(encodeList(entries, 3, 64), concat({{0x00, 0x03}, kByteEntry, kWordEntry}));
+    Bytes out(64, 0xEE);
+    PacketCursor c{out.data(), static_cast<uint32_t>(out.size())};
+    kNestedAttributeLists.encode(c, &list, 1, kVersion);
+    EXPECT_EQ(out, concat({{0x00, 0x03, 0x00, 0xCB, 0x00, 0x01, 0x7F},
+                           {0x00, 0x70, 0x00, 0x08, 0x00, 0x03, 0x12, 0x34, 0xAB, 0xCD, 0x00, 0x01}, Bytes(45, 0xEE)}));
 }
 
 TEST_F(AttributeListTest, NestedValuesMustFillTheirLengthAndHaveACodec) {

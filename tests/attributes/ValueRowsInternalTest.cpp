@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "api/ReplyPacket.h"
 #include "attributes/RecordValueTypes.h"
 #include "engine/Cursor.h"
 
@@ -34,19 +35,6 @@ struct alignas(8) Header {
         std::memcpy(bytes + 8, &elements, sizeof elements);
     }
     Bytes vec() const { return Bytes(bytes, bytes + 16); }
-};
-
-// A packet: `prefix` bytes holding `count` (big-endian), then `body` bytes of
-// filler, in a heap block of exactly that size.
-struct Packet {
-    std::unique_ptr<uint8_t[]> data;
-    uint32_t size;
-    Packet(uint8_t prefix, uint32_t count, uint32_t body) : data(new uint8_t[prefix + body]), size(prefix + body) {
-        std::memset(data.get(), 0x5C, size);
-        if (prefix == 1) data[0] = static_cast<uint8_t>(count);
-        if (prefix == 2) data[0] = static_cast<uint8_t>(count >> 8), data[1] = static_cast<uint8_t>(count);
-    }
-    PacketCursor cursor() const { return {data.get(), size}; }
 };
 
 TEST(FixedValue, Row257RefusesPacketSizesAbove16Bits) {
@@ -103,24 +91,21 @@ TEST(FixedValue, GoldenVectorsOfRows1And257) {
 // not, and the decode stays inside a block of the extent.
 TEST(FixedValue, WrappedRecordSizeDecodesIntoItsExtent) {
     const uint32_t n = 40000;
-    Packet p(2, n, 2 * n);
-    for (uint32_t i = 0; i < n; ++i) p.data[2 + 2 * i] = static_cast<uint8_t>(i >> 8), p.data[3 + 2 * i] = static_cast<uint8_t>(i);
-    PacketCursor c = p.cursor();
+    Bytes wire;
+    wire.reserve(2 + 2 * n); // a block of exactly the packet
+    for (uint32_t i = 0; i <= n; ++i) putWire(wire, i == 0 ? n : i - 1, 2); // the count, then 0 to n - 1
+    PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
     RecordSize r{};
     ASSERT_EQ(ops(140).decCalc(&c, 1, &r, kVersion), 0u);
     EXPECT_EQ(r.bytes, (80000 + 16) % 65536);
     EXPECT_EQ(r.extent, 80016u);
     EXPECT_EQ(c.remaining, 0u);
     std::unique_ptr<uint8_t[]> block(new uint8_t[r.extent]);
-    PacketCursor d = p.cursor();
+    PacketCursor d{wire.data(), static_cast<uint32_t>(wire.size())};
     EXPECT_EQ(ops(140).decode(block.get(), &d, 1, kVersion), block.get() + 80016);
-    uint16_t count, first, last;
-    std::memcpy(&count, block.get(), 2);
-    std::memcpy(&first, block.get() + 16, 2);
-    std::memcpy(&last, block.get() + 16 + 2 * (n - 1), 2);
-    EXPECT_EQ(count, n);
-    EXPECT_EQ(first, 0);
-    EXPECT_EQ(last, static_cast<uint16_t>(n - 1));
+    EXPECT_EQ(loadField<uint16_t>(block.get(), 0), n);
+    EXPECT_EQ(loadField<uint16_t>(block.get(), 16), 0);
+    EXPECT_EQ(loadField<uint16_t>(block.get(), 16 + 2 * (n - 1)), n - 1);
 }
 
 // The selector type meets a selector outside 1 to 4: its size pass refuses

@@ -17,35 +17,22 @@ namespace {
 
 struct OptionCase {
     uint8_t kind;
-    uint32_t first;             // u32 of kinds 1, 2, 5; u16 of kinds 3, 4
-    uint16_t second;            // u16 of kind 5
-    std::vector<uint8_t> wire;  // what encoding writes, worked out by hand
+    std::vector<uint8_t> memory; // a fixed kind's value on a little-endian host: u32; u16; u32, u16
+    std::vector<uint8_t> wire;   // what encoding writes, worked out by hand
 };
 
 const OptionCase kCases[] = {
-    {0, 0, 0, {0x00, 0x00}},
-    {1, 0x89ABCDEF, 0, {0x01, 0x04, 0x89, 0xAB, 0xCD, 0xEF}},
-    {2, 0xF0000001, 0, {0x02, 0x04, 0xF0, 0x00, 0x00, 0x01}},
-    {3, 0xBEEF, 0, {0x03, 0x02, 0xBE, 0xEF}},
-    {4, 0x8001, 0, {0x04, 0x02, 0x80, 0x01}},
-    {5, 0xDEADBEEF, 0xCAFE, {0x05, 0x06, 0xDE, 0xAD, 0xBE, 0xEF, 0xCA, 0xFE}},
-    {6, 0x11111111, 0, {0x06}},
-    {7, 0x11111111, 0, {0x07}},
-    {200, 0x11111111, 0, {0xC8}},
-    {255, 0x11111111, 0, {0xFF}},
+    {0, {}, {0x00, 0x00}},
+    {1, {0xEF, 0xCD, 0xAB, 0x89}, {0x01, 0x04, 0x89, 0xAB, 0xCD, 0xEF}},
+    {2, {0x01, 0x00, 0x00, 0xF0}, {0x02, 0x04, 0xF0, 0x00, 0x00, 0x01}},
+    {3, {0xEF, 0xBE}, {0x03, 0x02, 0xBE, 0xEF}},
+    {4, {0x01, 0x80}, {0x04, 0x02, 0x80, 0x01}},
+    {5, {0xEF, 0xBE, 0xAD, 0xDE, 0xFE, 0xCA}, {0x05, 0x06, 0xDE, 0xAD, 0xBE, 0xEF, 0xCA, 0xFE}},
+    {6, {}, {0x06}},
+    {7, {}, {0x07}},
+    {200, {}, {0xC8}},
+    {255, {}, {0xFF}},
 };
-
-// The in-memory value of a fixed kind (u32; u16; u32 with a u16 right after
-// it), and how many of its bytes a decode writes.
-std::vector<uint8_t> memoryValue(const OptionCase &c) {
-    const auto u16 = uint16_t(c.first);
-    uint8_t m[8];
-    std::memcpy(m, &c.first, 4);
-    std::memcpy(m + 4, &c.second, 2);
-    if (c.kind == 3 || c.kind == 4) std::memcpy(m, &u16, 2);
-    const size_t used[] = {0, 4, 4, 2, 2, 6};
-    return std::vector<uint8_t>(m, m + (c.kind <= 5 ? used[c.kind] : 0));
-}
 
 void PrintTo(const OptionCase &c, std::ostream *os) { *os << "kind " << int(c.kind); }
 
@@ -63,7 +50,7 @@ const GuardedRegion &region() {
 // the guard's edge, and nothing decodes from any truncation of them.
 TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
     const OptionCase &c = GetParam();
-    std::vector<uint8_t> value = memoryValue(c);
+    std::vector<uint8_t> value = c.memory;
     value.resize(8, 0xCC);
     const auto total = uint32_t(c.wire.size());
     for (uint32_t n = 0; n <= total; ++n) {
@@ -95,7 +82,7 @@ TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
         }
         EXPECT_EQ(next, out.data() + (trovDecCalc_OptionParam(c.kind, length) + 7) / 8 * 8);
         EXPECT_EQ(reader.position, region().end());
-        const std::vector<uint8_t> used = fixed ? memoryValue(c) : std::vector<uint8_t>(raw, raw + 5);
+        const std::vector<uint8_t> used = fixed ? c.memory : std::vector<uint8_t>(raw, raw + 5);
         EXPECT_TRUE(std::equal(used.begin(), used.end(), out.begin()));
         EXPECT_EQ(out[used.size()], 0xCC); // nothing past the value
     }
@@ -121,20 +108,34 @@ TEST(OptionParamArguments, MissingCursorOrValueReadsAndWritesNothing) {
     EXPECT_EQ(trovDecode_OptionParam(1, 4, buf.data(), &nowhere), nullptr);
 }
 
-// The value bytes a decode reads: a fixed kind's own size whatever the
-// length byte says, a raw kind's length byte (none without a destination).
-// The returned address is destination + value bytes rounded up to 8, also
+// The size passes and the decode, by kind and length byte. EncCalc gives
+// the value bytes of a fixed kind and refuses the others; DecCalc gives the
+// record bytes, 8 for every fixed kind with a value, and for the others the
+// length byte as it is (not rounded). A decode reads a fixed kind's own size
+// whatever the length byte says, a raw kind's length byte (none without a
+// destination), and returns destination + value bytes rounded up to 8, also
 // from a destination that is not itself on a boundary.
-TEST(OptionParamDecode, ReadsTheValueAndReturnsTheNextEightByteBoundary) {
-    const struct { uint8_t kind, length; uint32_t offset, next, read; } cases[] = {
-        {0, 0, 0, 0, 0},  {0, 9, 3, 8, 0},      {1, 4, 1, 8, 4},    {2, 4, 4, 8, 4},    {3, 2, 6, 8, 2},
-        {3, 5, 0, 8, 2},  {4, 2, 7, 16, 2},     {5, 6, 0, 8, 6},    {5, 6, 1, 16, 6},   {200, 13, 3, 16, 13},
-        {200, 0, 0, 0, 0}, {255, 8, 0, 8, 8},   {7, 0, 5, 8, 0},    {6, 1, 8, 16, 1},
+TEST(OptionParamKinds, SizesAndDecodeByKind) {
+    const struct {
+        uint8_t kind, length;
+        uint32_t offset, next, read, recordBytes;
+        TrovResult encResult;
+        uint8_t encSize;
+    } cases[] = {
+        {0, 0, 0, 0, 0, 0, 0, 0},        {0, 9, 3, 8, 0, 0, 0, 0},         {1, 4, 1, 8, 4, 8, 0, 4},
+        {2, 0, 4, 8, 4, 8, 0, 4},        {3, 2, 6, 8, 2, 8, 0, 2},         {3, 5, 0, 8, 2, 8, 0, 2},
+        {4, 255, 7, 16, 2, 8, 0, 2},     {5, 6, 0, 8, 6, 8, 0, 6},         {5, 6, 1, 16, 6, 8, 0, 6},
+        {200, 13, 3, 16, 13, 13, 1, 0},  {200, 0, 0, 0, 0, 0, 1, 0},       {255, 8, 0, 8, 8, 8, 1, 0},
+        {7, 0, 5, 8, 0, 0, 1, 0},        {6, 1, 8, 16, 1, 1, 1, 0},
     };
     uint8_t bytes[16];
     for (uint8_t i = 0; i < 16; ++i) bytes[i] = uint8_t(0xB0 + i);
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << int(c.kind) << "/" << int(c.length) << " at +" << c.offset);
+        EXPECT_EQ(trovDecCalc_OptionParam(c.kind, c.length), c.recordBytes);
+        uint8_t size = 0xEE;
+        EXPECT_EQ(trovEncCalc_OptionParam(c.kind, &c, &size), c.encResult);
+        EXPECT_EQ(size, c.encSize);
         PacketCursor cursor{bytes, sizeof bytes};
         alignas(8) std::array<uint8_t, 32> dest;
         dest.fill(0xCC);
@@ -146,24 +147,6 @@ TEST(OptionParamDecode, ReadsTheValueAndReturnsTheNextEightByteBoundary) {
     PacketCursor cursor{bytes, sizeof bytes};
     trovDecode_OptionParam(200, 1, nullptr, &cursor);
     EXPECT_EQ(cursor.position, bytes);
-}
-
-// The size passes: EncCalc gives the value bytes of a fixed kind and refuses
-// the others; DecCalc gives the record bytes, 8 for every fixed kind with a
-// value, and for the others the length byte as it is (not rounded).
-TEST(OptionParamSizes, EncCalcAndDecCalcByKind) {
-    const struct { uint8_t kind, length; uint32_t recordBytes; TrovResult encResult; uint8_t encSize; } cases[] = {
-        {0, 0, 0, 0, 0},   {0, 9, 0, 0, 0},     {1, 4, 8, 0, 4},       {2, 0, 8, 0, 4},
-        {3, 5, 8, 0, 2},   {4, 255, 8, 0, 2},   {5, 6, 8, 0, 6},       {6, 0, 0, 1, 0},
-        {7, 1, 1, 1, 0},   {200, 13, 13, 1, 0}, {255, 255, 255, 1, 0},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << int(c.kind) << "/" << int(c.length));
-        EXPECT_EQ(trovDecCalc_OptionParam(c.kind, c.length), c.recordBytes);
-        uint8_t size = 0xEE;
-        EXPECT_EQ(trovEncCalc_OptionParam(c.kind, &c, &size), c.encResult);
-        EXPECT_EQ(size, c.encSize);
-    }
 }
 
 } // namespace

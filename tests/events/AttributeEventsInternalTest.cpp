@@ -4,10 +4,8 @@
 // byte: StringEventsInternalTest and the corpus.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "engine/Cursor.h"
@@ -17,7 +15,6 @@ namespace trov {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-std::unique_ptr<uint8_t[]> zeroed(uint32_t n) { return std::unique_ptr<uint8_t[]>(new uint8_t[n]()); }
 
 class AttributeEventTest : public testing::Test {
 protected:
@@ -48,7 +45,7 @@ Decoded decode(uint16_t code, Bytes body) {
     Decoded d;
     PacketCursor c{body.data(), static_cast<uint32_t>(body.size())};
     EXPECT_EQ(codec->decCalc(&c, 0, &d.size), 0u);
-    d.record = zeroed(d.size.extent);
+    d.record.reset(new uint8_t[d.size.extent]());
     c = PacketCursor{body.data(), static_cast<uint32_t>(body.size())};
     EXPECT_EQ(codec->decode(d.record.get(), &c, 0), d.record.get() + d.size.extent);
     d.left = c.remaining;

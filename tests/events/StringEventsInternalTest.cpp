@@ -5,9 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
-#include <iomanip>
 #include <memory>
-#include <sstream>
 #include <vector>
 
 #include "api/ReplyPacket.h"

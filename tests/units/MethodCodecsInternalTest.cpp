@@ -4,10 +4,6 @@
 // the codecs: RecordWalkTest).
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstring>
-#include <memory>
-#include <string>
 #include <vector>
 
 #include "engine/Cursor.h"

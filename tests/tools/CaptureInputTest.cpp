@@ -105,11 +105,8 @@ Built build(const Case &c) {
     size_t sent[2] = {0, 0};
     uint64_t time = kStart + 123456789;
     auto frame = [&](int d, uint32_t seq, uint8_t flags, const Bytes &payload, Fate fate) {
-        Tcp t;
-        t.seq = seq;
-        t.ack = flags & 0x10 ? isn[1 - d] + 1 + uint32_t(sent[1 - d]) : 0;
-        t.flags = flags;
-        t.fragment = fate == Fate::Fragment;
+        const uint32_t ack = flags & 0x10 ? isn[1 - d] + 1 + uint32_t(sent[1 - d]) : 0;
+        const Tcp t{.seq = seq, .ack = ack, .flags = flags, .fragment = fate == Fate::Fragment};
         const Bytes bytes = tcpFrame(c.link, hosts[d], hosts[1 - d], t, payload);
         const size_t caplen = fate == Fate::Snapped ? bytes.size() - payload.size() + kSnapKept : SIZE_MAX;
         writer.add(bytes, time += 1000, c.interfaces > 1 ? d : 0, caplen);
@@ -310,10 +307,7 @@ TEST(CaptureInput, FullWindowGivesUpAHole) {
     const Host client = v4(10, 0, 0, 1, 40512), server = v4(10, 0, 0, 2, 5000);
     uint64_t frames = 0;
     auto send = [&](uint32_t seq, uint8_t flags, size_t at, size_t n) {
-        Tcp t;
-        t.seq = seq + uint32_t(at);
-        t.flags = flags;
-        writer.add(tcpFrame(Link::Ethernet, client, server, t,
+        writer.add(tcpFrame(Link::Ethernet, client, server, {.seq = seq + uint32_t(at), .flags = flags},
                             Bytes(built.stream[0].begin() + std::ptrdiff_t(at),
                                   built.stream[0].begin() + std::ptrdiff_t(at + n))),
                    kStart + ++frames);
@@ -337,10 +331,7 @@ TEST(CaptureInput, Flows) {
     const Host server = v4(10, 0, 0, 2, 5000);
     uint64_t time = kStart;
     auto packet = [&](const Host &from, const Host &to, uint32_t seq, uint8_t flags, const Bytes &payload) {
-        Tcp t;
-        t.seq = seq;
-        t.flags = flags;
-        writer.add(tcpFrame(Link::Ethernet, from, to, t, payload), time += 1000);
+        writer.add(tcpFrame(Link::Ethernet, from, to, {.seq = seq, .flags = flags}, payload), time += 1000);
     };
     // Not the protocol: left out, and remarked on as it is on the server's port.
     packet(v4(10, 0, 0, 9, 33000), server, 1, 0x18, {'G', 'E', 'T', ' ', '/'});

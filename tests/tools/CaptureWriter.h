@@ -29,21 +29,11 @@ struct Host {
     uint16_t port = 0;
 };
 
-inline Host v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d, uint16_t port) {
-    Host h;
-    h.address = {a, b, c, d};
-    h.port = port;
-    return h;
-}
+inline Host v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d, uint16_t port) { return {{a, b, c, d}, false, port}; }
 
 // fd00::N
 inline Host v6(uint8_t n, uint16_t port) {
-    Host h;
-    h.address = {0xfd, 0x00};
-    h.address[15] = n;
-    h.v6 = true;
-    h.port = port;
-    return h;
+    return {{0xfd, 0x00, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, n}, true, port};
 }
 
 namespace detail {

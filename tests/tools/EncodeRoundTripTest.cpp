@@ -7,10 +7,10 @@
 // every count, the extent sweep; as JSON, the examples decoded and encoded back.)
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -60,15 +60,12 @@ bool hasKind(const TrovLayoutInfo &l, uint8_t kind) {
 std::vector<uint16_t> representativeAttributes() {
     std::vector<uint16_t> ids;
     bool seen[2][32] = {};
-    std::vector<const TrovFieldInfo *> structures;
+    std::set<const TrovFieldInfo *> structures;
     for (unsigned id = 0; id < 0x10000; ++id) {
         TrovLayoutInfo l{};
         if (TROV_DescribeAttribute(static_cast<uint16_t>(id), kVersion, &l) != 0) continue;
         if (l.form == TROV_LAYOUT_STRUCTURE || l.form == TROV_LAYOUT_SELECTOR) {
-            if (std::find(structures.begin(), structures.end(), l.fields) == structures.end()) {
-                structures.push_back(l.fields);
-                ids.push_back(static_cast<uint16_t>(id));
-            }
+            if (structures.insert(l.fields).second) ids.push_back(static_cast<uint16_t>(id));
             continue;
         }
         bool fresh = false;

@@ -31,14 +31,10 @@ std::string toHex(const Bytes &bytes) {
 // An item as "P<offset>+<size>" (packet), "T<offset>+<size>" (trailing),
 // "S<offset>+<count>" (skipped), "G<offset>+<count>" (gap) or "E<error>".
 std::string describe(const trov::PacketItem &item) {
-    switch (item.kind) {
-    case Kind::Error: return "E" + item.error;
-    case Kind::Skipped: return "S" + std::to_string(item.offset) + "+" + std::to_string(item.count);
-    case Kind::Gap: return "G" + std::to_string(item.offset) + "+" + std::to_string(item.count);
-    default:
-        return (item.kind == Kind::Packet ? "P" : "T") + std::to_string(item.offset) + "+" +
-               std::to_string(item.bytes.size());
-    }
+    if (item.kind == Kind::Error) return "E" + item.error;
+    const bool run = item.kind == Kind::Skipped || item.kind == Kind::Gap;
+    const char *letter = item.kind == Kind::Packet ? "P" : item.kind == Kind::Skipped ? "S" : run ? "G" : "T";
+    return letter + std::to_string(item.offset) + "+" + std::to_string(run ? item.count : item.bytes.size());
 }
 
 // What a reader yields: its items, and the bytes of all of them.

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -76,10 +77,9 @@ enum class Family { Bodies, Methods, Events, Attributes, DataTypes };
 
 std::vector<Case> layoutsOf(Family family) {
     std::vector<Case> cases;
-    std::vector<const TrovFieldInfo *> seen;
+    std::set<const TrovFieldInfo *> seen;
     auto add = [&](Code::Of of, unsigned code, const TrovLayoutInfo &l, bool request) {
-        if (l.fieldCount == 0 || std::find(seen.begin(), seen.end(), l.fields) != seen.end()) return;
-        seen.push_back(l.fields);
+        if (l.fieldCount == 0 || !seen.insert(l.fields).second) return;
         for (uint8_t selector = 1; selector <= (l.form == TROV_LAYOUT_SELECTOR ? 4 : 1); ++selector) {
             char name[48];
             std::snprintf(name, sizeof name, "code 0x%04x%s selector %u", code, request ? " request" : "", selector);

@@ -236,11 +236,6 @@ Bytes packet(uint16_t bodyLength, uint8_t fill = 0, size_t size = SIZE_MAX, uint
     return p;
 }
 
-Bytes version(Bytes p, uint8_t v) {
-    p[2] = v;
-    return p;
-}
-
 Bytes operator+(Bytes a, const Bytes &b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
@@ -281,7 +276,8 @@ INSTANTIATE_TEST_SUITE_P(PacketInput, Framing,
                                          // After skipped bytes a header must be plausible: a known
                                          // version and room for its code's fixed part (0x0b: 4).
                                          FramingCase{"short_after_skip", Bytes{9} + packet(2) + packet(4), "S0+23 P23+24"},
-                                         FramingCase{"unknown_version_after_skip", Bytes{9} + version(packet(4), 0x77) + packet(4),
+                                         FramingCase{"unknown_version_after_skip",
+                                                     Bytes{9} + hexBytes("A7E5 77 00 000B 0000 0004 00000000 00000000 0000 00000000") + packet(4),
                                                      "S0+25 P25+24"},
                                          FramingCase{"garbage_last", packet(0) + Bytes(300, 0x55), "P0+20 S20+300"}),
                          [](const auto &info) { return std::string(info.param.name); });

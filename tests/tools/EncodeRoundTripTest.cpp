@@ -316,20 +316,17 @@ INSTANTIATE_TEST_SUITE_P(Table, EncodeErrors, testing::ValuesIn(errorCases()),
                          [](const testing::TestParamInfo<ErrorCase> &info) { return std::string(info.param.what); });
 
 // A packet worked out by hand: body 0x0b's u32 123456 behind a header with a
-// 16-bit extension, given with "0x" strings; hex text, then raw bytes.
-TEST(EncodeOutput, HexLinesAndRawBytes) {
+// 16-bit extension, given with "0x" strings, as hex text. (Raw bytes: the
+// examples' round trip above.)
+TEST(EncodeOutput, HexLines) {
     TROV_InitCoder();
     const std::string input = R"({"header":{"mark":"0xa7e5","version":16,"flags":1,"code":"0x0b","value4":0,)"
                               R"("bodyLength":999,"value6":0,"value7":0,"extension":1},"unitType":1,)"
                               R"("body":{"status":"decoded","layout":"U32Body","fields":{"value0":123456}}})";
-    std::ostringstream hex, raw, err;
+    std::ostringstream hex, err;
     ASSERT_EQ(trov::encodeJsonText(input + "\n" + input + "\n", "t", false, hex, err), 0) << err.str();
     const std::string packet = "a7 e5 10 01 00 0b 00 00 00 04 00 00 00 00 00 00\n00 00 00 01 00 01 e2 40\n";
     EXPECT_EQ(hex.str(), packet + "\n" + packet);
-    ASSERT_EQ(trov::encodeJsonText("[" + input + "]", "t", true, raw, err), 0) << err.str();
-    const unsigned char bytes[] = {0xA7, 0xE5, 0x10, 0x01, 0x00, 0x0B, 0, 0, 0, 4, 0, 0,
-                                   0,    0,    0,    0,    0,    0,    0, 1, 0, 1, 0xE2, 0x40};
-    EXPECT_EQ(raw.str(), std::string(reinterpret_cast<const char *>(bytes), sizeof bytes));
 }
 
 // A reply's event attribute without a codec travels as the bytes given:

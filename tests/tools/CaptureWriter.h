@@ -19,14 +19,8 @@ enum class Format { Pcap, PcapBigEndian, PcapNano, Pcapng, PcapngNano };
 
 // The link type a capture file names for frames of `link`.
 inline uint32_t linkType(Link link) {
-    switch (link) {
-    case Link::Sll: return 113;
-    case Link::Sll2: return 276;
-    case Link::Raw: return 101;
-    case Link::Null: return 0;
-    case Link::Loop: return 108;
-    default: return 1;
-    }
+    constexpr uint32_t types[] = {1, 1, 1, 113, 276, 101, 0, 108}; // in Link's order
+    return types[static_cast<int>(link)];
 }
 
 struct Host {
@@ -35,21 +29,11 @@ struct Host {
     uint16_t port = 0;
 };
 
-inline Host v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d, uint16_t port) {
-    Host h;
-    h.address = {a, b, c, d};
-    h.port = port;
-    return h;
-}
+inline Host v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d, uint16_t port) { return {{a, b, c, d}, false, port}; }
 
 // fd00::N
 inline Host v6(uint8_t n, uint16_t port) {
-    Host h;
-    h.address = {0xfd, 0x00};
-    h.address[15] = n;
-    h.v6 = true;
-    h.port = port;
-    return h;
+    return {{0xfd, 0x00, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, n}, true, port};
 }
 
 namespace detail {
@@ -136,20 +120,15 @@ public:
             }
             return;
         }
-        Bytes header;
-        put32(header, format == Format::PcapNano ? 0xA1B23C4D : 0xA1B2C3D4);
-        put16(header, 2);
-        put16(header, 4);
-        put32(header, 0);
-        put32(header, 0);
-        put32(header, 65535);
-        put32(header, linkType(link));
         // pcap's fields are in the writer's byte order: little-endian unless told.
-        if (format != Format::PcapBigEndian) {
-            swap(header, 0, 4), swap(header, 4, 2), swap(header, 6, 2);
-            for (size_t at = 8; at < 24; at += 4) swap(header, at, 4);
-        }
-        out_.append(header.begin(), header.end());
+        little_ = format != Format::PcapBigEndian;
+        put(format == Format::PcapNano ? 0xA1B23C4D : 0xA1B2C3D4, 4);
+        put(2, 2);
+        put(4, 2);
+        put(0, 4);
+        put(0, 4);
+        put(65535, 4);
+        put(linkType(link), 4);
     }
 
     // A frame at `nanoseconds` since 1970, of which the first `caplen` bytes are kept.
@@ -170,34 +149,31 @@ public:
             block(6, body);
             return;
         }
-        Bytes record;
-        put32(record, uint32_t(units / (nano ? 1000000000 : 1000000)));
-        put32(record, uint32_t(units % (nano ? 1000000000 : 1000000)));
-        put32(record, uint32_t(kept));
-        put32(record, uint32_t(frame.size()));
-        if (format_ != Format::PcapBigEndian)
-            for (size_t at = 0; at < 16; at += 4) swap(record, at, 4);
-        out_.append(record.begin(), record.end());
+        put(units / (nano ? 1000000000 : 1000000), 4);
+        put(units % (nano ? 1000000000 : 1000000), 4);
+        put(kept, 4);
+        put(frame.size(), 4);
         out_.append(frame.begin(), frame.begin() + std::ptrdiff_t(kept));
     }
 
     const std::string &bytes() const { return out_; }
 
 private:
-    static void swap(Bytes &b, size_t at, size_t n) { std::reverse(b.begin() + std::ptrdiff_t(at), b.begin() + std::ptrdiff_t(at + n)); }
+    // The low `bytes` bytes of `v`, in the file's byte order.
+    void put(uint64_t v, int bytes) {
+        for (int i = 0; i < bytes; ++i) out_ += char(v >> 8 * (little_ ? i : bytes - 1 - i));
+    }
 
     // pcapng blocks are written big-endian (the section's byte-order magic says so).
     void block(uint32_t type, const Bytes &body) {
-        using namespace detail;
-        Bytes b;
-        put32(b, type);
-        put32(b, uint32_t(12 + body.size()));
-        b.insert(b.end(), body.begin(), body.end());
-        put32(b, uint32_t(12 + body.size()));
-        out_.append(b.begin(), b.end());
+        put(type, 4);
+        put(12 + body.size(), 4);
+        out_.append(body.begin(), body.end());
+        put(12 + body.size(), 4);
     }
 
     Format format_;
+    bool little_ = false;
     std::string out_;
 };
 

@@ -61,9 +61,6 @@ std::vector<Case> cases() {
     const std::string examples = sourcePath("examples");
     return {
         {"EmptyInputIsAnEmptyArray", "", {}, InputFormat::Raw, OutputStyle::JsonArray, 0, {"[\n]\n"}, ""},
-        // Bytes without the mark are one skipped run, shown in hex.
-        {"GarbageIsSkipped", std::string(3, '\0') + std::string(21, '\xa7'), {}, InputFormat::Raw, OutputStyle::Ndjson, 1,
-         {"{\"offset\":0,\"skipped\":24,\"hex\":\"000000a7a7"}, ""},
         // A header with the mark is that packet's, even if the decoder refuses it.
         {"UnknownVersionFailsTheHeader", "A7E5 77 00 0005 0000 0000 0000 0000 0000 0000 0000", {}, InputFormat::Hex,
          OutputStyle::Ndjson, 1, {"\"name\":\"NO_HEADER_CODEC\",", "\"offset\":0}}"}, ""},
@@ -90,10 +87,6 @@ std::vector<Case> cases() {
          OutputStyle::Ndjson, 1,
          {"\"fields\":{\"value0\":123456}", "{\"offset\":24,\"trailing\":6,", "\"offset\":24}},\"hex\":\"a7e51001000b\"}"},
          ""},
-        {"SkippedUnitTypeIsNotAFailure", kSkipped, {}, InputFormat::Hex, OutputStyle::Ndjson, 0,
-         {"\"unitType\":4", "\"status\":\"skipped\""}, ""},
-        {"TextViewShowsTheFields", kU32Reply, {}, InputFormat::Hex, OutputStyle::Text, 0,
-         {"packet at offset 0, 24 bytes\n", "  body: U32Body\n    value0: 123456\n"}, ""},
         // Codes and identifiers in hex: the header's body code, event codes,
         // attribute identifiers, data types.
         {"TextViewShowsCodesInHex", "", {examples + "/event-kinds-reply.hex", examples + "/short-event-list-reply.hex"},
@@ -105,12 +98,13 @@ std::vector<Case> cases() {
         {"TextViewShowsSkippedAndTrailingBytes", "0102 03" + kU32Reply + "A7E5 1001", {}, InputFormat::Hex,
          OutputStyle::Text, 1,
          {"bytes at offset 0: 3 bytes skipped, no packet starts there\n  hex: 010203\n",
+          "packet at offset 3, 24 bytes\n", "  body: U32Body\n    value0: 123456\n",
           "packet at offset 27: 4 trailing bytes\n  body: failed at offset 27: SHORT_INPUT"},
          ""},
         {"BadHexNamesLineAndColumn", "A7E5\nA7zz\n", {}, InputFormat::Hex, OutputStyle::Ndjson, 2, {}, "-:2:3"},
         {"MissingFileIsAnInputError", "", {examples + "/no-such-file.hex"}, InputFormat::Detect,
-         OutputStyle::JsonArray, 2, {"[\n]\n"}, "no-such-file.hex"},
-        {"DirectoryIsAnInputError", "", {examples}, InputFormat::Detect, OutputStyle::JsonArray, 2, {}, "examples"},
+         OutputStyle::JsonArray, 2, {"[\n]\n"}, "trov decode: cannot open " + examples + "/no-such-file.hex: "},
+        {"DirectoryIsAnInputError", "", {examples}, InputFormat::Detect, OutputStyle::JsonArray, 2, {}, "trov decode: " + examples + " is a directory\n"},
         // Requests: a body code without a request layout, and a list whose
         // count (u8 3 at body offset 7) promises more u16 than follow.
         {"RequestOfADecodeOnlyBody", "A7E5 1001 000A 0000 0000 00000000 00000000 0001", {}, InputFormat::Hex,
@@ -172,15 +166,6 @@ TEST_P(DecodeCommandTest, ReportsAndExits) {
 
 INSTANTIATE_TEST_SUITE_P(Inputs, DecodeCommandTest, testing::ValuesIn(cases()),
                          [](const testing::TestParamInfo<Case> &info) { return std::string(info.param.name); });
-
-TEST(DecodeCommand, StopsWhenTheOutputFails) {
-    std::istringstream in(kU32Reply + kU32Reply);
-    std::ostringstream out, err;
-    out.setstate(std::ios::badbit);
-    DecodeOptions options;
-    options.format = InputFormat::Hex;
-    EXPECT_EQ(trov::runDecode({}, options, in, out, err), trov::kExitInputError);
-}
 
 // -o: the file is written as bytes (no line-end translation), and one that
 // cannot be opened is refused with the reason.
@@ -246,7 +231,6 @@ TEST(RecordJson, EveryLayoutHasUniqueFieldNames) {
             ++layouts;
         }
     }
-    EXPECT_GT(tables["bodies"].size(), 0u);
     EXPECT_GT(layouts, 1000u);
     EXPECT_GT(nested, 0u);         // structured records list what they nest
     EXPECT_GE(variants, 4u);       // the selector value's four variants

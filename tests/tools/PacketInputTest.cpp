@@ -5,17 +5,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <fcntl.h>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 #include "PacketInput.h"
 #include "StreamFramer.h"
@@ -37,14 +31,10 @@ std::string toHex(const Bytes &bytes) {
 // An item as "P<offset>+<size>" (packet), "T<offset>+<size>" (trailing),
 // "S<offset>+<count>" (skipped), "G<offset>+<count>" (gap) or "E<error>".
 std::string describe(const trov::PacketItem &item) {
-    switch (item.kind) {
-    case Kind::Error: return "E" + item.error;
-    case Kind::Skipped: return "S" + std::to_string(item.offset) + "+" + std::to_string(item.count);
-    case Kind::Gap: return "G" + std::to_string(item.offset) + "+" + std::to_string(item.count);
-    default:
-        return (item.kind == Kind::Packet ? "P" : "T") + std::to_string(item.offset) + "+" +
-               std::to_string(item.bytes.size());
-    }
+    if (item.kind == Kind::Error) return "E" + item.error;
+    const bool run = item.kind == Kind::Skipped || item.kind == Kind::Gap;
+    const char *letter = item.kind == Kind::Packet ? "P" : item.kind == Kind::Skipped ? "S" : run ? "G" : "T";
+    return letter + std::to_string(item.offset) + "+" + std::to_string(run ? item.count : item.bytes.size());
 }
 
 // What a reader yields: its items, and the bytes of all of them.
@@ -86,6 +76,7 @@ std::string utf16(const std::string &text, bool little) {
     return out;
 }
 
+// xxd's dump of kStream, with Windows line ends.
 const std::string kXxd = "00000000: a7e5 1001 000b 0000 002c 0000 0000 0000  .........,......\r\n"
                          "00000010: 0000 0001 0000 0001 0000 0001 0000 0001  ................\r\n"
                          "00000020: 0000 0001 0000 0001 0000 0001 0000 0001  ................\r\n"
@@ -131,13 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "0xa7e5 0x10 0x01 0X000b 0x0000 0x002c 0x00000000 0x00000000 0x0001\n"
                    "0x0000000100000001000000010000000100000001000000010000000100000001000000010000000100000001\n"
                    "0xa7 0xe5 0x10 0x00 0x00 0x05 0x00 0x00 0x00 0x05 0x0000000000000000 0x0000 0x61 0x62 0x20 0x63 0x64"},
-        FormatCase{"xxd", InputFormat::Detect,
-                   "00000000: a7e5 1001 000b 0000 002c 0000 0000 0000  .........,......\n"
-                   "00000010: 0000 0001 0000 0001 0000 0001 0000 0001  ................\n"
-                   "00000020: 0000 0001 0000 0001 0000 0001 0000 0001  ................\n"
-                   "00000030: 0000 0001 0000 0001 0000 0001 0000 0001  ................\n"
-                   "00000040: a7e5 1000 0005 0000 0005 0000 0000 0000  ................\n"
-                   "00000050: 0000 0000 6162 2063 64                   ....ab cd\n"},
+        FormatCase{"xxd", InputFormat::Detect, std::regex_replace(kXxd, std::regex("\r"), "")},
         FormatCase{"xxd_plain", InputFormat::Detect,
                    "a7e51001000b0000002c0000000000000000000100000001000000010000\n"
                    "000100000001000000010000000100000001000000010000000100000001\n"
@@ -251,11 +236,6 @@ Bytes packet(uint16_t bodyLength, uint8_t fill = 0, size_t size = SIZE_MAX, uint
     return p;
 }
 
-Bytes version(Bytes p, uint8_t v) {
-    p[2] = v;
-    return p;
-}
-
 Bytes operator+(Bytes a, const Bytes &b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
@@ -296,7 +276,8 @@ INSTANTIATE_TEST_SUITE_P(PacketInput, Framing,
                                          // After skipped bytes a header must be plausible: a known
                                          // version and room for its code's fixed part (0x0b: 4).
                                          FramingCase{"short_after_skip", Bytes{9} + packet(2) + packet(4), "S0+23 P23+24"},
-                                         FramingCase{"unknown_version_after_skip", Bytes{9} + version(packet(4), 0x77) + packet(4),
+                                         FramingCase{"unknown_version_after_skip",
+                                                     Bytes{9} + hexBytes("A7E5 77 00 000B 0000 0004 00000000 00000000 0000 00000000") + packet(4),
                                                      "S0+25 P25+24"},
                                          FramingCase{"garbage_last", packet(0) + Bytes(300, 0x55), "P0+20 S20+300"}),
                          [](const auto &info) { return std::string(info.param.name); });
@@ -347,15 +328,11 @@ TEST(PacketInput, ReadErrorsAreItems) {
     } failing;
     std::istream in(&failing);
     EXPECT_EQ(drain(*PacketInput::fromStream(in, "dev", InputFormat::Detect)).items, "Ecannot read dev: read error");
-
-    std::string error;
-    EXPECT_EQ(PacketInput::open(TROV_SOURCE_DIR "/tests", InputFormat::Detect, error), nullptr);
-    EXPECT_EQ(error, TROV_SOURCE_DIR "/tests is a directory");
-    EXPECT_EQ(PacketInput::open(TROV_SOURCE_DIR "/no/such/file", InputFormat::Detect, error), nullptr);
-    EXPECT_EQ(error.rfind("cannot open " TROV_SOURCE_DIR "/no/such/file: ", 0), 0u) << error;
 }
 
-TEST(PacketInput, FileAndStandardInput) {
+// (A missing file or a directory: DecodeCommandTest; standard input through
+// its descriptor: check-big-stream.)
+TEST(PacketInput, File) {
     const std::string path = testing::TempDir() + "PacketInputTest.bin";
     const Bytes bytes = packet(2, 0x0d) + Bytes{0xa7}; // CR in the body, unchanged by binary reads on Windows
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()), std::ssize(bytes));
@@ -364,16 +341,7 @@ TEST(PacketInput, FileAndStandardInput) {
     auto file = PacketInput::open(path, InputFormat::Detect, error);
     ASSERT_NE(file, nullptr) << error;
     EXPECT_EQ(drain(*file).items, "P0+22 T22+1");
-
-    const int saved = dup(0), fd = ::open(path.c_str(), O_RDONLY);
-    ASSERT_GE(fd, 0);
-    dup2(fd, 0);
-    close(fd);
-    const Drained in = drain(*PacketInput::open("-", InputFormat::Detect, error));
-    dup2(saved, 0);
-    close(saved);
     std::remove(path.c_str());
-    EXPECT_EQ(in.items, "P0+22 T22+1");
 }
 
 } // namespace

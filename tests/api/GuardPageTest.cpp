@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "GuardedRegion.h"
+#include "Initialised.h"
 #include "TrovCodec.h"
 #include "TrovRecords.h"
 #include "api/ReplyPacket.h"
@@ -36,11 +37,6 @@ bool canaryIntact(size_t n, bool bufferToo = true) {
     return std::all_of(p, p + (bufferToo ? n + kMargin : kMargin), [](uint8_t b) { return b == 0xA5; });
 }
 template <class Case> std::string caseName(const testing::TestParamInfo<Case> &info) { return info.param.name; }
-
-class GuardPage : public testing::Test {
-protected:
-    static void SetUpTestSuite() { TROV_InitCoder(); }
-};
 
 // ---- decoders ----------------------------------------------------------------
 
@@ -97,7 +93,7 @@ const DecodeCase kDecodes[] = {
     {"NoReply", 0x1a, "020C0D", kNoBuffer, 0},
 };
 
-class GuardedDecode : public GuardPage, public testing::WithParamInterface<DecodeCase> {};
+class GuardedDecode : public testing::TestWithParam<DecodeCase> {};
 
 // The header keeps announcing the whole body; the cursor holds n bytes.
 TEST_P(GuardedDecode, EveryTruncationEndsAtTheGuard) {
@@ -162,7 +158,7 @@ const ExtendCase kExtends[] = {
     {"SixteenBitLength", 0x30, false, seventyFiveItems(), 301},
 };
 
-class GuardedExtend : public GuardPage, public testing::WithParamInterface<ExtendCase> {};
+class GuardedExtend : public testing::TestWithParam<ExtendCase> {};
 
 // Every truncation decodes or is short; encoding the whole data into a
 // caller's buffer that may not grow needs the exact size (else 7), and
@@ -284,7 +280,7 @@ const EncodeCase kEncodes[] = {
     {"TwoStringsOf65535BytesTooLong", 0x7c, &longestStringsRec, 8 + 2 * (2 + 0xFFFF)},
 };
 
-class GuardedEncode : public GuardPage, public testing::WithParamInterface<EncodeCase> {};
+class GuardedEncode : public testing::TestWithParam<EncodeCase> {};
 
 // Every size below the packet (for long packets, around the edges) is
 // refused with 7 and nothing written outside the buffer. A body longer than

@@ -10,6 +10,7 @@
 #include "TrovCodec.h"
 #include "TrovInspect.h"
 #include "TrovLayout.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -65,11 +66,6 @@ Bytes listImage(uint16_t code, const void *record) {
     return image;
 }
 
-class Inspect : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
-};
-
 // ---- located failures ----------------------------------------------------------------
 
 struct Located {
@@ -120,7 +116,7 @@ std::vector<Located> locatedCases() {
     };
 }
 
-class Locates : public Inspect, public testing::WithParamInterface<Located> {};
+class Locates : public testing::TestWithParam<Located> {};
 
 TEST_P(Locates, TheItemWhereDecodingStops) {
     const Located &c = GetParam();
@@ -146,7 +142,7 @@ TEST_P(Locates, TheItemWhereDecodingStops) {
 INSTANTIATE_TEST_SUITE_P(Packets, Locates, testing::ValuesIn(locatedCases()),
                          [](const testing::TestParamInfo<Located> &info) { return std::string(info.param.name); });
 
-TEST_F(Inspect, NullReportDecodesNothing) {
+TEST(Inspect, NullReportDecodesNothing) {
     Bytes p = replyPacket(0x0b, {0, 0, 0, 1});
     const PacketCursor cursor{p.data(), uint32_t(p.size())};
     HeaderInfo info{};
@@ -157,7 +153,7 @@ TEST_F(Inspect, NullReportDecodesNothing) {
 
 // ---- every truncation of an event list ---------------------------------------------
 
-class Truncation : public Inspect, public testing::WithParamInterface<uint16_t> {};
+class Truncation : public testing::TestWithParam<uint16_t> {};
 
 // The body is cut after every byte, framed both by a header that says the cut
 // length and by one that claims the whole body. Both decoders give the same

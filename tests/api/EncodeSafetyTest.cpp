@@ -48,8 +48,8 @@ std::vector<uint8_t> expectEncode(uint16_t code, const void *record, uint32_t ca
     return packet;
 }
 
-// (Raw parameters one byte longer than a body can frame, refused into
-// buffers of every size: GuardPageTest.)
+// (Raw parameters one byte longer than a body can frame, and an array of
+// 32768 u16 values, refused into buffers of every size: GuardPageTest.)
 
 // The longest raw parameters a body carries (0xFFF9 bytes, a 65535-byte
 // body) round to 0 in the record's 16-bit size: the decoder once copied

@@ -207,10 +207,6 @@ uint16_t words[] = {0x0102, 0xA0B0, 0xFFFF};
 AttributeArrayHeader threeWords{3, words};
 std::vector<uint16_t> manyWords(0x8000, 0xBEEF);
 AttributeArrayHeader manyWordsArray{0x8000, manyWords.data()};
-// 0x138B: records {u8, u8-counted octets} behind a u16 count, 2 bytes each
-// with empty octets; 65535 of them wrap the 16-bit size to 0.
-std::vector<TrovAttribute138BValue> records(0xFFFF, TrovAttribute138BValue{0x5A, {0, nullptr}});
-AttributeArrayHeader manyRecordsArray{0xFFFF, records.data()};
 // Bytes for raw parameters and long strings.
 std::vector<uint8_t> filler = [] {
     std::vector<uint8_t> b(0x10000);
@@ -237,8 +233,7 @@ static_assert(offsetof(Method0xc0, values) == 8 && offsetof(Method0xc0, octets) 
 
 EmptyBody emptyRec{};
 U32Body u32Rec{0x89ABCDEF};
-AttributeBody arrayRec{0x0070, &threeWords, {}}, longArrayRec{0x0070, &manyWordsArray, {}},
-    longRecordArrayRec{0x138B, &manyRecordsArray, {}};
+AttributeBody arrayRec{0x0070, &threeWords, {}}, longArrayRec{0x0070, &manyWordsArray, {}};
 U32AttributeBody u32ArrayRec{7, 0x0070, &threeWords, {}};
 U32StringBody stringRec{0xCAFEBABE, {3, abc}, {}};
 U32PairLongStringPairBody longStringsRec{1, 2, {3, abc}, {5, hello}, {}},
@@ -274,7 +269,6 @@ const EncodeCase kEncodes[] = {
     {"RawMethod", 0x1d, &rawRec, 16},
     {"LongestRawMethod", 0x1d, &longestRawRec, 0xFFFF},
     {"ArrayOf32768U16TooLong", 0x12, &longArrayRec, 4 + 0x10000},
-    {"ArrayOf65535RecordsTooLong", 0x12, &longRecordArrayRec, 4 + 2 * 0xFFFF},
     {"RawParametersOneByteTooLong", 0x1d, &tooLongRawRec, 0x10000},
     {"RawParametersOf65535BytesTooLong", 0x1d, &longestRawParamsRec, 6 + 0xFFFF},
     {"TwoStringsOf65535BytesTooLong", 0x7c, &longestStringsRec, 8 + 2 * (2 + 0xFFFF)},

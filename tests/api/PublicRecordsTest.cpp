@@ -147,15 +147,6 @@ TEST(PublicRecords, EveryDescribedCodeIsDeclared) {
     EXPECT_GT(values, 0u);
 }
 
-// The named codes are the codes the library knows (the generated-records
-// check holds them to the tables): the raw method range has raw parameters.
-TEST(PublicRecords, NamedCodesAreKnownCodes) {
-    TrovLayoutInfo l{};
-    EXPECT_EQ(TROV_DescribeEvent(TROV_EVENT_00C5, kVersion, &l), TROV_RESULT_OK);
-    EXPECT_EQ(TROV_DescribeMethod(TROV_METHOD_RAW_FIRST, kVersion, 1, &l), TROV_RESULT_OK);
-    EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
-}
-
 // The typed front door takes only its code's request record, and encodes as
 // TROV_EncodeFU does with the code set.
 static_assert(std::is_invocable_v<decltype(&TROV_EncodeBody_0012), HeaderInfo *, const AttributeBody *, EncodeOutput *>);

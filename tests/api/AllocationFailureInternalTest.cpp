@@ -19,6 +19,7 @@
 #include "TrovRecords.h"
 #include "TrovReplyEncode.h"
 #include "engine/Memory.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
 
@@ -179,7 +180,6 @@ enum class Failing { OnlyTheNth, FromTheNth };
 
 class AllocationFailure : public testing::TestWithParam<std::tuple<Case, Failing>> {
 protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
     void TearDown() override { failAllocationAt(0); }
 
     // Runs the call with allocation `nth` (and with FromTheNth every later
@@ -224,7 +224,6 @@ INSTANTIATE_TEST_SUITE_P(
 // fails the call gives 6 and the descriptor's pointer is overwritten with
 // null (the caller still holds the block and frees it).
 TEST(AllocationFailureGrowing, AFailedGrowGives6AndLeavesTheDescriptorEmpty) {
-    ASSERT_EQ(TROV_InitCoder(), 1);
     void *mine = trovMalloc(1);
     U32PairStringBody record{};
     record.buffer = BufferDesc{mine, 1, TROV_BUFFER_GROWABLE};

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -25,7 +26,6 @@ constexpr uint16_t kSentinelType = 0xEEEE;
 
 class BodyOperations : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
     HeaderInfo info = kSentinelInfo;
     DecodeResult result{nullptr, nullptr, kSentinelType};
 };

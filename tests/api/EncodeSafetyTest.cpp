@@ -12,6 +12,7 @@
 
 #include "TrovCodec.h"
 #include "TrovRecords.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -47,19 +48,14 @@ std::vector<uint8_t> expectEncode(uint16_t code, const void *record, uint32_t ca
     return packet;
 }
 
-class EncodeSafety : public testing::Test {
-  protected:
-    void SetUp() override { TROV_InitCoder(); }
-};
-
-// (Raw parameters one byte longer than a body can frame, refused into
-// buffers of every size: GuardPageTest.)
+// (Raw parameters one byte longer than a body can frame, and an array of
+// 32768 u16 values, refused into buffers of every size: GuardPageTest.)
 
 // The longest raw parameters a body carries (0xFFF9 bytes, a 65535-byte
 // body) round to 0 in the record's 16-bit size: the decoder once copied
 // nothing and handed back a record that could not be encoded again. The
 // buffer now gets real room while its capacity keeps the wrapped figure.
-TEST_F(EncodeSafety, TheLongestRawMethodBodyRoundTrips) {
+TEST(EncodeSafety, TheLongestRawMethodBodyRoundTrips) {
     std::vector<uint8_t> body = {0, 0, 0, 0, 0x20, 0x00};
     for (uint32_t i = 0; i < 0xFFF9; ++i) body.push_back(uint8_t(i * 7));
     DecodeResult result{nullptr, nullptr, 0};
@@ -110,7 +106,7 @@ void recordElement(uint8_t *r, uint32_t i, std::vector<uint8_t> &w) {
 constexpr ArrayType kBytes{0x011E, 1, 1, byteElement}, kFiveBytes{0x0806, 2, 6, fiveByteElement},
     kRecords{0x138B, 2, sizeof(TrovAttribute138BValue), recordElement};
 
-TEST_F(EncodeSafety, ArrayCountsAtTheEdgesOfTheirPrefixAndOfThePacket) {
+TEST(EncodeSafety, ArrayCountsAtTheEdgesOfTheirPrefixAndOfThePacket) {
     struct Case {
         const ArrayType &type;
         uint16_t count; // as the host writes it into the header
@@ -178,7 +174,7 @@ TEST_F(EncodeSafety, ArrayCountsAtTheEdgesOfTheirPrefixAndOfThePacket) {
 // (identifier 0x0842, u16 elements behind a u8 count of 127) with their
 // heads and the count byte make 65533 bytes, 255 of them 65791, which the
 // length cannot state.
-TEST_F(EncodeSafety, ExtendedDataLongerThanItsLengthFieldIsRefused) {
+TEST(EncodeSafety, ExtendedDataLongerThanItsLengthFieldIsRefused) {
     std::vector<uint16_t> elements(127, 0x0102);
     AttributeArrayHeader array{127, elements.data()};
     std::vector<EventExtendEntry> entries(255, EventExtendEntry{0, 0x0842, &array});
@@ -197,7 +193,7 @@ TEST_F(EncodeSafety, ExtendedDataLongerThanItsLengthFieldIsRefused) {
 
 // A null pointer behind a non-zero count or length: sizes can still be
 // stated, but no encoder follows the pointer.
-TEST_F(EncodeSafety, NullDataBehindACountIsRefusedWithNullArgument) {
+TEST(EncodeSafety, NullDataBehindACountIsRefusedWithNullArgument) {
     MethodBody raw{};
     raw.method = 0x2000;
     raw.paramsLength = 10; // params NULL: ten bytes were copied from address 0

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TrovCodec.h"
+#include "api/Initialised.h"
 
 namespace {
 
@@ -15,7 +16,6 @@ constexpr uint8_t kVersion = 0x10;
 
 class EventExtend : public testing::Test {
 protected:
-    void SetUp() override { TROV_InitCoder(); }
     void TearDown() override {
         trovFree(in.data);
         trovFree(out.data);

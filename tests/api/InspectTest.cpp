@@ -3,13 +3,15 @@
 // TROV_DecodeFU over every truncation of an event list.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "TrovCodec.h"
 #include "TrovInspect.h"
-#include "TrovLayout.h"
+#include "TrovRecords.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -27,33 +29,20 @@ Event event04(uint8_t value, const std::string &text) {
 
 const uint16_t kLongList = 0x4d, kShortList = 0x0a;
 
-// The field of kind `kindId` in a body's reply layout.
-const TrovFieldInfo &fieldOf(uint16_t code, uint8_t kindId) {
-    static TrovLayoutInfo layout;
-    EXPECT_EQ(TROV_DescribeBody(code, TROV_PROTOCOL_VERSION, 0, &layout), 0u);
-    for (uint16_t i = 0; i < layout.fieldCount; ++i)
-        if (layout.fields[i].kindId == kindId) return layout.fields[i];
-    ADD_FAILURE() << "no field of kind " << int(kindId);
-    return layout.fields[0];
-}
+// The two list records, by their public declarations.
+const EventListBody &longList(const void *record) { return *static_cast<const EventListBody *>(record); }
+const ShortEventListBody &shortList(const void *record) { return *static_cast<const ShortEventListBody *>(record); }
 
 uint32_t eventCount(uint16_t code, const void *record) {
-    const TrovFieldInfo &count = fieldOf(code, TROV_KIND_COUNT);
-    const auto *p = static_cast<const uint8_t *>(record) + count.offset;
-    if (count.width == 1) return p[0];
-    uint16_t n;
-    std::memcpy(&n, p, 2);
-    return n;
+    return code == kLongList ? longList(record).count : shortList(record).count;
 }
 
 // A list record as comparable bytes: its head, then its block with every
 // pointer into the block taken relative to the block's start.
 Bytes listImage(uint16_t code, const void *record) {
     const auto *r = static_cast<const uint8_t *>(record);
-    const TrovFieldInfo &entries = fieldOf(code, TROV_KIND_EVENTS);
-    Bytes image(r, r + entries.offset);
-    BufferDesc buffer;
-    std::memcpy(&buffer, r + fieldOf(code, TROV_KIND_BUFFER).offset, sizeof buffer);
+    Bytes image(r, r + (code == kLongList ? offsetof(EventListBody, entries) : offsetof(ShortEventListBody, entries)));
+    const BufferDesc buffer = code == kLongList ? longList(record).buffer : shortList(record).buffer;
     const auto base = reinterpret_cast<uintptr_t>(buffer.data);
     const auto *block = static_cast<const uint8_t *>(buffer.data);
     for (size_t at = 0; block != nullptr && at + 8 <= buffer.capacity; at += 8) {
@@ -64,11 +53,6 @@ Bytes listImage(uint16_t code, const void *record) {
     }
     return image;
 }
-
-class Inspect : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
-};
 
 // ---- located failures ----------------------------------------------------------------
 
@@ -120,7 +104,7 @@ std::vector<Located> locatedCases() {
     };
 }
 
-class Locates : public Inspect, public testing::WithParamInterface<Located> {};
+class Locates : public testing::TestWithParam<Located> {};
 
 TEST_P(Locates, TheItemWhereDecodingStops) {
     const Located &c = GetParam();
@@ -146,7 +130,7 @@ TEST_P(Locates, TheItemWhereDecodingStops) {
 INSTANTIATE_TEST_SUITE_P(Packets, Locates, testing::ValuesIn(locatedCases()),
                          [](const testing::TestParamInfo<Located> &info) { return std::string(info.param.name); });
 
-TEST_F(Inspect, NullReportDecodesNothing) {
+TEST(Inspect, NullReportDecodesNothing) {
     Bytes p = replyPacket(0x0b, {0, 0, 0, 1});
     const PacketCursor cursor{p.data(), uint32_t(p.size())};
     HeaderInfo info{};
@@ -157,7 +141,7 @@ TEST_F(Inspect, NullReportDecodesNothing) {
 
 // ---- every truncation of an event list ---------------------------------------------
 
-class Truncation : public Inspect, public testing::WithParamInterface<uint16_t> {};
+class Truncation : public testing::TestWithParam<uint16_t> {};
 
 // The body is cut after every byte, framed both by a header that says the cut
 // length and by one that claims the whole body. Both decoders give the same

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "TrovLayout.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -34,11 +35,6 @@ void expectWellFormed(const TrovLayoutInfo &l, const std::string &what) {
     }
 }
 
-class LayoutDescription : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
-};
-
 // A short event list (body 0x0a) with one event of `code` and zeros behind it.
 TrovResult decodeOneEvent(uint16_t code) {
     std::vector<uint8_t> body = {0, 0, 0, 1, 1, uint8_t(code >> 8), uint8_t(code), 0};
@@ -51,7 +47,7 @@ TrovResult decodeOneEvent(uint16_t code) {
 // layout has no request layout. (That the codecs write and read records as
 // described: EncodeRoundTripTest, RecordWalkTest, ReplyEncodeTest; how many events:
 // PublicRecordsTest.)
-TEST_F(LayoutDescription, EveryFamilyDescribedExactlyWhenDecoded) {
+TEST(LayoutDescription, EveryFamilyDescribedExactlyWhenDecoded) {
     using Describe = TrovResult (*)(uint16_t, TrovLayoutInfo *);
     using Decodes = bool (*)(uint16_t, const TrovLayoutInfo *); // the layout, when described
     const struct { const char *what; uint32_t last; TrovResult none; Describe describe; Decodes decodes; int count; } families[] = {
@@ -146,10 +142,7 @@ const TrovFieldInfo *kindIn(const TrovLayoutInfo &l, uint8_t kindId) {
     return nullptr;
 }
 
-class Frames : public testing::TestWithParam<FrameCase> {
-protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
-};
+class Frames : public testing::TestWithParam<FrameCase> {};
 
 // The description is the public record, member by member in wire order
 // (offsets as the public header lays the records out), with the counts and
@@ -193,7 +186,7 @@ INSTANTIATE_TEST_SUITE_P(Bodies, Frames, testing::ValuesIn(kFrames),
 
 // (Codes without a description: the sweeps above.) A method code below the
 // raw range needs a row of its own; no description goes to a null out.
-TEST_F(LayoutDescription, UnknownMethodAndNullOut) {
+TEST(LayoutDescription, UnknownMethodAndNullOut) {
     TrovLayoutInfo l;
     EXPECT_EQ(TROV_DescribeMethod(0x1FFF, 0x10, 1, &l), TROV_RESULT_NO_METHOD_CODEC);
     EXPECT_EQ(TROV_DescribeBody(0x0b, 0x10, 1, nullptr), 1u);

@@ -23,10 +23,11 @@ bool allBytes(const void *p, size_t n, uint8_t v) {
     return std::all_of(static_cast<const uint8_t *>(p), static_cast<const uint8_t *>(p) + n, [v](uint8_t b) { return b == v; });
 }
 
-// The packet is allocated with the header in place; an unknown version is
-// refused before the record changes, and a body the 16-bit length cannot
-// frame once its 16-bit figure is stored, before the output changes; after
-// the writes, an overrun body releases the packet.
+// An unknown version is refused before the record changes, and a body the
+// 16-bit length cannot frame once its 16-bit figure is stored, before the
+// output changes; after the writes, an overrun body releases the packet.
+// (Packets allocated with the header in place, up to a 65535-byte body:
+// every encode through the exports, GuardPageTest's longest raw method.)
 TEST_F(Memory, ReserveAllocatesRefusesAndFinishChecksTheWrites) {
     HeaderInfo info = header();
     EncodeOutput out{nullptr, 0};
@@ -40,24 +41,11 @@ TEST_F(Memory, ReserveAllocatesRefusesAndFinishChecksTheWrites) {
     EXPECT_EQ(info.bodyLength, 5);
     EXPECT_EQ(out.data, nullptr);
 
-    ASSERT_EQ(reserveEncodeBuffer(&info, WireSize::of(12), &out, &body), 0u);
-    EXPECT_EQ(out.length, 32u);
-    EXPECT_EQ(info.bodyLength, 12);
-    EXPECT_EQ(body.position, out.data + 20);
-    EXPECT_EQ(body.remaining, 12u);
-    const uint8_t expected[20] = {0xA7, 0xE5, 0x10, 0x01, 0x01, 0x02, 0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 0, 0, 3, 4};
-    EXPECT_EQ(std::memcmp(out.data, expected, 20), 0);
+    ASSERT_EQ(reserveEncodeBuffer(&info, WireSize::of(12), &out, &body), 0u); // no flag asked for
     trovFree(out.data);
-
-    out = EncodeOutput{nullptr, 0};
-    ASSERT_EQ(reserveEncodeBuffer(&info, WireSize::of(0xFFFF), &out, &body, &allocated), 0u);
-    EXPECT_TRUE(allocated);
-    EXPECT_EQ(info.bodyLength, 0xFFFF);
-    EXPECT_EQ(out.length, 20u + 0xFFFF);
-    trovFree(out.data);
-
     out = EncodeOutput{nullptr, 0};
     ASSERT_EQ(reserveEncodeBuffer(&info, WireSize::of(2), &out, &body, &allocated), 0u);
+    EXPECT_TRUE(allocated);
     putU32(body, 1); // more than the size pass reserved
     EXPECT_EQ(finishEncodeBuffer(&out, body, allocated), 5u);
     EXPECT_EQ(out.data, nullptr); // released: LeakSanitizer would see it otherwise

@@ -16,6 +16,7 @@
 #include "TrovEncode.h"
 #include "TrovLayout.h"
 #include "TrovRecords.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -94,7 +95,6 @@ void checkRecord(const RecordCheck &r) {
 }
 
 TEST(PublicRecords, EveryDeclarationMatchesItsDescription) {
-    TROV_InitCoder();
     for (const RecordCheck &r : kRecordChecks) checkRecord(r);
 }
 
@@ -113,7 +113,6 @@ bool plainScalar(const TrovLayoutInfo &l) {
 // parameters, not raw) has a declaration; an attribute has its row's, found
 // through any identifier of the row.
 TEST(PublicRecords, EveryDescribedCodeIsDeclared) {
-    TROV_InitCoder();
     size_t events = 0, sides = 0, values = 0;
     for (uint32_t c = 1; c <= 0xFFFF; ++c) {
         const uint16_t code = uint16_t(c);
@@ -148,23 +147,12 @@ TEST(PublicRecords, EveryDescribedCodeIsDeclared) {
     EXPECT_GT(values, 0u);
 }
 
-// The named codes are the codes the library knows (the generated-records
-// check holds them to the tables): the raw method range has raw parameters.
-TEST(PublicRecords, NamedCodesAreKnownCodes) {
-    TROV_InitCoder();
-    TrovLayoutInfo l{};
-    EXPECT_EQ(TROV_DescribeEvent(TROV_EVENT_00C5, kVersion, &l), TROV_RESULT_OK);
-    EXPECT_EQ(TROV_DescribeMethod(TROV_METHOD_RAW_FIRST, kVersion, 1, &l), TROV_RESULT_OK);
-    EXPECT_EQ(l.form, TROV_LAYOUT_RAW);
-}
-
 // The typed front door takes only its code's request record, and encodes as
 // TROV_EncodeFU does with the code set.
 static_assert(std::is_invocable_v<decltype(&TROV_EncodeBody_0012), HeaderInfo *, const AttributeBody *, EncodeOutput *>);
 static_assert(!std::is_invocable_v<decltype(&TROV_EncodeBody_0012), HeaderInfo *, const U32Body *, EncodeOutput *>);
 
 TEST(PublicRecords, TypedEncodeIsTheGenericEncodeWithItsCode) {
-    TROV_InitCoder();
     uint16_t values[] = {7, 9};
     AttributeArrayHeader array{2, values};
     AttributeBody body{TROV_ATTRIBUTE_0070, &array, {}};

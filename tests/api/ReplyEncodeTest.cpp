@@ -13,6 +13,7 @@
 #include "TrovRecords.h"
 #include "TrovReplyEncode.h"
 #include "TrovVersion.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 
 namespace {
@@ -32,7 +33,6 @@ Bytes encodeReply(HeaderInfo info, const void *record, TrovResult expected = 0) 
 // ---------------------------------------------------------------- results
 
 TEST(ReplyEncode, Results) {
-    TROV_InitCoder();
     U32Body u32{7};
     HeaderInfo info{TROV_PROTOCOL_MARK, kVersion, 1, 0x0b, 0, 0, 0, 0, 1};
     EncodeOutput out{nullptr, 0};
@@ -99,7 +99,6 @@ TEST(ReplyEncode, Results) {
 // (types 16, 17, 19, 20); any other type is read over and its pointer left
 // null, so the record has nothing to write back: 1.
 TEST(ReplyEncode, ReservedValueReadOverIsRefused) {
-    TROV_InitCoder();
     // u32, u16, data type 0x15 (no room) with one u16 element (a u16 count), a u8 string.
     Bytes packet = replyPacket(0x0a, {0, 0, 0, 1, 1, 0x00, 0x78, 0, 1, 2, 3, 4, 0xA0, 0x01, 0x00, 0x15, 0, 1, 0x12, 0x34, 0});
     Decoded d(packet);
@@ -115,7 +114,6 @@ struct Quirk {
 };
 
 std::vector<Quirk> quirks() {
-    TROV_InitCoder();
     // Event 0x30 in a short list: 87 bytes of fields and a u16-counted
     // string, tested against 71; a body 16 bytes short reads the rest as 0.
     Bytes short30 = {0, 0, 0, 1, 1, 0x00, 0x30, 0x07};

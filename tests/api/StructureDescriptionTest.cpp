@@ -8,11 +8,11 @@
 #include <cstddef>
 
 #include "TrovLayout.h"
+#include "api/Initialised.h"
 
 namespace {
 
 TEST(StructureDescriptionLookups, RefuseForeignFieldsLayoutsAndSelectors) {
-    ASSERT_EQ(TROV_InitCoder(), 1);
     TrovLayoutInfo selector{}, structure{}, flat{}, out{};
     ASSERT_EQ(TROV_DescribeAttribute(0x013C, TROV_PROTOCOL_VERSION, &selector), 0u);
     ASSERT_EQ(TROV_DescribeAttribute(0x2AF9, TROV_PROTOCOL_VERSION, &structure), 0u); // version, build

@@ -29,12 +29,15 @@ protected:
 };
 
 // (Self-describing data decoded and encoded back, and event 0x30's data of
-// 301 bytes: GuardPageTest.)
-TEST_F(EventExtend, UnknownIdentifiersBecomeRawItems) {
-    std::vector<uint8_t> bytes = {2, 0x00, 0x01, 3, 0xAA, 0xBB, 0xCC, 0x00, 0xCB, 1, 0x7F};
+// 301 bytes: GuardPageTest.) An identifier without a codec becomes a raw
+// item. Its length is not checked against the data: what the data holds is
+// copied, the rest of the item reads as zero, and nothing past the data is
+// read. A count of 0 allocates nothing. (Truncations: GuardPageTest.)
+TEST_F(EventExtend, UnknownIdentifiersBecomeRawItemsAndEmptyDataNone) {
+    std::vector<uint8_t> bytes = {3, 0x00, 0x01, 3, 0xAA, 0xBB, 0xCC, 0x00, 0xCB, 1, 0x7F, 0x00, 0x01, 20, 0xAA, 0xBB};
     EventExtendList list{};
     ASSERT_EQ(decode(bytes, list), 0u);
-    ASSERT_EQ(list.count, 2);
+    ASSERT_EQ(list.count, 3);
     EXPECT_EQ(list.entries[0].identifier, 0); // raw
     const auto *raw = static_cast<EventExtendRawItem *>(list.entries[0].value);
     EXPECT_EQ(raw->identifier, 0x0001);
@@ -43,25 +46,17 @@ TEST_F(EventExtend, UnknownIdentifiersBecomeRawItems) {
     EXPECT_EQ(raw->data[2], 0xCC);
     EXPECT_EQ(list.entries[1].value, reinterpret_cast<const uint8_t *>(raw) + 32);
     EXPECT_EQ(*static_cast<uint8_t *>(list.entries[1].value), 0x7F);
+    const auto *last = static_cast<EventExtendRawItem *>(list.entries[2].value);
+    EXPECT_EQ(last->length, 20);
+    EXPECT_EQ(last->data[1], 0xBB);
+    EXPECT_EQ(last->data[2], 0);
 
     // A raw item cannot be encoded: its identifier has no codec.
-    EventExtendList again{2, list.entries};
+    EventExtendList again{3, list.entries};
     OctetString data{};
     EXPECT_EQ(TROV_EncodeEventExtend(&again, &data, 0x31, nullptr, kVersion, &out),
               TROV_RESULT_NO_ATTRIBUTE_CODEC);
-}
 
-// A raw item's length is not checked against the data: what the data holds
-// is copied, the rest of the item reads as zero, and nothing past the data
-// is read. A count of 0 allocates nothing. (Truncations: GuardPageTest.)
-TEST_F(EventExtend, RawItemLongerThanTheDataAndEmptyData) {
-    std::vector<uint8_t> bytes = {1, 0x00, 0x01, 20, 0xAA, 0xBB};
-    EventExtendList list{};
-    ASSERT_EQ(decode(bytes, list), 0u);
-    const auto *raw = static_cast<EventExtendRawItem *>(list.entries[0].value);
-    EXPECT_EQ(raw->length, 20);
-    EXPECT_EQ(raw->data[1], 0xBB);
-    EXPECT_EQ(raw->data[2], 0);
     trovFree(in.data);
     in = BufferDesc{};
     std::vector<uint8_t> zero = {0};

@@ -87,7 +87,7 @@ TEST_F(EventExtend, OnlyEventThirtyHasASixteenBitLength) {
 }
 
 // An item's length byte frames at most 255 bytes (longer items are refused
-// on encoding: EncodeSafetyTest), but a value with a codec is read by its
+// on encoding: GuardPageTest), but a value with a codec is read by its
 // own layout, not by that byte: 255 one-byte elements of 0x011E behind their
 // count, 256 bytes, behind a length of 0 (256 mod 256), then 0x00CB.
 TEST_F(EventExtend, ValuesWithACodecAreReadByTheirLayoutNotTheLengthByte) {

@@ -76,16 +76,13 @@ TEST_F(BodyOperations, DecodersCheckArgumentsMarkVersionAndLengthInOrder) {
             {&wrongMarkV11, 20, TROV_RESULT_BAD_PACKET}, // the mark is checked first
             {&v11, 20, TROV_RESULT_NO_HEADER_CODEC},
             {&v11, 19, TROV_RESULT_NO_HEADER_CODEC},
-            {&good, 19, TROV_RESULT_BAD_PACKET},
-            {&good, 3, TROV_RESULT_BAD_PACKET},
-            {&good, 1, TROV_RESULT_BAD_PACKET},
-            {&good, 0, TROV_RESULT_BAD_PACKET},
+            {&good, 19, TROV_RESULT_BAD_PACKET}, // (every shorter packet: GuardedDecode)
         };
         for (const auto &c : cases) {
             SCOPED_TRACE(c.remaining);
             // Exactly the cursor's bytes on the heap, so a sanitizer sees any over-read.
             std::vector<uint8_t> bytes(c.bytes->begin(), c.bytes->begin() + c.remaining);
-            const PacketCursor cursor{bytes.empty() ? good.data() : bytes.data(), c.remaining};
+            const PacketCursor cursor{bytes.data(), c.remaining};
             EXPECT_EQ(decode(&info, &result, &cursor), c.expected);
         }
         EXPECT_EQ(headerFields(info), headerFields(kSentinelInfo));

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -18,10 +19,7 @@ namespace {
 
 std::string readDoc(const char *name) {
     std::ifstream in(std::string(TROV_SOURCE_DIR) + "/docs/" + name);
-    if (!in) return {};
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 std::vector<std::string> split(const std::string &text, const std::string &sep) {

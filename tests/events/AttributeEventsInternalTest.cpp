@@ -1,6 +1,5 @@
 // Events with an attribute list: bodies worked out by hand (the short
-// reports, raw values, the structure events; a codec reading fewer bytes than
-// its entry announces: DifferentialCorpusInternalTest). Every layout's round trip,
+// reports, raw values, the structure events). Every layout's round trip,
 // extent and truncations: the corpus, extent and fuzz sweeps; strings' spare
 // byte: StringEventsInternalTest and the corpus.
 #include <gtest/gtest.h>
@@ -70,6 +69,18 @@ TEST_F(AttributeEventTest, RegularLayoutByHand) {
     EXPECT_EQ(std::memcmp(r + 56, "\xAA\xBB\xCC", 3), 0);
     EXPECT_TRUE(list.entries[1].id == 0x00CB && list.entries[1].length == 0 && list.entries[1].value == r + 64);
     EXPECT_EQ(r[64], 0x7F);
+}
+
+TEST_F(AttributeEventTest, CodecConsumesWhatItReadsNotTheAnnouncedLength) {
+    // Bare list: the first byte value announces 9 bytes; its codec reads 1
+    // and the next header follows at once. Reported 16 short of the extent.
+    const Decoded d = decode(0x12C, {0x00, 0x02, 0x00, 0xCB, 0x00, 0x09, 0x7F, 0x00, 0xCB, 0x00, 0x01, 0x80});
+    EXPECT_EQ(d.size.bytes, 2 * 16 + 8 + 8);
+    EXPECT_EQ(d.size.extent, 16u + 48);
+    EXPECT_EQ(d.left, 0u);
+    const auto list = loadField<AttributeList>(d.record.get(), 0);
+    EXPECT_EQ(reinterpret_cast<uint8_t *>(list.entries), d.record.get() + 16);
+    EXPECT_EQ(*static_cast<uint8_t *>(list.entries[1].value), 0x80);
 }
 
 TEST_F(AttributeEventTest, RawValueRunningPastTheEndPassesOnlyWhenLast) {

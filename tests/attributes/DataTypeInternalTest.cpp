@@ -1,7 +1,7 @@
 // Data types whose layouts vary the pattern, with golden vectors worked out
-// by hand: the strings' spare byte and the string arrays' rounded element
-// data. (Every type's round trip, truncations and extent:
-// ExtentBoundaryInternalTest.)
+// by hand: the strings' spare byte. (Every type's round trip, truncations and
+// extent: ExtentBoundaryInternalTest; the string arrays' rounded element data
+// in the blocks they decode to: DifferentialCorpusInternalTest.)
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -63,48 +63,6 @@ TEST_F(DataType, StringsReserveASpareByteAndIgnoreTheArrayFlag) {
                 EXPECT_EQ(data[s.length], 0xEE) << "the spare byte is not written";
             }
         }
-}
-
-// Arrays of strings. 0x19: u16 count, then per element a u8 length and the
-// bytes; 0x1A the same with u16 lengths. Each element is a 16-byte record
-// {length, pointer}; the bytes follow the element records, each rounded up
-// to 8; an empty element has a null pointer.
-TEST_F(DataType, StringArrayGoldenVectors) {
-    struct Golden {
-        uint16_t code;
-        Bytes wire;
-        uint16_t recordBytes;
-        std::vector<uint32_t> lengths;
-        std::vector<int> dataOffsets; // -1: null pointer
-    };
-    const Golden goldens[] = {
-        // "AB", "": head 16, elements 2 x 16, "AB" in 8.
-        {0x19, {0x00, 0x02, 0x02, 'A', 'B', 0x00}, 56, {2, 0}, {48, -1}},
-        // "123456789", "", "x": head 16, elements 48, then 16 + 8.
-        {0x1A, {0x00, 0x03, 0x00, 0x09, '1', '2', '3', '4', '5', '6', '7', '8', '9', 0x00, 0x00, 0x00, 0x01, 'x'},
-         88, {9, 0, 1}, {64, -1, 80}},
-        {0x19, {0x00, 0x00}, 16, {}, {}},
-    };
-    for (const Golden &g : goldens) {
-        SCOPED_TRACE(testing::Message() << "code " << g.code << " bytes " << g.wire.size());
-        Bytes wire = g.wire;
-        PacketCursor c{wire.data(), static_cast<uint32_t>(wire.size())};
-        RecordSize r{};
-        ASSERT_EQ(ops(g.code).decCalc(&c, 1, &r, kVersion), 0u);
-        EXPECT_EQ(r.bytes, g.recordBytes);
-        EXPECT_EQ(c.remaining, 0u);
-        std::unique_ptr<uint8_t[]> record(new uint8_t[r.extent]());
-        uint8_t *base = record.get();
-        PacketCursor d{wire.data(), static_cast<uint32_t>(wire.size())};
-        EXPECT_EQ(ops(g.code).decode(base, &d, 1, kVersion), base + g.recordBytes);
-        EXPECT_EQ(loadField<uint16_t>(base, 0), g.lengths.size());
-        EXPECT_EQ(loadField<uint8_t *>(base, 8), g.lengths.empty() ? nullptr : base + 16);
-        for (size_t i = 0; i < g.lengths.size(); ++i) {
-            const uint8_t *element = base + 16 + 16 * i;
-            EXPECT_EQ(g.code == 0x19 ? element[0] : loadField<uint16_t>(element, 0), g.lengths[i]);
-            EXPECT_EQ(loadField<uint8_t *>(element, 8), g.dataOffsets[i] < 0 ? nullptr : base + g.dataOffsets[i]);
-        }
-    }
 }
 
 } // namespace

@@ -97,8 +97,6 @@ struct FormatCase {
     std::string text;
 };
 
-void PrintTo(const FormatCase &c, std::ostream *os) { *os << c.name; }
-
 class Formats : public testing::TestWithParam<FormatCase> {};
 
 TEST_P(Formats, YieldTheSamePackets) {
@@ -187,8 +185,6 @@ struct HexErrorCase {
     std::string items; // what comes out, the error up to its column
 };
 
-void PrintTo(const HexErrorCase &c, std::ostream *os) { *os << c.name; }
-
 class HexErrors : public testing::TestWithParam<HexErrorCase> {};
 
 TEST_P(HexErrors, NameLineAndColumn) {
@@ -248,8 +244,6 @@ struct FramingCase {
     Bytes input;
     std::string items;
 };
-
-void PrintTo(const FramingCase &c, std::ostream *os) { *os << c.name; }
 
 class Framing : public testing::TestWithParam<FramingCase> {};
 

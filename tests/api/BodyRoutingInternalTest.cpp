@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "api/BodyOperations.h"
+#include "api/ReplyPacket.h"
 
 namespace trov {
 namespace {
@@ -54,17 +55,6 @@ Tables tables() {
     Tables t{};
     t.fuBodies = t.fpBodies = kRows.data();
     return t;
-}
-
-// A packet of `total` bytes: header with flags 1 (16-bit unit type), then a
-// body of 0xEE bytes.
-std::vector<uint8_t> packet(uint16_t code, uint16_t unitType, uint16_t bodyLength, size_t total) {
-    std::vector<uint8_t> p(total, 0xEE);
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0,
-                              uint8_t(bodyLength >> 8), uint8_t(bodyLength), 0, 0, 0, 0, 0, 0,
-                              0, 0, uint8_t(unitType >> 8), uint8_t(unitType)};
-    std::memcpy(p.data(), head, 20);
-    return p;
 }
 
 class BodyRouting : public testing::Test {
@@ -116,7 +106,7 @@ TEST_F(BodyRouting, DecodeHandsTheRowABodyCursorWithinThePacket) {
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "code " << c.code << " bodyLength " << c.bodyLength);
         seen = Seen{};
-        auto p = packet(c.code, 1, c.bodyLength, c.total);
+        auto p = replyPacket(c.code, std::vector<uint8_t>(c.total - 20, 0xEE), 1, c.bodyLength);
         const PacketCursor cursor{p.data(), static_cast<uint32_t>(c.total)};
         EXPECT_EQ(decodeFU(tables(), &info, &result, &cursor, &context), 0u);
         ASSERT_EQ(seen.calls, 1);
@@ -135,7 +125,7 @@ TEST_F(BodyRouting, DecodeFpBodyLengthAndNoSkipRules) {
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "case " << (&c - cases));
         seen = Seen{};
-        auto p = packet(c.code, 4, 6, 50); // unit type 4 would skip all these in FU
+        auto p = replyPacket(c.code, std::vector<uint8_t>(30, 0xEE), 4, 6); // unit type 4 would skip all these in FU
         p[20] = c.b0;
         p[21] = c.b1;
         p[22] = c.b2;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -33,8 +32,6 @@ const OptionCase kCases[] = {
     {200, {}, {0xC8}},
     {255, {}, {0xFF}},
 };
-
-void PrintTo(const OptionCase &c, std::ostream *os) { *os << "kind " << int(c.kind); }
 
 class OptionParam : public ::testing::TestWithParam<OptionCase> {};
 

@@ -4,9 +4,10 @@
 // answer as the plain scan does.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -23,28 +24,21 @@ struct DocumentedRow {
     std::string wire, prefix, record;
 };
 
-std::string trimmed(const std::string &s) {
-    const size_t b = s.find_first_not_of(' '), e = s.find_last_not_of(' ');
-    return b == std::string::npos ? std::string() : s.substr(b, e - b + 1);
-}
-
-std::map<int, DocumentedRow> documentedRows(FILE *f) {
+std::map<int, DocumentedRow> documentedRows(std::istream &in) {
+    const std::regex cells(R"(\| (\d+) \| (.*) \| (.*) \| (.*) \| (.*) \|\s*)");
     std::map<int, DocumentedRow> rows;
-    char line[8192];
     bool inRows = false;
-    while (std::fgets(line, sizeof line, f) != nullptr) {
-        const std::string s(line);
+    std::smatch m;
+    for (std::string s; std::getline(in, s);) {
         if (s.rfind("## The rows", 0) == 0) inRows = true;
-        if (!inRows || s.size() < 4 || s[0] != '|' || s[2] < '0' || s[2] > '9') continue;
-        std::vector<std::string> cells;
-        for (size_t at = 1, next; (next = s.find('|', at)) != std::string::npos; at = next + 1)
-            cells.push_back(trimmed(s.substr(at, next - at)));
-        DocumentedRow &row = rows[std::atoi(cells.at(0).c_str())];
-        for (size_t at = cells.at(1).find("0x"); at != std::string::npos; at = cells[1].find("0x", at + 2))
-            row.ids.push_back(uint16_t(std::strtoul(cells[1].c_str() + at, nullptr, 16)));
-        row.wire = cells.at(2);
-        row.prefix = cells.at(3);
-        row.record = cells.at(4);
+        if (!inRows || !std::regex_match(s, m, cells)) continue;
+        DocumentedRow &row = rows[std::stoi(m[1])];
+        const std::string ids = m[2];
+        for (size_t at = ids.find("0x"); at != std::string::npos; at = ids.find("0x", at + 2))
+            row.ids.push_back(uint16_t(std::strtoul(ids.c_str() + at, nullptr, 16)));
+        row.wire = m[3];
+        row.prefix = m[4];
+        row.record = m[5];
     }
     return rows;
 }
@@ -85,10 +79,9 @@ std::string notation(const ValueFields &fields) {
 }
 
 TEST(AttributeTable, HoldsWhatTheReferenceLists) {
-    FILE *f = std::fopen(TROV_SOURCE_DIR "/docs/attributes.md", "r");
-    if (f == nullptr) GTEST_SKIP() << "the reference is not reachable from here";
+    std::ifstream f(TROV_SOURCE_DIR "/docs/attributes.md");
+    if (!f) GTEST_SKIP() << "the reference is not reachable from here";
     const auto rows = documentedRows(f);
-    std::fclose(f);
     ASSERT_EQ(rows.size(), 282u);
     int n = 1;
     for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r, ++n) {

@@ -43,18 +43,10 @@ std::map<int, DocumentedRow> documentedRows(std::istream &in) {
     return rows;
 }
 
-// The number in `text` right before `suffix` ("(6 bytes)"), or after
-// `prefix` ("reports 16"); -1 if absent.
-int numberBefore(const std::string &text, const std::string &suffix) {
-    const size_t at = text.rfind(suffix);
-    if (at == std::string::npos) return -1;
-    size_t b = at;
-    while (b > 0 && text[b - 1] >= '0' && text[b - 1] <= '9') --b;
-    return b == at ? -1 : std::atoi(text.c_str() + b);
-}
-int numberAfter(const std::string &text, const std::string &prefix) {
-    const size_t at = text.rfind(prefix);
-    return at == std::string::npos ? -1 : std::atoi(text.c_str() + at + prefix.size());
+// The number `pattern` captures in `text` ("(\d+) bytes" in "8 bytes"); -1 if absent.
+int numberIn(const std::string &text, const char *pattern) {
+    std::smatch m;
+    return std::regex_search(text, m, std::regex(pattern)) ? std::stoi(m[1]) : -1;
 }
 int prefixOf(const DocumentedRow &row) { return row.prefix == "none" ? 0 : std::atoi(row.prefix.c_str()); }
 
@@ -96,10 +88,9 @@ TEST(AttributeTable, HoldsWhatTheReferenceLists) {
     for (const FixedValueType &t : kFixedValueTypes) {
         SCOPED_TRACE(testing::Message() << "row " << t.row);
         const DocumentedRow &row = rows.at(t.row);
-        EXPECT_EQ(numberBefore(row.wire, " bytes)"), t.wireBytes);
+        EXPECT_EQ(numberIn(row.wire, R"((\d+) bytes\))"), t.wireBytes);
         EXPECT_EQ(prefixOf(row), t.prefixBytes);
-        EXPECT_EQ(t.prefixBytes == 0 ? numberAfter(row.record, "reports ") : numberBefore(row.record, " bytes"),
-                  t.recordBytes);
+        EXPECT_EQ(numberIn(row.record, t.prefixBytes == 0 ? R"(reports (\d+))" : R"((\d+) bytes)"), t.recordBytes);
     }
     // Record types: P and the field string.
     for (const RecordValueType &t : kRecordValueTypes) {

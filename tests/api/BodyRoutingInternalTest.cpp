@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -152,21 +153,20 @@ TEST_F(BodyRouting, EncodeFpWithExtensionPlacesTheValueOnce) {
         SCOPED_TRACE(testing::Message() << "code " << c.code << " remaining " << c.remaining);
         seen = Seen{};
         info.code = c.code;
-        uint8_t bytes[32] = {};
+        std::array<uint8_t, 32> bytes{};
         const size_t slot = c.code == 102 ? 20 : 22;
         bytes[slot] = uint8_t(c.already >> 8);
         bytes[slot + 1] = uint8_t(c.already);
-        uint8_t expected[32];
-        std::memcpy(expected, bytes, sizeof bytes);
+        std::array<uint8_t, 32> expected = bytes;
         if (c.offset != 0) {
             expected[c.offset] = 0xAB;
             expected[c.offset + 1] = 0xCD;
         }
-        PacketCursor out{bytes, c.remaining};
+        PacketCursor out{bytes.data(), c.remaining};
         EXPECT_EQ(encodeFPWithExtension(tables(), &info, &record, &out, &context, 0xABCD), 0u);
-        EXPECT_EQ(std::memcmp(bytes, expected, sizeof bytes), 0);
+        EXPECT_EQ(bytes, expected);
         ASSERT_EQ(seen.calls, 1);
-        EXPECT_EQ(std::memcmp(seen.packetAtCall, expected, 24), 0); // placed before the encoder ran
+        EXPECT_EQ(std::memcmp(seen.packetAtCall, expected.data(), 24), 0); // placed before the encoder ran
         EXPECT_EQ(seen.mode, 1);
         EXPECT_EQ(seen.output, &out);
         EXPECT_EQ(seen.context, &context);

@@ -29,6 +29,7 @@
 #include "TrovReplyEncode.h"
 #include "api/ReplyPacket.h"
 #include "api/Dispatch.h"
+#include "api/Initialised.h"
 #include "attributes/DataTypes.h"
 #include "attributes/FixedValueTypes.h"
 #include "attributes/RecordValueTypes.h"
@@ -371,10 +372,7 @@ void expectReplyInsideItsRoom(const std::vector<uint8_t> &p, size_t recordBytes,
     EXPECT_EQ(shorter, std::vector<uint8_t>(p.size(), 0xCD));
 }
 
-class ExtentBoundary : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_EQ(TROV_InitCoder(), 1); }
-};
+class ExtentBoundary : public testing::Test {};
 
 std::string named(const char *prefix, uint32_t v, const char *format = "%04X") {
     char digits[8];

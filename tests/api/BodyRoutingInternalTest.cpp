@@ -7,12 +7,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
 #include <vector>
 
 #include "api/BodyOperations.h"
+#include "api/ReplyPacket.h"
 
 namespace trov {
 namespace {
@@ -54,17 +56,6 @@ Tables tables() {
     Tables t{};
     t.fuBodies = t.fpBodies = kRows.data();
     return t;
-}
-
-// A packet of `total` bytes: header with flags 1 (16-bit unit type), then a
-// body of 0xEE bytes.
-std::vector<uint8_t> packet(uint16_t code, uint16_t unitType, uint16_t bodyLength, size_t total) {
-    std::vector<uint8_t> p(total, 0xEE);
-    const uint8_t head[20] = {0xA7, 0xE5, 0x10, 0x01, uint8_t(code >> 8), uint8_t(code), 0, 0,
-                              uint8_t(bodyLength >> 8), uint8_t(bodyLength), 0, 0, 0, 0, 0, 0,
-                              0, 0, uint8_t(unitType >> 8), uint8_t(unitType)};
-    std::memcpy(p.data(), head, 20);
-    return p;
 }
 
 class BodyRouting : public testing::Test {
@@ -116,7 +107,7 @@ TEST_F(BodyRouting, DecodeHandsTheRowABodyCursorWithinThePacket) {
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "code " << c.code << " bodyLength " << c.bodyLength);
         seen = Seen{};
-        auto p = packet(c.code, 1, c.bodyLength, c.total);
+        auto p = replyPacket(c.code, std::vector<uint8_t>(c.total - 20, 0xEE), 1, c.bodyLength);
         const PacketCursor cursor{p.data(), static_cast<uint32_t>(c.total)};
         EXPECT_EQ(decodeFU(tables(), &info, &result, &cursor, &context), 0u);
         ASSERT_EQ(seen.calls, 1);
@@ -135,7 +126,7 @@ TEST_F(BodyRouting, DecodeFpBodyLengthAndNoSkipRules) {
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << "case " << (&c - cases));
         seen = Seen{};
-        auto p = packet(c.code, 4, 6, 50); // unit type 4 would skip all these in FU
+        auto p = replyPacket(c.code, std::vector<uint8_t>(30, 0xEE), 4, 6); // unit type 4 would skip all these in FU
         p[20] = c.b0;
         p[21] = c.b1;
         p[22] = c.b2;
@@ -162,21 +153,20 @@ TEST_F(BodyRouting, EncodeFpWithExtensionPlacesTheValueOnce) {
         SCOPED_TRACE(testing::Message() << "code " << c.code << " remaining " << c.remaining);
         seen = Seen{};
         info.code = c.code;
-        uint8_t bytes[32] = {};
+        std::array<uint8_t, 32> bytes{};
         const size_t slot = c.code == 102 ? 20 : 22;
         bytes[slot] = uint8_t(c.already >> 8);
         bytes[slot + 1] = uint8_t(c.already);
-        uint8_t expected[32];
-        std::memcpy(expected, bytes, sizeof bytes);
+        std::array<uint8_t, 32> expected = bytes;
         if (c.offset != 0) {
             expected[c.offset] = 0xAB;
             expected[c.offset + 1] = 0xCD;
         }
-        PacketCursor out{bytes, c.remaining};
+        PacketCursor out{bytes.data(), c.remaining};
         EXPECT_EQ(encodeFPWithExtension(tables(), &info, &record, &out, &context, 0xABCD), 0u);
-        EXPECT_EQ(std::memcmp(bytes, expected, sizeof bytes), 0);
+        EXPECT_EQ(bytes, expected);
         ASSERT_EQ(seen.calls, 1);
-        EXPECT_EQ(std::memcmp(seen.packetAtCall, expected, 24), 0); // placed before the encoder ran
+        EXPECT_EQ(std::memcmp(seen.packetAtCall, expected.data(), 24), 0); // placed before the encoder ran
         EXPECT_EQ(seen.mode, 1);
         EXPECT_EQ(seen.output, &out);
         EXPECT_EQ(seen.context, &context);

@@ -52,8 +52,6 @@ struct DecodeCase {
     size_t complete = kWhole; // the shortest prefix of the body that decodes
 };
 
-void PrintTo(const DecodeCase &c, std::ostream *os) { *os << c.name; }
-
 const DecodeCase kDecodes[] = {
     {"U32", 0x0b, "89ABCDEF", kNoBuffer},
     {"FiveFields", 0x67, "00000001 00000002 00000003 ABCD EF", kNoBuffer},
@@ -135,8 +133,6 @@ struct ExtendCase {
     Bytes data;
     size_t complete; // the shortest prefix that decodes
 };
-
-void PrintTo(const ExtendCase &c, std::ostream *os) { *os << c.name; }
 
 // Event 0x44's schema: a 12-byte data-type value, then attribute 0x00CB.
 const EventExtendItemSpec kSpecs[] = {{TROV_EXTEND_KIND_DATA_TYPE, 0x14}, {7, 0x00CB}};
@@ -252,8 +248,6 @@ struct EncodeCase {
     const void *record;
     uint32_t bodyLength; // worked out from the layout; above 0xFFFF it cannot be framed
 };
-
-void PrintTo(const EncodeCase &c, std::ostream *os) { *os << c.name; }
 
 const EncodeCase kEncodes[] = {
     {"HeaderOnly", 0x16, &emptyRec, 0},

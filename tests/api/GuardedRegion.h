@@ -57,8 +57,6 @@ public:
     GuardedRegion(const GuardedRegion &) = delete;
     GuardedRegion &operator=(const GuardedRegion &) = delete;
 
-    size_t size() const { return usable_; }
-
     // The first inaccessible byte.
     uint8_t *end() const { return base_ + usable_; }
 

@@ -53,32 +53,25 @@ std::array<uint8_t, 8> hostValue(uint32_t value, uint32_t width) {
 
 std::array<uint8_t, 8> canary() { return hostValue(0, 0); }
 
-// Every field read and written at its width in a record; a set changes that
-// field and nothing else.
-TEST(HeaderFields, EachFieldAtItsWidthInARecord) {
-    for (const FieldCase &f : kFields) {
-        SCOPED_TRACE(f.index);
-        auto out = canary();
-        EXPECT_EQ(TROV_GetFromInfo(f.index, &kInfo, out.data()), TROV_RESULT_OK);
-        EXPECT_EQ(out, hostValue(f.inRecord, f.width));
-
-        HeaderInfo info = kInfo, expected = kInfo;
-        f.store(expected, f.update);
-        const auto value = hostValue(f.update, f.width);
-        ASSERT_EQ(TROV_SetToInfo(f.index, &info, value.data()), TROV_RESULT_OK);
-        EXPECT_EQ(headerFields(info), headerFields(expected));
-    }
-}
-
 // Every field, and the whole header, in a packet of n bytes that ends at an
 // inaccessible page: read and written only when it fits, nothing else touched.
-TEST(HeaderFields, EachFieldInPacketsEndingAtAGuardPage) {
+// Alongside, each field at its width in a record: a set changes that field alone.
+TEST(HeaderFields, EachFieldInARecordAndInPacketsEndingAtAGuardPage) {
     static const GuardedRegion region(64);
     for (uint32_t n = 0; n <= 20; ++n) {
         SCOPED_TRACE(n);
         const PacketCursor cursor{region.tail(n), n};
         for (const FieldCase &f : kFields) {
             SCOPED_TRACE(f.index);
+            if (n == 20) {
+                auto fromInfo = canary();
+                EXPECT_EQ(TROV_GetFromInfo(f.index, &kInfo, fromInfo.data()), TROV_RESULT_OK);
+                EXPECT_EQ(fromInfo, hostValue(f.inRecord, f.width));
+                HeaderInfo info = kInfo, expected = kInfo;
+                f.store(expected, f.update);
+                ASSERT_EQ(TROV_SetToInfo(f.index, &info, hostValue(f.update, f.width).data()), TROV_RESULT_OK);
+                EXPECT_EQ(headerFields(info), headerFields(expected));
+            }
             const bool fits = n >= f.offset + f.width;
             region.place(kWire.data(), n);
             uint32_t wire = 0;

@@ -18,10 +18,8 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-using Event = ListedEvent;
-
 // Event 0x04: a u8 and a u8-counted string.
-Event event04(uint8_t value, const std::string &text) {
+ListedEvent event04(uint8_t value, const std::string &text) {
     Bytes b{value, uint8_t(text.size())};
     b.insert(b.end(), text.begin(), text.end());
     return {0x04, b};
@@ -32,10 +30,6 @@ const uint16_t kLongList = 0x4d, kShortList = 0x0a;
 // The two list records, by their public declarations.
 const EventListBody &longList(const void *record) { return *static_cast<const EventListBody *>(record); }
 const ShortEventListBody &shortList(const void *record) { return *static_cast<const ShortEventListBody *>(record); }
-
-uint32_t eventCount(uint16_t code, const void *record) {
-    return code == kLongList ? longList(record).count : shortList(record).count;
-}
 
 // A list record as comparable bytes: its head, then its block with every
 // pointer into the block taken relative to the block's start.
@@ -123,7 +117,8 @@ TEST_P(Locates, TheItemWhereDecodingStops) {
     EXPECT_EQ(inspected.out.type, plain.out.type);
     EXPECT_EQ(inspected.out.record != nullptr, c.result == 0 ? plain.out.record != nullptr : partial);
     if (partial) {
-        EXPECT_EQ(eventCount(inspected.info.code, inspected.out.record), c.kept);
+        const void *list = inspected.out.record;
+        EXPECT_EQ(inspected.info.code == kLongList ? longList(list).count : shortList(list).count, c.kept);
     }
 }
 
@@ -150,7 +145,7 @@ class Truncation : public testing::TestWithParam<uint16_t> {};
 // makes of a list of just them.
 TEST_P(Truncation, AgreesWithDecodeFUAtEveryByte) {
     const uint16_t code = GetParam();
-    const std::vector<Event> events = {event04(1, "abc"), {0x0002, {0, 0, 0, 5, 1, 2, 'x', 'y'}}, event04(3, ""),
+    const std::vector<ListedEvent> events = {event04(1, "abc"), {0x0002, {0, 0, 0, 5, 1, 2, 'x', 'y'}}, event04(3, ""),
                                        {0x012C, {0, 0}}, event04(4, std::string(20, 'z'))};
     std::vector<uint32_t> starts;
     const Bytes whole = eventListBody(code, events, -1, &starts);
@@ -183,7 +178,7 @@ TEST_P(Truncation, AgreesWithDecodeFUAtEveryByte) {
             EXPECT_EQ(r.kept, kept);
             EXPECT_EQ(r.offset, 20 + starts[kept]);
             EXPECT_EQ(r.code, cut - starts[kept] >= (code == kLongList ? 13u : 3u) ? events[kept].code : 0);
-            const std::vector<Event> first(events.begin(), events.begin() + kept);
+            const std::vector<ListedEvent> first(events.begin(), events.begin() + kept);
             const Decoded alone(replyPacket(code, eventListBody(code, first)));
             ASSERT_EQ(alone.result, 0u);
             EXPECT_EQ(listImage(code, inspected.out.record), listImage(code, alone.out.record));

@@ -22,14 +22,10 @@ std::string readDoc(const char *name) {
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-std::vector<std::string> split(const std::string &text, const std::string &sep) {
-    std::vector<std::string> out;
-    for (size_t from = 0;;) {
-        const size_t at = text.find(sep, from);
-        out.push_back(text.substr(from, at - from));
-        if (at == std::string::npos) return out;
-        from = at + sep.size();
-    }
+// The pieces of `text` between the matches of `sep`.
+std::vector<std::string> split(const std::string &text, const char *sep) {
+    const std::regex re(sep);
+    return {std::sregex_token_iterator(text.begin(), text.end(), re, -1), std::sregex_token_iterator()};
 }
 
 // What a documented side says: the form, the record, the fields (kind name and

@@ -107,8 +107,7 @@ std::vector<Quirk> quirks() {
     // Event 0x30 in a short list: 87 bytes of fields and a u16-counted
     // string, tested against 71; a body 16 bytes short reads the rest as 0.
     Bytes short30 = {0, 0, 0, 1, 1, 0x00, 0x30, 0x07};
-    Bytes cut(71, 0x11);
-    short30.insert(short30.end(), cut.begin(), cut.end());
+    short30.insert(short30.end(), 71, 0x11);
     Bytes full30 = short30;
     full30.insert(full30.end(), 16, 0);
     // Event 0xB1 (u32, then an attribute list): attribute 0x00CB (a u8)

@@ -10,6 +10,7 @@
 
 #include "api/ReplyPacket.h"
 #include "api/Dispatch.h"
+#include "api/Initialised.h"
 #include "engine/Cursor.h"
 #include "attributes/AttributeList.h"
 #include "attributes/ValueForms.h"
@@ -20,10 +21,7 @@ namespace {
 constexpr uint8_t kVersion = 0x10;
 using Bytes = std::vector<uint8_t>;
 
-class AttributeListTest : public testing::Test {
-protected:
-    static void SetUpTestSuite() { TROV_InitCoder(); }
-};
+class AttributeListTest : public testing::Test {};
 
 // Two values of fixed-size rows, 0x00CB one byte (scalar only) and 0x0070
 // u16 elements with a u16 count, around an identifier without a row: the

@@ -4,9 +4,10 @@
 // answer as the plain scan does.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -23,44 +24,29 @@ struct DocumentedRow {
     std::string wire, prefix, record;
 };
 
-std::string trimmed(const std::string &s) {
-    const size_t b = s.find_first_not_of(' '), e = s.find_last_not_of(' ');
-    return b == std::string::npos ? std::string() : s.substr(b, e - b + 1);
-}
-
-std::map<int, DocumentedRow> documentedRows(FILE *f) {
+std::map<int, DocumentedRow> documentedRows(std::istream &in) {
+    const std::regex cells(R"(\| (\d+) \| (.*) \| (.*) \| (.*) \| (.*) \|\s*)");
     std::map<int, DocumentedRow> rows;
-    char line[8192];
     bool inRows = false;
-    while (std::fgets(line, sizeof line, f) != nullptr) {
-        const std::string s(line);
+    std::smatch m;
+    for (std::string s; std::getline(in, s);) {
         if (s.rfind("## The rows", 0) == 0) inRows = true;
-        if (!inRows || s.size() < 4 || s[0] != '|' || s[2] < '0' || s[2] > '9') continue;
-        std::vector<std::string> cells;
-        for (size_t at = 1, next; (next = s.find('|', at)) != std::string::npos; at = next + 1)
-            cells.push_back(trimmed(s.substr(at, next - at)));
-        DocumentedRow &row = rows[std::atoi(cells.at(0).c_str())];
-        for (size_t at = cells.at(1).find("0x"); at != std::string::npos; at = cells[1].find("0x", at + 2))
-            row.ids.push_back(uint16_t(std::strtoul(cells[1].c_str() + at, nullptr, 16)));
-        row.wire = cells.at(2);
-        row.prefix = cells.at(3);
-        row.record = cells.at(4);
+        if (!inRows || !std::regex_match(s, m, cells)) continue;
+        DocumentedRow &row = rows[std::stoi(m[1])];
+        const std::string ids = m[2];
+        for (size_t at = ids.find("0x"); at != std::string::npos; at = ids.find("0x", at + 2))
+            row.ids.push_back(uint16_t(std::strtoul(ids.c_str() + at, nullptr, 16)));
+        row.wire = m[3];
+        row.prefix = m[4];
+        row.record = m[5];
     }
     return rows;
 }
 
-// The number in `text` right before `suffix` ("(6 bytes)"), or after
-// `prefix` ("reports 16"); -1 if absent.
-int numberBefore(const std::string &text, const std::string &suffix) {
-    const size_t at = text.rfind(suffix);
-    if (at == std::string::npos) return -1;
-    size_t b = at;
-    while (b > 0 && text[b - 1] >= '0' && text[b - 1] <= '9') --b;
-    return b == at ? -1 : std::atoi(text.c_str() + b);
-}
-int numberAfter(const std::string &text, const std::string &prefix) {
-    const size_t at = text.rfind(prefix);
-    return at == std::string::npos ? -1 : std::atoi(text.c_str() + at + prefix.size());
+// The number `pattern` captures in `text` ("(\d+) bytes" in "8 bytes"); -1 if absent.
+int numberIn(const std::string &text, const char *pattern) {
+    std::smatch m;
+    return std::regex_search(text, m, std::regex(pattern)) ? std::stoi(m[1]) : -1;
 }
 int prefixOf(const DocumentedRow &row) { return row.prefix == "none" ? 0 : std::atoi(row.prefix.c_str()); }
 
@@ -85,10 +71,9 @@ std::string notation(const ValueFields &fields) {
 }
 
 TEST(AttributeTable, HoldsWhatTheReferenceLists) {
-    FILE *f = std::fopen(TROV_SOURCE_DIR "/docs/attributes.md", "r");
-    if (f == nullptr) GTEST_SKIP() << "the reference is not reachable from here";
+    std::ifstream f(TROV_SOURCE_DIR "/docs/attributes.md");
+    if (!f) GTEST_SKIP() << "the reference is not reachable from here";
     const auto rows = documentedRows(f);
-    std::fclose(f);
     ASSERT_EQ(rows.size(), 282u);
     int n = 1;
     for (const AttributeCodecRow *r = AttributeCodecTable; r->identifiers != nullptr; ++r, ++n) {
@@ -103,10 +88,9 @@ TEST(AttributeTable, HoldsWhatTheReferenceLists) {
     for (const FixedValueType &t : kFixedValueTypes) {
         SCOPED_TRACE(testing::Message() << "row " << t.row);
         const DocumentedRow &row = rows.at(t.row);
-        EXPECT_EQ(numberBefore(row.wire, " bytes)"), t.wireBytes);
+        EXPECT_EQ(numberIn(row.wire, R"((\d+) bytes\))"), t.wireBytes);
         EXPECT_EQ(prefixOf(row), t.prefixBytes);
-        EXPECT_EQ(t.prefixBytes == 0 ? numberAfter(row.record, "reports ") : numberBefore(row.record, " bytes"),
-                  t.recordBytes);
+        EXPECT_EQ(numberIn(row.record, t.prefixBytes == 0 ? R"(reports (\d+))" : R"((\d+) bytes)"), t.recordBytes);
     }
     // Record types: P and the field string.
     for (const RecordValueType &t : kRecordValueTypes) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "api/Initialised.h"
 #include "engine/Cursor.h"
 
 namespace trov {
@@ -20,7 +21,6 @@ using Bytes = std::vector<uint8_t>;
 
 class DataType : public testing::Test {
 protected:
-    static void SetUpTestSuite() { TROV_InitCoder(); }
     static const ValueCodecOps &ops(uint16_t code) { return lookupDataType(code, kVersion)->ops; }
 };
 

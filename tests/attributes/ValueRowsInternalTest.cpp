@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "api/Dispatch.h"
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 #include "attributes/RecordValueTypes.h"
 #include "engine/Cursor.h"
@@ -70,7 +71,6 @@ TEST(FixedValue, WrappedRecordSizeDecodesIntoItsExtent) {
 // The selector type meets a selector outside 1 to 4: its size pass refuses
 // the value (4) without moving, its packet-size pass reports 1.
 TEST(SelectorValue, SelectorOutsideOneToFourIsRefused) {
-    TROV_InitCoder();
     const RecordValueType *selector = nullptr;
     for (const RecordValueType &t : kRecordValueTypes)
         if (t.variants != nullptr) selector = &t;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,34 +33,26 @@ const OptionCase kCases[] = {
     {255, {}, {0xFF}},
 };
 
-void PrintTo(const OptionCase &c, std::ostream *os) { *os << "kind " << int(c.kind); }
-
 class OptionParam : public ::testing::TestWithParam<OptionCase> {};
-
-// Room for the longest option parameter before an inaccessible page, and a
-// canary margin before it.
-const GuardedRegion &region() {
-    static const GuardedRegion r(64);
-    return r;
-}
 
 // The golden bytes written into a buffer that ends at the guard, and nothing
 // into any shorter one; the value bytes (a raw kind's five) decode back from
 // the guard's edge, and nothing decodes from any truncation of them.
 TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
     const OptionCase &c = GetParam();
+    static const GuardedRegion region(64); // the longest option parameter and a canary margin
     std::vector<uint8_t> value = c.memory;
     value.resize(8, 0xCC);
     const auto total = uint32_t(c.wire.size());
     for (uint32_t n = 0; n <= total; ++n) {
         SCOPED_TRACE(n);
-        std::memset(region().tail(n + 16), 0xCC, n + 16);
-        PacketCursor cursor{region().tail(n), n};
+        std::memset(region.tail(n + 16), 0xCC, n + 16);
+        PacketCursor cursor{region.tail(n), n};
         trovEncode_OptionParam(&cursor, c.kind, value.data());
-        EXPECT_EQ(cursor.position, n < total ? region().tail(n) : region().end());
+        EXPECT_EQ(cursor.position, n < total ? region.tail(n) : region.end());
         std::vector<uint8_t> expected(16 + n, 0xCC);
         if (n == total) std::copy(c.wire.begin(), c.wire.end(), expected.begin() + 16);
-        EXPECT_EQ(std::vector<uint8_t>(region().tail(n + 16), region().end()), expected);
+        EXPECT_EQ(std::vector<uint8_t>(region.tail(n + 16), region.end()), expected);
     }
 
     const uint8_t raw[5] = {1, 2, 3, 4, 5};
@@ -70,7 +61,7 @@ TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
     const uint32_t read = fixed ? total - 2 : 5;
     for (uint32_t n = 0; n <= read; ++n) {
         SCOPED_TRACE(n);
-        PacketCursor reader{region().place(fixed ? c.wire.data() + 2 : raw, n), n};
+        PacketCursor reader{region.place(fixed ? c.wire.data() + 2 : raw, n), n};
         const PacketCursor before = reader;
         alignas(8) std::array<uint8_t, 16> out;
         out.fill(0xCC);
@@ -81,7 +72,7 @@ TEST_P(OptionParam, GoldenBytesAtTheGuardAndNothingFromShortBuffers) {
             continue;
         }
         EXPECT_EQ(next, out.data() + (trovDecCalc_OptionParam(c.kind, length) + 7) / 8 * 8);
-        EXPECT_EQ(reader.position, region().end());
+        EXPECT_EQ(reader.position, region.end());
         const std::vector<uint8_t> used = fixed ? c.memory : std::vector<uint8_t>(raw, raw + 5);
         EXPECT_TRUE(std::equal(used.begin(), used.end(), out.begin()));
         EXPECT_EQ(out[used.size()], 0xCC); // nothing past the value

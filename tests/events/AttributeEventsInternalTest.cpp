@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "api/Initialised.h"
 #include "engine/Cursor.h"
 #include "events/AttributeEvents.h"
 
@@ -18,8 +19,6 @@ using Bytes = std::vector<uint8_t>;
 
 class AttributeEventTest : public testing::Test {
 protected:
-    void SetUp() override { TROV_InitCoder(); }
-
     uint8_t byte_ = 0x9C; // a one-byte value
 };
 

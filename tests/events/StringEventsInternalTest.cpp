@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "api/Initialised.h"
 #include "api/ReplyPacket.h"
 #include "engine/Cursor.h"
 #include "events/StringEvents.h"
@@ -74,7 +75,6 @@ const Golden kGolden[] = {
 };
 
 TEST(StringEventGolden, HandWorkedBodies) {
-    TROV_InitCoder();
     for (const Golden &g : kGolden) {
         SCOPED_TRACE(g.what);
         const EventCodec &ops = *findStringEventOps(g.code);
@@ -116,7 +116,6 @@ TEST(StringEventGolden, SixteenBitSizeWrapsExtentDoesNot) {
 }
 
 TEST(StringEventGolden, EncodeMirrorRefusesWhatItCannotWrite) {
-    TROV_InitCoder();
     alignas(8) uint8_t record[64] = {};
     uint16_t n = 0;
     record[8] = 4; // 0x02: a length without data

@@ -24,6 +24,7 @@
 #include "RequestReader.h"
 #include "TrovLayout.h"
 #include "TrovVersion.h"
+#include "api/Initialised.h"
 
 namespace {
 
@@ -130,10 +131,7 @@ std::vector<uint8_t> encodeRecord(const Json &head, const void *record) {
     return bytes;
 }
 
-class EncodeRoundTrip : public testing::TestWithParam<Case> {
-protected:
-    static void SetUpTestSuite() { TROV_InitCoder(); }
-};
+class EncodeRoundTrip : public testing::TestWithParam<Case> {};
 
 TEST_P(EncodeRoundTrip, EncodesReadsBackAndReencodes) {
     const Case c = GetParam();
@@ -212,7 +210,6 @@ std::string exampleBytes(const std::filesystem::path &file) {
 // packets all decode (with the options it is decoded with) and leave no body
 // bytes unread (no field holds those).
 TEST(ExampleRoundTrip, DecodeThenEncodeGivesTheExample) {
-    TROV_InitCoder();
     int checked = 0;
     for (const auto &entry : std::filesystem::directory_iterator(std::filesystem::path(TROV_SOURCE_DIR) / "examples")) {
         if (entry.path().extension() != ".hex") continue;
@@ -300,10 +297,7 @@ std::vector<ErrorCase> errorCases() {
     };
 }
 
-class EncodeErrors : public testing::TestWithParam<ErrorCase> {
-protected:
-    static void SetUpTestSuite() { TROV_InitCoder(); }
-};
+class EncodeErrors : public testing::TestWithParam<ErrorCase> {};
 
 TEST_P(EncodeErrors, NameThePathAndExit) {
     const ErrorCase &c = GetParam();
@@ -319,7 +313,6 @@ INSTANTIATE_TEST_SUITE_P(Table, EncodeErrors, testing::ValuesIn(errorCases()),
 // 16-bit extension, given with "0x" strings, as hex text. (Raw bytes: the
 // examples' round trip above.)
 TEST(EncodeOutput, HexLines) {
-    TROV_InitCoder();
     const std::string input = R"({"header":{"mark":"0xa7e5","version":16,"flags":1,"code":"0x0b","value4":0,)"
                               R"("bodyLength":999,"value6":0,"value7":0,"extension":1},"unitType":1,)"
                               R"("body":{"status":"decoded","layout":"U32Body","fields":{"value0":123456}}})";
@@ -332,7 +325,6 @@ TEST(EncodeOutput, HexLines) {
 // A reply's event attribute without a codec travels as the bytes given:
 // event 0x12C, attribute 0x0001 (no codec at version 0), worked out by hand.
 TEST(EncodeOutput, EventAttributeWithoutACodecIsItsBytes) {
-    TROV_InitCoder();
     const std::string input = R"({"direction":"reply","header":{"code":10},"body":{"fields":{"value0":1,"events":[)"
                               R"({"code":300,"field2":7,"fields":{"attributes0":[{"id":1,"value":{"hex":"0a0b"}}]}}]}}})";
     std::ostringstream raw, err;
@@ -352,7 +344,6 @@ TEST(EncodeOutput, UnreadableInputs) {
 
 // Request bodies the reader refuses, each with where it stops.
 TEST(RequestReader, RefusesWhatTheLayoutCannotHold) {
-    TROV_InitCoder();
     struct Bad {
         uint16_t code;
         std::vector<uint8_t> body;

@@ -232,11 +232,6 @@ Bytes packet(uint16_t bodyLength, uint8_t fill = 0, size_t size = SIZE_MAX, uint
     return p;
 }
 
-Bytes operator+(Bytes a, const Bytes &b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
 // Framing, with the input as raw bytes and as one line of hex (one token
 // longer than a read chunk).
 struct FramingCase {
@@ -258,30 +253,30 @@ TEST_P(Framing, ByBodyLength) {
 
 INSTANTIATE_TEST_SUITE_P(PacketInput, Framing,
                          testing::Values(FramingCase{"empty", {}, ""}, FramingCase{"body_0", packet(0), "P0+20"},
-                                         FramingCase{"trailing", packet(3, 0xa7) + packet(4, 0, 5), "P0+23 T23+5"},
+                                         FramingCase{"trailing", concat({packet(3, 0xa7), packet(4, 0, 5)}), "P0+23 T23+5"},
                                          FramingCase{"short_header", packet(4, 0, 19), "T0+19"},
                                          FramingCase{"short_body", packet(100, 0, 90), "T0+90"},
-                                         FramingCase{"body_65535", packet(65535, 0xff) + packet(1), "P0+65555 P65555+21"},
+                                         FramingCase{"body_65535", concat({packet(65535, 0xff), packet(1)}), "P0+65555 P65555+21"},
                                          // Framed at the mark even when the body is too short for its code.
-                                         FramingCase{"short_for_its_code", packet(2) + packet(4), "P0+22 P22+24"},
+                                         FramingCase{"short_for_its_code", concat({packet(2), packet(4)}), "P0+22 P22+24"},
                                          // Bytes without the mark are skipped up to the next packet.
-                                         FramingCase{"garbage_between", packet(4) + Bytes{1, 2, 3} + packet(4), "P0+24 S24+3 P27+24"},
-                                         FramingCase{"garbage_first", Bytes{0xa7, 0xa7, 0xe6} + packet(4), "S0+3 P3+24"},
+                                         FramingCase{"garbage_between", concat({packet(4), {1, 2, 3}, packet(4)}), "P0+24 S24+3 P27+24"},
+                                         FramingCase{"garbage_first", concat({{0xa7, 0xa7, 0xe6}, packet(4)}), "S0+3 P3+24"},
                                          // After skipped bytes a header must be plausible: a known
                                          // version and room for its code's fixed part (0x0b: 4).
-                                         FramingCase{"short_after_skip", Bytes{9} + packet(2) + packet(4), "S0+23 P23+24"},
+                                         FramingCase{"short_after_skip", concat({{9}, packet(2), packet(4)}), "S0+23 P23+24"},
                                          FramingCase{"unknown_version_after_skip",
-                                                     Bytes{9} + hexBytes("A7E5 77 00 000B 0000 0004 00000000 00000000 0000 00000000") + packet(4),
+                                                     concat({{9}, hexBytes("A7E5 77 00 000B 0000 0004 00000000 00000000 0000 00000000"), packet(4)}),
                                                      "S0+25 P25+24"},
-                                         FramingCase{"garbage_last", packet(0) + Bytes(300, 0x55), "P0+20 S20+300"}),
+                                         FramingCase{"garbage_last", concat({packet(0), Bytes(300, 0x55)}), "P0+20 S20+300"}),
                          [](const auto &info) { return std::string(info.param.name); });
 
 // Bytes pushed in pieces of any size, with bytes lost in between: what was
 // held of a packet is skipped, the gap reported, and framing resumes at the
 // next plausible header. Of a long skipped run only the first bytes are kept.
 TEST(StreamFramer, GapsAndPiecesOfAnySize) {
-    const Bytes before = packet(4) + packet(8, 0x11, 15); // a packet, and one cut by the loss
-    const Bytes after = Bytes(5000, 0) + packet(2) + packet(4);
+    const Bytes before = concat({packet(4), packet(8, 0x11, 15)}); // a packet, and one cut by the loss
+    const Bytes after = concat({Bytes(5000, 0), packet(2), packet(4)});
     for (size_t piece : {size_t{1}, size_t{7}, size_t{4096}}) {
         SCOPED_TRACE(piece);
         trov::StreamFramer framer(false);
@@ -328,7 +323,7 @@ TEST(PacketInput, ReadErrorsAreItems) {
 // its descriptor: check-big-stream.)
 TEST(PacketInput, File) {
     const std::string path = testing::TempDir() + "PacketInputTest.bin";
-    const Bytes bytes = packet(2, 0x0d) + Bytes{0xa7}; // CR in the body, unchanged by binary reads on Windows
+    const Bytes bytes = concat({packet(2, 0x0d), {0xa7}}); // CR in the body, unchanged by binary reads on Windows
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()), std::ssize(bytes));
 
     std::string error;

@@ -18,6 +18,7 @@
 #include "TrovLayout.h"
 #include "TrovReplyEncode.h"
 #include "TrovVersion.h"
+#include "api/Initialised.h"
 
 namespace {
 
@@ -135,10 +136,7 @@ struct ThroughTheCodec {
     }
 };
 
-class EveryLayout : public testing::TestWithParam<Family> {
-protected:
-    static void SetUpTestSuite() { TROV_InitCoder(); }
-};
+class EveryLayout : public testing::TestWithParam<Family> {};
 
 // Counts given at their count fields or with their data, elements or none,
 // records at aligned or odd addresses: the walk reads back every value it
@@ -198,7 +196,6 @@ INSTANTIATE_TEST_SUITE_P(Described, EveryLayout,
 // A value whose attribute list holds the value itself is read to the bound.
 // (Building stops at it too: EncodeRoundTripTest's nested_too_deep.)
 TEST(RecordWalkBounds, ReadingACycleStopsAtTheDepthBound) {
-    TROV_InitCoder();
     Sampler sampler(1, false, false, 1);
     auto *value = static_cast<AttributeArrayHeader *>(
         describe::buildValue({Code::Of::Attribute, nullptr, kVersion}, 0x08CC, sampler));
@@ -243,7 +240,6 @@ private:
 
 // Records built from given values encode to bytes worked out by hand.
 TEST(RecordWalkAtTheCodec, BuiltRecordsEncodeAsGiven) {
-    TROV_InitCoder();
     using Bytes = std::vector<uint8_t>;
     const struct {
         const char *what;

@@ -752,13 +752,13 @@ FieldEnv structureEnv() {
 
 } // namespace
 
-TrovResult walkEncCalc(const Plan &plan, const uint8_t *record, WireSize &size, const FieldEnv &env) {
+// The fields behind the opening run, which walkEncCalc has sized.
+TrovResult walkEncCalcRest(const Plan &plan, const uint8_t *record, WireSize &size, const FieldEnv &env) {
     EncCalcPass pass{{{plan, env, 1}, record}, size};
-    size.add(plan.leadWire);
     return walk(plan, pass, plan.leadFields);
 }
 
-void walkEncode(const Plan &plan, PacketCursor &c, const uint8_t *record, const FieldEnv &env) {
+void walkEncodeFields(const Plan &plan, PacketCursor &c, const uint8_t *record, const FieldEnv &env) {
     uint8_t first = 0;
     if (c.position != nullptr && c.remaining >= plan.leadWire) { // the opening run fits: no tests
         leadRun<false>(plan, record, c.position);

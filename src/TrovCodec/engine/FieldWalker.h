@@ -49,8 +49,18 @@ struct FieldEnv {
 // say so, else only `nullData`), or a value's pointer null; 10 an attribute
 // identifier without a codec; 13 a data type without a codec; a value
 // codec's own result.
-TrovResult walkEncCalc(const Plan &plan, const uint8_t *record, WireSize &size, const FieldEnv &env);
-void walkEncode(const Plan &plan, PacketCursor &cursor, const uint8_t *record, const FieldEnv &env);
+// The opening run of fixed fields is sized by the plan, and a plan of fixed
+// fields alone, or of none, needs no call of the walker's loop.
+TrovResult walkEncCalcRest(const Plan &plan, const uint8_t *record, WireSize &size, const FieldEnv &env);
+void walkEncodeFields(const Plan &plan, PacketCursor &cursor, const uint8_t *record, const FieldEnv &env);
+inline TrovResult walkEncCalc(const Plan &plan, const uint8_t *record, WireSize &size, const FieldEnv &env) {
+    size.add(plan.leadWire);
+    if (plan.leadFields == plan.count) return TROV_RESULT_OK;
+    return walkEncCalcRest(plan, record, size, env);
+}
+inline void walkEncode(const Plan &plan, PacketCursor &cursor, const uint8_t *record, const FieldEnv &env) {
+    if (plan.count != 0) walkEncodeFields(plan, cursor, record, env);
+}
 // Results: 0; 5 the packet ends early (or a value outgrows the room its
 // type reserves, or a trailing block is longer than 65535 bytes); 10, 13, a
 // codec's own result. On failure the cursor and `data` are unchanged.

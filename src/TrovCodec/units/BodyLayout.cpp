@@ -31,12 +31,11 @@ TrovResult encodeLayout(const BodyLayout &l, HeaderInfo *info, const void *recor
     const FieldEnv env = bodyEnv(info);
     const auto *fields = static_cast<const uint8_t *>(record);
     WireSize size;
-    if (l.plan->count == l.plan->leadFields) size.add(l.plan->leadWire); // fixed fields: no size pass
-    else if (TrovResult r = walkEncCalc(*l.plan, fields, size, env)) return r;
+    if (TrovResult r = walkEncCalc(*l.plan, fields, size, env)) return r;
     PacketCursor body{};
     bool allocated = false;
     if (TrovResult r = reserveEncodeBuffer(info, size, output, &body, &allocated)) return r;
-    if (l.plan->count != 0) walkEncode(*l.plan, body, fields, env);
+    walkEncode(*l.plan, body, fields, env);
     return finishEncodeBuffer(output, body, allocated);
 }
 
